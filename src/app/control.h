@@ -1,0 +1,31 @@
+#pragma once
+// A control of a window as the logic sees it: caption, colours, state and place. Views
+// render these; the logic never touches a widget.
+#include <QString>
+
+#include "platform/chart_surface.h"
+
+namespace zel {
+
+struct Font {
+    QString name = QStringLiteral("Liberation Sans");
+    double size = 8.25;
+    bool bold = false;
+    friend bool operator==(const Font&, const Font&) = default;
+};
+
+struct Control {
+    QString Caption;
+    Rgb ForeColor{0, 0, 0};
+    Rgb BackColor{224, 224, 224};
+    bool Enabled = true;
+    bool Visible = true;
+    // Place and size in twips (15 to a pixel on screen).
+    double Left = 0, Top = 0, Width = 0, Height = 0;
+    Font font;
+    int Value = 0;  // check boxes, option buttons, scroll bars
+};
+
+constexpr double twips_per_pixel = 15.0;
+
+}  // namespace zel

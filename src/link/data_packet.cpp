@@ -1,0 +1,109 @@
+// The first half of a data frame's handling: count it, show the time, read the fault lines,
+// decode and show the volume, draw it; and the time left once the cycle has run.
+#include <cmath>
+
+#include "app/form1.h"
+#include "app/helpers.h"
+#include "language/messages.h"
+#include "link/data_packet.h"
+
+namespace zel {
+
+QString elapsed_text(double total_counts, float count_frequency) {
+    const double t = total_counts / count_frequency;
+    const long long hours = static_cast<long long>(t / 60 / 60);
+    const long long minutes = static_cast<long long>(t / 60) % 60;
+    // Seconds round (ties to even) while minutes truncate: 59.6 s reads 0:0:0.
+    const long long seconds = round_to_integer(t) % 60;
+    return QStringLiteral("%1:%2:%3").arg(hours).arg(minutes).arg(seconds);
+}
+
+double decode_volume(uint8_t high, uint8_t low) {
+    if (high & 0x80) {
+        const int16_t magnitude =
+            checked_i16(static_cast<long long>(static_cast<uint8_t>(~high)) * 256 +
+                            static_cast<uint8_t>(~low) + 1,
+                        "process_data_packet");
+        return magnitude * -0.004;
+    }
+    return (high * 256 + low) * 0.004;
+}
+
+double decode_time_left(uint8_t high, uint8_t low) { return (high * 256 + low) * 0.02; }
+
+namespace {
+
+// Sets or clears one fault flag; a new fault puts the console in the fault state.
+void read_fault_line(bool condition, bool& flag, int16_t& sw_state) {
+    if (condition) {
+        if (!flag) {
+            flag = true;
+            sw_state = 2;
+        }
+    } else {
+        flag = false;
+    }
+}
+
+}  // namespace
+
+void Form1::process_data_packet() {
+    if (about_visible && static_cast<long long>(total_counts) % 50 == 0) send_command("V");
+    total_counts += 1;
+    counts += 1;
+    elapsed_label.Caption = elapsed_text(total_counts, count_frequency);
+
+    const uint8_t flags = packet[1];
+    read_fault_line(flags & 0x20, line_fault, sw_state);
+    read_fault_line(flags & 0x10, battery_fault, sw_state);
+    read_fault_line(flags & 0x40, pneumatic_fault, sw_state);
+    read_fault_line((flags & 0x0C) != 0x04, transducer_fault, sw_state);
+
+    volume = decode_volume(packet[3], packet[4]);
+    const QChar separator = platform.locale.decimal_separator();
+    volume_label.Caption = message_text(245) + QStringLiteral(":   ") +
+                           format_number(volume, "###0.00", separator);
+
+    v0 = v1;
+    v1 = volume;
+    plot_sample();
+
+    ZEL_CM_duration = decode_time_left(packet[5], packet[6]);
+    countdown2.Caption = format_number(ZEL_CM_duration + 0.49, "###0", separator);
+}
+
+QString Form1::recording_line() const {
+    const QChar separator = platform.locale.decimal_separator();
+    const double t = total_counts / count_frequency;
+    QString line = format_number(t, "###0.00", separator) + QLatin1Char(';') +
+                   number_text(volume, separator) + QLatin1Char(';') + QString::number(b_state) +
+                   QLatin1Char(';') + (patient_switch ? QStringLiteral("1") : QStringLiteral("0")) +
+                   QLatin1Char(';');
+    if (!tarrowNewData) return line + QStringLiteral(" - ; - ; - ");
+
+    QString mode = !Gated_Treatment ? message_text(269)
+                   : Gating_OverRide ? message_text(316)
+                                     : message_text(268);
+    QString enable = QStringLiteral("-"), relay = QStringLiteral("-");
+    if (Gated_Treatment) {
+        switch (tarrow_enable_state) {
+            case 'D': enable = message_text(121); break;
+            case 'E': enable = message_text(323); break;
+            case 'F': enable = message_text(122); break;
+            default: enable.clear();
+        }
+        switch (tarrow_relay_state) {
+            case 'O': relay = message_text(326); break;
+            case 'o': relay = message_text(327); break;
+            case 'C': relay = message_text(328); break;
+            case 'c': relay = message_text(329); break;
+            case 'X': relay = message_text(330); break;
+            case 'Y': relay = message_text(331); break;
+            case 'U': relay = message_text(332); break;
+            default: relay.clear();
+        }
+    }
+    return line + mode + QLatin1Char(';') + enable + QLatin1Char(';') + relay;
+}
+
+}  // namespace zel

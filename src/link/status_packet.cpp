@@ -1,0 +1,37 @@
+// A status frame: the module's version, its checks, its levels and the settings echo.
+#include "app/form1.h"
+#include "link/data_packet.h"
+
+namespace zel {
+
+void Form1::process_status_packet() {
+    // The first character is always taken, even a 0.
+    QString version;
+    int index = 1;
+    do {
+        version += QChar::fromLatin1(static_cast<char>(packet[static_cast<size_t>(index)]));
+        ++index;
+    } while (packet[static_cast<size_t>(index)] != 0 && index != 16);
+    zel_version_id = version;
+
+    turbine_check = packet[18] == 1;
+    battery_level = static_cast<float>(packet[19] * battery_level_conversion_factor);
+    battery_check = battery_level > battery_cutoff_level;
+    line_level = static_cast<float>(packet[20] * line_level_conversion_factor);
+    line_check = line_level > line_cutoff_level;
+    pressure_level = reservoir_psi(packet[21]);
+    vacuum_level = reservoir_psi(packet[22]);
+    pneumatics_check = pressure_level > pressure_cutoff_level && vacuum_level > vacuum_cutoff_level;
+
+    echo_thresh = static_cast<float>(decode_volume(packet[24], packet[25]));
+    echo_forward = static_cast<float>((packet[26] * 256 + packet[27]) / 8192000.0);
+    echo_reverse = static_cast<float>((packet[28] * 256 + packet[29]) / 8192000.0);
+    echo_duration = packet[23];
+}
+
+float reservoir_psi(uint8_t raw) {
+    const float volts = static_cast<float>(raw * 5.0 / 255.0);
+    return static_cast<float>(volts * 15.0 / 4.0 - 7.5 / 4.0);
+}
+
+}  // namespace zel

@@ -1,0 +1,26 @@
+#pragma once
+// Modal message boxes. In the program the box runs its own event loop, so frames and timers
+// go on being handled while it is up.
+#include <QString>
+
+namespace zel {
+
+enum MsgBoxStyle : int {
+    vbOKOnly = 0,
+    vbOKCancel = 1,
+    vbYesNoCancel = 3,
+    vbYesNo = 4,
+    vbCritical = 16,
+    vbQuestion = 32,
+    vbExclamation = 48,
+    vbInformation = 64,
+};
+enum MsgBoxResult : int { vbOK = 1, vbCancel = 2, vbYes = 6, vbNo = 7 };
+
+class MessageBoxes {
+public:
+    virtual ~MessageBoxes() = default;
+    virtual int MsgBox(const QString& prompt, int style = vbOKOnly, const QString& title = {}) = 0;
+};
+
+}  // namespace zel

@@ -1,0 +1,107 @@
+#include "platform/qt_serial_port.h"
+
+#include <QDir>
+#include <QSerialPortInfo>
+#include <QTimer>
+#include <algorithm>
+
+#include "app/zel_error.h"
+
+namespace zel {
+
+QStringList serial_port_paths(const QString& app_data_path) {
+    QStringList paths;
+    const QDir links(app_data_path + QStringLiteral("/ports"));
+    for (const QString& name : links.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
+                                               QDir::Name))
+        paths.append(links.filePath(name));
+    QStringList system;
+    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
+        system.append(info.systemLocation());
+    std::sort(system.begin(), system.end());
+    paths.append(system);
+    while (paths.size() > 20) paths.removeLast();
+    return paths;
+}
+
+QtSerialPort::QtSerialPort(QString app_data_path_) : app_data_path(std::move(app_data_path_)) {
+    // A notification is only posted here; the handler runs from the event loop, so that a
+    // modal dialog opened inside it goes on receiving the stream.
+    connect(&port, &QSerialPort::readyRead, this, &QtSerialPort::post_notification);
+    connect(&port, &QSerialPort::errorOccurred, this, &QtSerialPort::on_error);
+}
+
+QtSerialPort::~QtSerialPort() {
+    if (port.isOpen()) port.close();
+}
+
+void QtSerialPort::set_CommPort(int number) {
+    if (port.isOpen())
+        throw ZelError(err_port_already_open, QStringLiteral("CommPort"),
+                       QStringLiteral("Port already open"));
+    port_number = number;
+}
+
+void QtSerialPort::set_PortOpen(bool open) {
+    if (open == port.isOpen()) return;
+    if (!open) {
+        port.close();
+        return;
+    }
+    const QStringList paths = serial_port_paths(app_data_path);
+    if (port_number < 1 || port_number > paths.size())
+        throw ZelError(err_invalid_port, QStringLiteral("PortOpen"),
+                       QStringLiteral("Invalid port number"));
+    // A link in ports/ names the device by its target; the lock file goes by the real name.
+    const QFileInfo info(paths[port_number - 1]);
+    port.setPortName(info.isSymLink() ? info.symLinkTarget() : info.absoluteFilePath());
+    port.setBaudRate(QSerialPort::Baud9600);
+    port.setDataBits(QSerialPort::Data8);
+    port.setParity(QSerialPort::NoParity);
+    port.setStopBits(QSerialPort::OneStop);
+    port.setFlowControl(QSerialPort::NoFlowControl);
+    if (!port.open(QIODevice::ReadWrite))
+        throw ZelError(err_port_already_open, QStringLiteral("PortOpen"), port.errorString());
+    port.clear();
+}
+
+int QtSerialPort::InBufferCount() const {
+    return port.isOpen() ? static_cast<int>(port.bytesAvailable()) : 0;
+}
+
+uint8_t QtSerialPort::Input() {
+    char byte = 0;
+    if (!port.isOpen() || !port.getChar(&byte)) return 0;
+    return static_cast<uint8_t>(byte);
+}
+
+void QtSerialPort::Output(const QByteArray& bytes) {
+    if (!port.isOpen())
+        throw ZelError(8018, QStringLiteral("Output"),
+                       QStringLiteral("Operation valid only when the port is open"));
+    port.write(bytes);
+    port.flush();
+}
+
+void QtSerialPort::post_notification() {
+    if (notification_posted) return;
+    notification_posted = true;
+    QTimer::singleShot(0, this, &QtSerialPort::deliver_notification);
+}
+
+void QtSerialPort::deliver_notification() {
+    notification_posted = false;
+    if (!port.isOpen()) return;
+    if (OnComm) OnComm();
+    // One frame per notification: what still waits gets a notification of its own.
+    if (port.isOpen() && port.bytesAvailable() > 0) post_notification();
+}
+
+void QtSerialPort::on_error(QSerialPort::SerialPortError error) {
+    // When the other side goes away the driver reports read errors in a busy loop; closing
+    // the port ends that, and the link's own time-outs find the loss.
+    if (error == QSerialPort::NoError || error == QSerialPort::TimeoutError) return;
+    if (port.isOpen()) port.close();
+}
+
+}  // namespace zel

@@ -1,0 +1,60 @@
+#include "platform/qt_system.h"
+
+#include <QLocale>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace zel {
+
+QChar QtLocale::decimal_separator() const {
+    const QString point = QLocale::system().decimalPoint();
+    return point.isEmpty() ? QLatin1Char('.') : point.front();
+}
+
+QString QtLocale::long_date(const QDate& date) const {
+    return QLocale::system().toString(date, QLocale::LongFormat);
+}
+
+QString QtLocale::medium_date(const QDate& date) const {
+    return QLocale::system().toString(date, QLocale::ShortFormat);
+}
+
+QString QtLocale::medium_time(const QTime& time) const {
+    // The short time format, with seconds added where it has none.
+    QString format = QLocale::system().timeFormat(QLocale::ShortFormat);
+    if (!format.contains(QLatin1Char('s'))) format.replace(QStringLiteral("mm"), QStringLiteral("mm:ss"));
+    return QLocale::system().toString(time, format);
+}
+
+QString QtLocale::general_date(const QDateTime& when) const {
+    return QLocale::system().toString(when, QLocale::ShortFormat);
+}
+
+int QtMessageBoxes::MsgBox(const QString& prompt, int style, const QString& title) {
+    QMessageBox box(parent);
+    box.setWindowTitle(title.isEmpty() ? QStringLiteral("Zelmoor") : title);
+    box.setText(prompt);
+    switch (style & 0x70) {
+        case vbCritical: box.setIcon(QMessageBox::Critical); break;
+        case vbQuestion: box.setIcon(QMessageBox::Question); break;
+        case vbExclamation: box.setIcon(QMessageBox::Warning); break;
+        case vbInformation: box.setIcon(QMessageBox::Information); break;
+        default: break;
+    }
+    switch (style & 0x0F) {
+        case vbOKCancel: box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel); break;
+        case vbYesNoCancel:
+            box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+            break;
+        case vbYesNo: box.setStandardButtons(QMessageBox::Yes | QMessageBox::No); break;
+        default: box.setStandardButtons(QMessageBox::Ok); break;
+    }
+    switch (box.exec()) {
+        case QMessageBox::Cancel: return vbCancel;
+        case QMessageBox::Yes: return vbYes;
+        case QMessageBox::No: return vbNo;
+        default: return vbOK;
+    }
+}
+
+}  // namespace zel

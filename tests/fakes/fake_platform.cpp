@@ -1,0 +1,141 @@
+#include "fakes/fake_platform.h"
+
+#include <algorithm>
+
+#include "app/zel_error.h"
+
+namespace zel::test {
+
+void FakeSerialPort::set_CommPort(int number) {
+    if (is_open)
+        throw ZelError(err_port_already_open, QStringLiteral("CommPort"),
+                       QStringLiteral("Port already open"));
+    port_number = number;
+}
+
+void FakeSerialPort::set_PortOpen(bool open) {
+    if (open == is_open) return;
+    if (open) {
+        if (port_number < 1 || port_number > port_count)
+            throw ZelError(err_invalid_port, QStringLiteral("PortOpen"),
+                           QStringLiteral("Invalid port number"));
+        if (std::find(refusing.begin(), refusing.end(), port_number) != refusing.end())
+            throw ZelError(err_port_already_open, QStringLiteral("PortOpen"),
+                           QStringLiteral("Port already open"));
+        opened.push_back(port_number);
+    } else {
+        inbox.clear();
+    }
+    is_open = open;
+}
+
+uint8_t FakeSerialPort::Input() {
+    if (inbox.empty()) return 0;
+    const uint8_t byte = inbox.front();
+    inbox.pop_front();
+    return byte;
+}
+
+void FakeSerialPort::Output(const QByteArray& bytes) {
+    if (!is_open)
+        throw ZelError(8018, QStringLiteral("Output"),
+                       QStringLiteral("Operation valid only when the port is open"));
+    output.append(bytes);
+}
+
+void FakeSerialPort::arrive(const QByteArray& bytes) {
+    for (char c : bytes) inbox.push_back(static_cast<uint8_t>(c));
+}
+
+void FakeSerialPort::receive(const QByteArray& bytes) {
+    arrive(bytes);
+    notify();
+}
+
+void FakeSerialPort::notify() {
+    ++notifications;
+    if (OnComm) OnComm();
+}
+
+void FakeSerialPort::drain() {
+    while (!inbox.empty()) notify();
+}
+
+void FakeTimer::tick() {
+    if (is_enabled && interval > 0 && on_tick) on_tick();
+}
+
+std::unique_ptr<Timer> FakeTimerFactory::create(const char* name) {
+    auto timer = std::make_unique<FakeTimer>();
+    by_name[name] = timer.get();
+    return timer;
+}
+
+FakeTimer& FakeTimerFactory::get(const std::string& name) { return *by_name.at(name); }
+
+QString FakeLocale::long_date(const QDate& date) const {
+    return date.toString(QStringLiteral("dddd, MMMM d, yyyy"));
+}
+QString FakeLocale::medium_date(const QDate& date) const {
+    return date.toString(QStringLiteral("dd-MMM-yy"));
+}
+QString FakeLocale::medium_time(const QTime& time) const {
+    return time.toString(QStringLiteral("HH:mm:ss"));
+}
+QString FakeLocale::general_date(const QDateTime& when) const {
+    return when.toString(QStringLiteral("M/d/yyyy HH:mm:ss"));
+}
+
+int FakeMessageBoxes::MsgBox(const QString& prompt, int, const QString&) {
+    shown.append(prompt);
+    if (while_shown) while_shown();
+    if (answers.empty()) return vbOK;
+    const int result = answers.front();
+    answers.pop_front();
+    return result;
+}
+
+namespace {
+QString colour_text(Rgb c) { return QStringLiteral("%1,%2,%3").arg(c.r).arg(c.g).arg(c.b); }
+QString coords(double x1, double y1, double x2, double y2) {
+    return QStringLiteral("%1 %2 %3 %4").arg(x1).arg(y1).arg(x2).arg(y2);
+}
+}  // namespace
+
+void RecordingSurface::set_scale(double x1, double y1, double x2, double y2) {
+    log.append(QStringLiteral("scale ") + coords(x1, y1, x2, y2));
+}
+void RecordingSurface::clear() {
+    log.append(QStringLiteral("clear"));
+    strokes.clear();
+    ++clears;
+}
+void RecordingSurface::set_line_style(LineStyle s) {
+    style = s;
+    log.append(s == LineStyle::dotted ? QStringLiteral("style dotted")
+                                      : QStringLiteral("style solid"));
+}
+void RecordingSurface::set_line_width(int pixels) {
+    width = pixels;
+    log.append(QStringLiteral("width %1").arg(pixels));
+}
+void RecordingSurface::set_fore_color(Rgb colour) {
+    fore = colour;
+    log.append(QStringLiteral("fore ") + colour_text(colour));
+}
+void RecordingSurface::line(double x1, double y1, double x2, double y2) {
+    log.append(QStringLiteral("line ") + coords(x1, y1, x2, y2));
+    strokes.push_back({false, x1, y1, x2, y2, fore, style, width});
+}
+void RecordingSurface::line(double x1, double y1, double x2, double y2, Rgb colour) {
+    log.append(QStringLiteral("line ") + coords(x1, y1, x2, y2) + QLatin1Char(' ') +
+               colour_text(colour));
+    strokes.push_back({false, x1, y1, x2, y2, colour, style, width});
+}
+void RecordingSurface::box(double x1, double y1, double x2, double y2, Rgb colour) {
+    log.append(QStringLiteral("box ") + coords(x1, y1, x2, y2) + QLatin1Char(' ') +
+               colour_text(colour));
+    strokes.push_back({true, x1, y1, x2, y2, colour, style, width});
+}
+
+}  // namespace zel::test

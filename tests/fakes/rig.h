@@ -1,0 +1,29 @@
+#pragma once
+// A Form1 over fake platform parts, with helpers to build frames.
+#include <QByteArray>
+#include <QTemporaryDir>
+#include <cstdint>
+#include <initializer_list>
+
+#include "app/form1.h"
+#include "fakes/fake_platform.h"
+
+namespace zel::test {
+
+// Appends the checksum byte that makes the frame's bytes sum to 0 modulo 256.
+QByteArray with_checksum(std::initializer_list<uint8_t> bytes_without_sum);
+QByteArray with_checksum(const QByteArray& bytes_without_sum);
+
+// A data frame: flags, balloon state, volume in units of 0.004 L, time left in frames.
+QByteArray data_frame(uint8_t flags = 0x04, uint8_t balloon = 1, int16_t volume_units = 0,
+                      uint16_t time_left_frames = 0);
+
+struct Rig {
+    Rig();
+    FakePlatform fakes;
+    QTemporaryDir app_data;
+    Form1 form;
+    QStringList ended;  // end_program calls
+};
+
+}  // namespace zel::test

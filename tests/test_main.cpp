@@ -1,0 +1,20 @@
+// Shared main of the test binaries: a Qt application for the few widget tests, and the
+// built-in message catalogue loaded as at program start.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QString>
+#include <ostream>
+
+#include "language/messages.h"
+
+QT_BEGIN_NAMESPACE
+void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
+QT_END_NAMESPACE
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    zel::load_default_messages();
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
