@@ -13,6 +13,8 @@ void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStd
 QT_END_NAMESPACE
 
 int main(int argc, char** argv) {
+    // Tests never need a display; test discovery at build time runs without one.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     zel::load_default_messages();
     ::testing::InitGoogleTest(&argc, argv);
