@@ -1,0 +1,36 @@
+#pragma once
+// Profile files ("datapath.ini", "session.ini"): sections in brackets, "key=value" lines,
+// Latin-1 text with CR LF line ends. Section and key names match without regard to case;
+// the first section and the first key of a name are the ones read and written.
+//
+// Reading strips blanks around a value and one pair of enclosing quotes, and cuts the value
+// to the caller's buffer less its closing NUL (255 characters for the usual 256). A missing
+// file, section or key gives the default.
+//
+// Writing replaces a key's line in place, puts a new key behind the last line of its section
+// and a new section at the end of the file; every other byte of the file stays as it was.
+// The file is replaced whole through a temporary file. A write fails (false) when the file
+// can't be read or written, or when a name or value would not read back the same: a line
+// break in any of them, "=" in a key, a character outside Latin-1.
+#include <QByteArray>
+#include <QString>
+
+namespace zel {
+
+constexpr int profile_buffer_size = 256;
+
+QString read_profile_string(const QString& path, const QString& section, const QString& key,
+                            const QString& default_value, int buffer_size = profile_buffer_size);
+bool write_profile_string(const QString& path, const QString& section, const QString& key,
+                          const QString& value);
+bool delete_profile_key(const QString& path, const QString& section, const QString& key);
+bool delete_profile_section(const QString& path, const QString& section);
+
+// The same on a file's bytes in memory.
+QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
+                      const QString& default_value, int buffer_size = profile_buffer_size);
+// Key and value null: the section is deleted. Value null: the key is deleted.
+bool edit_profile(QByteArray& contents, const QString& section, const QString* key,
+                  const QString* value);
+
+}  // namespace zel
