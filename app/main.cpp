@@ -5,6 +5,8 @@
 #include "app/form1.h"
 #include "language/messages.h"
 #include "platform/qt_chart_surface.h"
+#include "platform/qt_file_dialogs.h"
+#include "platform/qt_gating_library.h"
 #include "platform/qt_serial_port.h"
 #include "platform/qt_system.h"
 #include "platform/qt_timer.h"
@@ -20,7 +22,9 @@ int main(int argc, char** argv) {
     zel::QtLocale locale;
     zel::QtMessageBoxes boxes;
     zel::QtChartSurface chart(870, 499);
-    zel::Platform platform{serial, timers, clock, locale, boxes, chart};
+    zel::QtGatingLibrary tarrow(app_data_path);
+    zel::QtFileDialogs dialogs;
+    zel::Platform platform{serial, timers, clock, locale, boxes, chart, tarrow, dialogs};
 
     zel::load_default_messages();
     zel::Form1 form(platform, app_data_path);
@@ -29,6 +33,7 @@ int main(int argc, char** argv) {
 
     zel::Form1View view(form, chart);
     boxes.parent = &view;
+    dialogs.parent = &view;
     form.run_event("Form_Load", [&form] { form.Form_Load(); });
     view.show();
     return app.exec();

@@ -15,14 +15,10 @@ namespace zel {
 namespace {
 
 struct BenchRig {
-    test::FakeSerialPort serial;
-    test::FakeTimerFactory timers;
-    test::FakeClock clock;
-    test::FakeLocale locale;
-    test::FakeMessageBoxes boxes;
     QtChartSurface chart{870, 499};
-    Platform platform{serial, timers, clock, locale, boxes, chart};
-    Form1 form{platform, QStringLiteral("/tmp/zel-bench")};
+    test::FakePlatform fakes{&chart};
+    test::FakeSerialPort& serial = fakes.serial;
+    Form1 form{fakes.platform, QStringLiteral("/tmp/zel-bench")};
 
     BenchRig() {
         serial.set_PortOpen(true);

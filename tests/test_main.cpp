@@ -6,11 +6,9 @@
 #include <QString>
 #include <ostream>
 
+#include "fakes/qt_printers.h"
 #include "language/messages.h"
 
-QT_BEGIN_NAMESPACE
-void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
-QT_END_NAMESPACE
 
 int main(int argc, char** argv) {
     // Tests never need a display; test discovery at build time runs without one.

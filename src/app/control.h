@@ -27,5 +27,7 @@ struct Control {
 };
 
 constexpr double twips_per_pixel = 15.0;
+// The main window's background, which fault and status labels return to.
+constexpr Rgb window_background{224, 224, 224};
 
 }  // namespace zel

@@ -4,8 +4,29 @@
 
 namespace zel {
 
+namespace {
+std::unique_ptr<Timer> make_timer(Form1& form, const char* name, int interval, bool enabled,
+                                  void (Form1::*handler)()) {
+    auto timer = form.platform.timers.create(name);
+    timer->set_Interval(interval);
+    timer->set_Enabled(enabled);
+    if (handler) timer->on_tick = [&form, name, handler] { form.run_event(name, [&] { (form.*handler)(); }); };
+    return timer;
+}
+}  // namespace
+
 Form1::Form1(Platform& platform_, QString app_data_path)
-    : platform(platform_), AppDataPath(std::move(app_data_path)) {}
+    : platform(platform_), AppDataPath(std::move(app_data_path)) {
+    Timer_module_connect = make_timer(*this, "Timer_module_connect", 350, false,
+                                      &Form1::Timer_module_connect_Timer);
+    Timer_HeartBeat = make_timer(*this, "Timer_HeartBeat", 300, false, &Form1::Timer_HeartBeat_Timer);
+    Timer1 = make_timer(*this, "Timer1", 500, false, &Form1::Timer1_Timer);
+    pauseBeamTimer = make_timer(*this, "pauseBeamTimer", 4000, false, &Form1::pauseBeamTimer_Timer);
+    Timer_form13_close_delay = make_timer(*this, "Timer_form13_close_delay", 600, false,
+                                          &Form1::Timer_form13_close_delay_Timer);
+    logo_banner = make_timer(*this, "logo_banner", 1000, true, nullptr);
+    Timer2 = make_timer(*this, "Timer2", 10000, true, &Form1::Timer2_Timer);
+}
 
 Form1::~Form1() { close_run_files(); }
 

@@ -7,12 +7,15 @@
 #include <functional>
 #include <memory>
 
+#include "app/form13.h"
 #include "app/form1_controls.h"
 #include "app/patient_state.h"
 #include "app/zel_error.h"
 #include "breathhold/cycle_state.h"
+#include "data/settings_state.h"
 #include "display/display_state.h"
 #include "gating/gating_state.h"
+#include "language/language_state.h"
 #include "link/link_state.h"
 #include "platform/platform.h"
 
@@ -23,6 +26,8 @@ class Form1 : public LinkState,
               public DisplayState,
               public GatingState,
               public PatientState,
+              public SettingsState,
+              public LanguageState,
               public Form1Controls {
 public:
     Form1(Platform& platform, QString app_data_path);
@@ -44,9 +49,46 @@ public:
     void process_status_packet();
     // The curve file's line for the present frame, without its line end.
     QString recording_line() const;
+    void write_recording_line();
 
     // Commands to the module (link).
     void send_command(const char* letters);
+    void send_byte(uint8_t byte);
+    void upload_settings();
+    void stop_module_link();
+
+    // The search for the module and the heartbeat (link).
+    void start_module_search();
+    void enumerate_com_ports();
+    void Timer_module_connect_Timer();
+    void Timer_HeartBeat_Timer();
+
+    // The breath-hold cycle (breathhold).
+    void read_patient_switch();
+    void process_balloon_state();
+    void show_key_prompt();
+    void disable_menus();
+    void enable_menus();
+    void disable_record_buttons();
+    void restore_record_buttons();
+    void start_pause_cue();
+    void stop_pause_cue();
+    void pauseBeamTimer_Timer();
+
+    // Keys (breathhold).
+    void Form_KeyDown(int key_code, int shift);
+
+    // Faults (breathhold).
+    void enter_fault_mode(const QString& text);
+    void leave_fault_mode();
+    void Timer1_Timer();
+    void fault_summary();
+
+    // The gating library (gating).
+    void _Tarrow_SetRelayState(uint8_t close_relay);
+    void poll_tarrow_status();
+    void show_gating_lamp(Control Form1Controls::*lamp);
+    void hide_gating_lamps();
 
     // Strip chart (display).
     void draw_chart();
@@ -54,11 +96,45 @@ public:
     void draw_threshold_box();
     bool volume_in_threshold_region() const;
 
+    // Main window layout (display).
+    void layout_main_window();
+    void update_chart_labels();
+    void Timer2_Timer();
+
+    // System settings files and the number format (data).
+    void detect_number_format();
+    void load_system_settings();
+    void load_default_system_settings();
+    void save_ini_file();
+    QString read_data_path();
+    bool write_data_path(QString& path);
+    QString Select_patient_datapath();
+
+    // Language files (language).
+    void load_language_catalogue();
+    void read_language_file(const QString& path);
+
     // Start-up (app).
     void Form_Load();
 
+    // The system check window while it stands.
+    Form13 form13;
+    void Timer_form13_close_delay_Timer();
+    // Closes the system check window; the application sets it.
+    std::function<void()> on_form13_closed;
+
+    // Timers.
+    std::unique_ptr<Timer> Timer_module_connect;
+    std::unique_ptr<Timer> Timer_HeartBeat;
+    std::unique_ptr<Timer> Timer1;
+    std::unique_ptr<Timer> pauseBeamTimer;
+    std::unique_ptr<Timer> Timer_form13_close_delay;
+    std::unique_ptr<Timer> logo_banner;
+    std::unique_ptr<Timer> Timer2;
+
     // Files open for the whole run.
     std::unique_ptr<QFile> checksum_log;
+    std::unique_ptr<QFile> curve_file;
 
     // Runs an event handler; a failure that no routine handled is reported and ends the
     // program after the open files are closed.

@@ -18,6 +18,9 @@ struct CycleState {
     bool pause_cue_visible = false;
     bool pauseRecordDisabled = false;
     bool Recover_Comm_During_Gated_Treatment = false;
+    // The locked display of the fault state.
+    bool fault_mode_enabled = false;
+    bool deviceIsInFaultMode = false;
 };
 
 }  // namespace zel

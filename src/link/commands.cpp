@@ -1,8 +1,75 @@
 // Commands to the control module: one ASCII letter each, parameters as raw bytes.
+#include "link/commands.h"
+
+#include <cmath>
+
 #include "app/form1.h"
+#include "app/helpers.h"
 
 namespace zel {
 
+namespace {
+uint8_t to_byte(long long value, const char* source) {
+    if (value < 0 || value > 255) raise_overflow(source);
+    return static_cast<uint8_t>(value);
+}
+}  // namespace
+
+uint8_t encode_duration(double duration) {
+    return to_byte(round_to_integer(duration), "encode_duration");
+}
+
+std::array<uint8_t, 2> encode_threshold(float thresh) {
+    const double a = std::fabs(static_cast<double>(thresh)) * 250.0;
+    auto low = static_cast<uint8_t>(round_to_integer(a) % 256);
+    auto high = to_byte(static_cast<long long>(round_to_places(a / 256.0, 2)), "encode_threshold");
+    if (thresh < 0.0f) {
+        high = static_cast<uint8_t>(~high);
+        const int16_t negated = checked_i16(static_cast<uint8_t>(~low) + 1, "encode_threshold");
+        low = to_byte(negated, "encode_threshold");
+    }
+    return {high, low};
+}
+
+std::array<uint8_t, 2> encode_calibration(float factor) {
+    const double b = static_cast<double>(factor) * 8192000.0;
+    const uint8_t high = to_byte(round_to_integer(b / 256.0), "encode_calibration");
+    const uint8_t low = static_cast<uint8_t>(round_to_int32(b) % 256);
+    return {high, low};
+}
+
 void Form1::send_command(const char* letters) { platform.serial.Output(QByteArray(letters)); }
+
+void Form1::send_byte(uint8_t byte) {
+    platform.serial.Output(QByteArray(1, static_cast<char>(byte)));
+}
+
+void Form1::upload_settings() {
+    if (!platform.serial.PortOpen()) return;
+    send_command("L");
+    send_byte(encode_duration(duration));
+    const auto threshold = encode_threshold(thresh);
+    send_command("T");
+    send_byte(threshold[0]);
+    send_byte(threshold[1]);
+    const auto forward = encode_calibration(forward_calibration_factor);
+    send_command("+");
+    send_byte(forward[0]);
+    send_byte(forward[1]);
+    const auto reverse = encode_calibration(reverse_calibration_factor);
+    send_command("-");
+    send_byte(reverse[0]);
+    send_byte(reverse[1]);
+    send_command("1");
+    settings_confirm = true;
+    settings_confirm_counter = 0;
+    send_command("V");
+}
+
+void Form1::stop_module_link() {
+    if (platform.serial.PortOpen()) send_command("D");
+    Timer_HeartBeat->set_Enabled(false);
+    Timer_module_connect->set_Enabled(false);
+}
 
 }  // namespace zel

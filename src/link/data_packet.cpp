@@ -68,8 +68,27 @@ void Form1::process_data_packet() {
     v1 = volume;
     plot_sample();
 
+    read_patient_switch();
+    process_balloon_state();
+    if (bRecord) write_recording_line();
+    if (sw_state == 2) fault_summary();
+
+    // The state machine has read the time left of the frame before; now this frame's.
     ZEL_CM_duration = decode_time_left(packet[5], packet[6]);
     countdown2.Caption = format_number(ZEL_CM_duration + 0.49, "###0", separator);
+
+    if ((!Gated_Treatment || Gating_OverRide) && b_state == 4 && ZEL_CM_duration < 4.0 &&
+        !pause_cue_visible)
+        start_pause_cue();
+    if (static_cast<long long>(counts) % 25 == 0 && Gated_Treatment) poll_tarrow_status();
+}
+
+void Form1::write_recording_line() {
+    if (!curve_file) return;
+    curve_file->write((recording_line() + QStringLiteral("\r\n")).toLatin1());
+    // Each line reaches the disk as it is written: a crash loses nothing already shown.
+    curve_file->flush();
+    tarrowNewData = false;
 }
 
 QString Form1::recording_line() const {
@@ -86,13 +105,13 @@ QString Form1::recording_line() const {
                                      : message_text(268);
     QString enable = QStringLiteral("-"), relay = QStringLiteral("-");
     if (Gated_Treatment) {
-        switch (tarrow_enable_state) {
+        switch (tarrow_status.enable_state) {
             case 'D': enable = message_text(121); break;
             case 'E': enable = message_text(323); break;
             case 'F': enable = message_text(122); break;
             default: enable.clear();
         }
-        switch (tarrow_relay_state) {
+        switch (tarrow_status.relay_state) {
             case 'O': relay = message_text(326); break;
             case 'o': relay = message_text(327); break;
             case 'C': relay = message_text(328); break;

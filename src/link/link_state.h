@@ -52,6 +52,15 @@ struct LinkState {
     float echo_forward = 0;
     float echo_reverse = 0;
 
+    // The search for the module.
+    std::array<int16_t, 21> port_list{};
+    int16_t num_ports = 0;
+    int16_t port_index = 0;
+    int16_t ComPort = 0;
+    // The system check window at start.
+    bool form13_open = false;
+    bool system_check_result = false;
+
     // Settings upload.
     double duration = 0;
     float forward_calibration_factor = 0.004f;

@@ -2,6 +2,8 @@
 // Everything outside the process that the console's logic talks to.
 #include "platform/chart_surface.h"
 #include "platform/clock.h"
+#include "platform/file_dialogs.h"
+#include "platform/gating_library.h"
 #include "platform/locale.h"
 #include "platform/message_box.h"
 #include "platform/serial_port.h"
@@ -16,6 +18,8 @@ struct Platform {
     Locale& locale;
     MessageBoxes& boxes;
     ChartSurface& chart;
+    GatingLibrary& tarrow;
+    FileDialogs& dialogs;
 };
 
 }  // namespace zel

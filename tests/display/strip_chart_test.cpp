@@ -127,17 +127,18 @@ TEST(StripChart, segments_follow_the_switch_and_the_sweep_wraps_after_max_x) {
     };
     for (const auto& f : frames) rig.fakes.serial.receive(data_frame(f.flags, 1, f.units));
     // Frames 1 to 3 draw at x 1, 2, 3; frame 4 (counts 4 > 3) wraps and draws nothing;
-    // frames 5 and 6 draw from x 1 and 2 of the new sweep.
+    // frames 5 and 6 draw from x 1 and 2 of the new sweep. A segment takes the colour of the
+    // switch as the frame before left it: the switch is read after the chart is drawn.
     QStringList segments;
     for (const QString& entry : rig.fakes.chart.log)
         if (entry.startsWith(QStringLiteral("line")) && !entry.endsWith(QStringLiteral("255,192,128")) &&
             entry.count(QLatin1Char(' ')) == 5 && !entry.endsWith(QStringLiteral("0,255,0")))
             segments.append(entry);
     EXPECT_EQ(segments, (QStringList{
-                            QStringLiteral("line 1 -0 2 -1 255,0,0"),
-                            QStringLiteral("line 2 -1 3 -2 0,0,255"),
+                            QStringLiteral("line 1 0 2 -1 255,0,0"),
+                            QStringLiteral("line 2 -1 3 -2 255,0,0"),
                             QStringLiteral("line 3 -2 4 -1 0,0,255"),
-                            QStringLiteral("line 1 -0 2 -0.5 255,0,0"),
+                            QStringLiteral("line 1 0 2 -0.5 255,0,0"),
                             QStringLiteral("line 2 -0.5 3 -1 255,0,0"),
                         }));
     EXPECT_EQ(rig.fakes.chart.clears, 1);

@@ -86,8 +86,9 @@ QString FakeLocale::general_date(const QDateTime& when) const {
     return when.toString(QStringLiteral("M/d/yyyy HH:mm:ss"));
 }
 
-int FakeMessageBoxes::MsgBox(const QString& prompt, int, const QString&) {
+int FakeMessageBoxes::MsgBox(const QString& prompt, int style, const QString&) {
     shown.append(prompt);
+    styles.push_back(style);
     if (while_shown) while_shown();
     if (answers.empty()) return vbOK;
     const int result = answers.front();

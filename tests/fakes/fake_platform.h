@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "fakes/fake_file_dialogs.h"
+#include "fakes/fake_gating_library.h"
+#include "fakes/qt_printers.h"
 #include "platform/platform.h"
 
 namespace zel::test {
@@ -97,6 +100,7 @@ public:
     int MsgBox(const QString& prompt, int style, const QString& title) override;
     void answer(int result) { answers.push_back(result); }
     QStringList shown;
+    std::vector<int> styles;  // the style of each box shown
     std::function<void()> while_shown;  // runs inside the box, as the nested event loop would
 
 private:
@@ -135,14 +139,20 @@ private:
     Rgb fore{0, 0, 0};
 };
 
+// All fakes; a test or benchmark may draw on a chart surface of its own instead.
 struct FakePlatform {
+    explicit FakePlatform(ChartSurface* other_chart = nullptr) : drawn_on(other_chart) {}
     FakeSerialPort serial;
     FakeTimerFactory timers;
     FakeClock clock;
     FakeLocale locale;
     FakeMessageBoxes boxes;
     RecordingSurface chart;
-    Platform platform{serial, timers, clock, locale, boxes, chart};
+    FakeGatingLibrary tarrow;
+    FakeFileDialogs dialogs;
+    ChartSurface* drawn_on;
+    Platform platform{serial, timers, clock,  locale,
+                      boxes,  drawn_on ? *drawn_on : chart, tarrow, dialogs};
 };
 
 }  // namespace zel::test

@@ -158,8 +158,8 @@ TEST(RecordingLine, joins_seven_fields_or_dashes_without_a_fresh_gating_status) 
         rig.form.tarrowNewData = true;
         rig.form.Gated_Treatment = c.gated;
         rig.form.Gating_OverRide = c.overide;
-        rig.form.tarrow_enable_state = c.enable;
-        rig.form.tarrow_relay_state = c.relay;
+        rig.form.tarrow_status.enable_state = c.enable;
+        rig.form.tarrow_status.relay_state = c.relay;
         EXPECT_EQ(rig.form.recording_line(),
                   QStringLiteral("3,02;0,504;4;1;") + QString::fromLatin1(c.tail));
     }

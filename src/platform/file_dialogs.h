@@ -1,0 +1,16 @@
+#pragma once
+// File and folder dialogs. Each runs its own event loop in the program, so frames and timers
+// go on being handled while it is up.
+#include <QString>
+
+namespace zel {
+
+class FileDialogs {
+public:
+    virtual ~FileDialogs() = default;
+    // A chooser of file-system folders under `title`: the chosen folder's path, or the empty
+    // string when the operator cancels.
+    virtual QString browse_for_folder(const QString& title) = 0;
+};
+
+}  // namespace zel

@@ -1,0 +1,15 @@
+#pragma once
+// File and folder dialogs of Qt, owned by the main window.
+#include <QWidget>
+
+#include "platform/file_dialogs.h"
+
+namespace zel {
+
+class QtFileDialogs final : public FileDialogs {
+public:
+    QString browse_for_folder(const QString& title) override;
+    QWidget* parent = nullptr;
+};
+
+}  // namespace zel

@@ -1,0 +1,13 @@
+#include "fakes/fake_file_dialogs.h"
+
+namespace zel::test {
+
+QString FakeFileDialogs::browse_for_folder(const QString& title) {
+    titles.append(title);
+    if (folders.empty()) return {};
+    const QString path = folders.front();
+    folders.pop_front();
+    return path;
+}
+
+}  // namespace zel::test
