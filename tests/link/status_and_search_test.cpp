@@ -1,0 +1,233 @@
+#include <gtest/gtest.h>
+
+#include "fakes/rig.h"
+#include "language/messages.h"
+#include "link/commands.h"
+
+namespace zel::test {
+namespace {
+
+// A status frame with healthy levels that echoes the given settings.
+QByteArray status_frame(uint8_t battery = 104, uint8_t line = 171, uint8_t pressure = 200,
+                        uint8_t vacuum = 200, uint8_t duration = 15, float thresh = 1.2f,
+                        uint8_t turbine = 1) {
+    QByteArray raw(30, '\0');
+    raw[0] = 39;
+    const char version[] = "ZEL 3.1";
+    for (int k = 0; k < 7; ++k) raw[1 + k] = version[k];
+    raw[18] = static_cast<char>(turbine);
+    raw[19] = static_cast<char>(battery);
+    raw[20] = static_cast<char>(line);
+    raw[21] = static_cast<char>(pressure);
+    raw[22] = static_cast<char>(vacuum);
+    raw[23] = static_cast<char>(duration);
+    const auto t = encode_threshold(thresh);
+    raw[24] = static_cast<char>(t[0]);
+    raw[25] = static_cast<char>(t[1]);
+    raw[26] = raw[28] = static_cast<char>(0x80);
+    return with_checksum(raw);
+}
+
+struct LinkRig : Rig {
+    LinkRig() {
+        form.duration = 15;
+        form.thresh = 1.2f;
+        fakes.serial.set_PortOpen(false);
+        fakes.serial.ports(3);
+    }
+    FakeTimer& connect() { return fakes.timers.get("Timer_module_connect"); }
+    FakeTimer& heartbeat() { return fakes.timers.get("Timer_HeartBeat"); }
+};
+
+TEST(StatusFrame, converts_levels_and_judges_them_at_their_limits) {
+    struct Case { uint8_t battery, line, pressure, vacuum; bool battery_ok, line_ok, pneumatics_ok; };
+    const Case cases[] = {
+        {104, 171, 200, 200, true, true, true},
+        {103, 171, 200, 200, false, true, true},
+        {104, 170, 200, 200, true, false, true},
+        {104, 171, 0, 200, true, true, false},
+        {104, 171, 200, 0, true, true, false},
+        {255, 255, 255, 255, true, true, true},
+    };
+    for (const auto& c : cases) {
+        LinkRig rig;
+        rig.fakes.serial.set_PortOpen(true);
+        rig.fakes.serial.receive(status_frame(c.battery, c.line, c.pressure, c.vacuum));
+        EXPECT_EQ(rig.form.battery_check, c.battery_ok) << int(c.battery);
+        EXPECT_EQ(rig.form.line_check, c.line_ok) << int(c.line);
+        EXPECT_EQ(rig.form.pneumatics_check, c.pneumatics_ok) << int(c.pressure);
+    }
+    EXPECT_FLOAT_EQ(static_cast<float>(104 * 0.0363), 3.7752f);
+    LinkRig rig;
+    rig.fakes.serial.set_PortOpen(true);
+    rig.fakes.serial.receive(status_frame(103, 170, 0, 255));
+    EXPECT_FLOAT_EQ(rig.form.battery_level, 3.7389f);
+    EXPECT_FLOAT_EQ(rig.form.line_level, 9.996f);
+    EXPECT_FLOAT_EQ(rig.form.pressure_level, -1.875f);
+    EXPECT_FLOAT_EQ(rig.form.vacuum_level, 16.875f);
+    EXPECT_EQ(rig.form.zel_version_id, QStringLiteral("ZEL 3.1"));
+}
+
+TEST(StatusFrame, version_text_takes_up_to_fifteen_bytes_and_always_the_first) {
+    LinkRig rig;
+    rig.fakes.serial.set_PortOpen(true);
+    QByteArray raw = status_frame().left(30);
+    for (int k = 1; k <= 15; ++k) raw[k] = static_cast<char>('a' + k);
+    rig.fakes.serial.receive(with_checksum(raw));
+    EXPECT_EQ(rig.form.zel_version_id.size(), 15);
+    raw[1] = 0;
+    raw[2] = 0;
+    rig.fakes.serial.receive(with_checksum(raw));
+    EXPECT_EQ(rig.form.zel_version_id, QString(QChar(0)));
+}
+
+TEST(StatusFrame, three_mismatched_echoes_pass_and_the_fourth_stops_the_link) {
+    LinkRig rig;
+    rig.fakes.serial.set_PortOpen(true);
+    rig.form.Timer_HeartBeat->set_Enabled(true);
+    for (int k = 1; k <= 3; ++k) {
+        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 14));
+        EXPECT_EQ(rig.form.settings_confirm_counter, k);
+        EXPECT_EQ(rig.form.sw_state, 1);
+    }
+    rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 14));
+    EXPECT_EQ(rig.form.sw_state, 2);
+    EXPECT_EQ(rig.form.Label2.Caption, message_text(294));
+    EXPECT_FALSE(rig.form.Timer_HeartBeat->Enabled());
+    EXPECT_FALSE(rig.form.Timer_module_connect->Enabled());
+    EXPECT_TRUE(rig.form.settings_confirm);
+}
+
+TEST(StatusFrame, a_matching_echo_confirms_and_later_frames_are_not_compared) {
+    LinkRig rig;
+    rig.fakes.serial.set_PortOpen(true);
+    rig.fakes.serial.receive(status_frame());
+    EXPECT_FALSE(rig.form.settings_confirm);
+    rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 99));
+    EXPECT_FALSE(rig.form.settings_confirm);
+    EXPECT_EQ(rig.form.settings_confirm_counter, 0);
+}
+
+TEST(StatusFrame, a_zero_threshold_echoes_equal) {
+    LinkRig rig;
+    rig.form.thresh = 0;
+    rig.fakes.serial.set_PortOpen(true);
+    rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 15, 0.0f));
+    EXPECT_FALSE(rig.form.settings_confirm);
+}
+
+TEST(ModuleSearch, goes_from_cold_start_to_the_stream_in_three_ticks) {
+    LinkRig rig;
+    rig.form.start_module_search();
+    rig.connect().tick();  // ports listed, first port opened, "V"
+    EXPECT_EQ(rig.form.num_ports, 3);
+    EXPECT_EQ(rig.fakes.serial.sent(), "V");
+    EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
+    rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 0, 0.0f));
+    rig.fakes.serial.clear_sent();
+    rig.connect().tick();  // checks pass, settings uploaded
+    EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));
+    rig.fakes.serial.receive(status_frame());
+    rig.fakes.serial.clear_sent();
+    rig.connect().tick();  // confirmed: the link is up
+    EXPECT_EQ(rig.fakes.serial.sent(), "XE");
+    EXPECT_FALSE(rig.connect().Enabled());
+    EXPECT_TRUE(rig.heartbeat().Enabled());
+    EXPECT_EQ(rig.fakes.serial.CommPort(), 1);
+}
+
+TEST(ModuleSearch, a_module_back_in_a_hold_is_not_sent_x) {
+    LinkRig rig;
+    rig.form.b_state = 4;
+    rig.form.Recover_Comm_During_Gated_Treatment = true;
+    rig.form.start_module_search();
+    rig.connect().tick();
+    rig.fakes.serial.receive(status_frame());
+    rig.form.settings_confirm = false;
+    rig.fakes.serial.clear_sent();
+    rig.connect().tick();
+    EXPECT_EQ(rig.fakes.serial.sent(), "E");
+    EXPECT_TRUE(rig.form.Recover_Comm_During_Gated_Treatment);
+}
+
+TEST(ModuleSearch, walks_the_ports_one_a_tick_and_skips_those_in_use) {
+    LinkRig rig;
+    rig.fakes.serial.ports(20);
+    rig.fakes.serial.fail_open(2);
+    rig.form.start_module_search();
+    for (int k = 0; k < 3; ++k) rig.connect().tick();
+    EXPECT_EQ(rig.form.num_ports, 19);
+    EXPECT_EQ(rig.form.port_list[1], 3);
+    EXPECT_EQ(rig.form.ComPort, 4);
+}
+
+TEST(ModuleSearch, twenty_usable_ports_fill_the_list) {
+    LinkRig rig;
+    rig.fakes.serial.ports(25);
+    rig.form.enumerate_com_ports();
+    EXPECT_EQ(rig.form.num_ports, 20);
+    EXPECT_EQ(rig.form.port_list[19], 20);
+}
+
+TEST(ModuleSearch, a_failed_check_names_the_faults_with_a_leading_blank) {
+    LinkRig rig;
+    rig.form.start_module_search();
+    rig.connect().tick();
+    rig.fakes.serial.receive(status_frame(103, 171, 0, 200, 15, 1.2f, 0));
+    rig.fakes.serial.clear_sent();
+    rig.connect().tick();
+    EXPECT_EQ(rig.form.Label2.Caption,
+              QStringLiteral(" Battery Fault. Transducer Fault. Balloon fault."));
+    EXPECT_EQ(rig.fakes.serial.sent(), "V");
+    EXPECT_EQ(rig.form.sw_state, 2);
+}
+
+TEST(Heartbeat, tolerates_one_silent_tick_and_loses_the_link_on_the_second) {
+    LinkRig rig;
+    rig.fakes.serial.set_PortOpen(true);
+    rig.form.Timer_HeartBeat->set_Enabled(true);
+    rig.fakes.serial.receive(data_frame(0x04, 1, 0, 100));
+    rig.heartbeat().tick();
+    EXPECT_TRUE(rig.fakes.serial.PortOpen());
+    rig.fakes.serial.receive(data_frame(0x04, 1, 0, 100));
+    rig.heartbeat().tick();
+    EXPECT_TRUE(rig.fakes.serial.PortOpen());
+    rig.heartbeat().tick();
+    EXPECT_FALSE(rig.fakes.serial.PortOpen());
+    EXPECT_TRUE(rig.connect().Enabled());
+    EXPECT_FALSE(rig.heartbeat().Enabled());
+    EXPECT_TRUE(rig.form.countdown2.Caption.isEmpty());
+    EXPECT_TRUE(rig.form.settings_confirm);
+}
+
+TEST(Heartbeat, a_loss_during_a_gated_hold_opens_the_relay_at_once) {
+    LinkRig rig;
+    rig.form.Gated_Treatment = true;
+    rig.form.b_state = 4;
+    rig.form.pneumatic_fault = true;
+    rig.form.line_fault = true;
+    rig.form.Timer_HeartBeat->set_Enabled(true);
+    rig.heartbeat().tick();
+    rig.heartbeat().tick();
+    EXPECT_EQ(rig.fakes.tarrow.relay_calls(), QStringList{QStringLiteral("SetRelayState(0)")});
+    EXPECT_TRUE(rig.form.Recover_Comm_During_Gated_Treatment);
+    EXPECT_TRUE(rig.form.Image_Gating_Ready.Visible);
+    EXPECT_FALSE(rig.form.Image_Gating_Closed.Visible);
+    EXPECT_EQ(rig.form.b_state, 1);
+    EXPECT_TRUE(rig.form.pneumatic_fault);  // left standing by a link loss
+    EXPECT_FALSE(rig.form.line_fault);
+}
+
+TEST(Heartbeat, a_loss_during_a_manual_hold_shows_the_pause_cue) {
+    LinkRig rig;
+    rig.form.b_state = 4;
+    rig.form.Timer_HeartBeat->set_Enabled(true);
+    rig.heartbeat().tick();
+    rig.heartbeat().tick();
+    EXPECT_TRUE(rig.form.pause_cue_visible);
+    EXPECT_TRUE(rig.fakes.timers.get("pauseBeamTimer").Enabled());
+    EXPECT_TRUE(rig.fakes.tarrow.relay_calls().isEmpty());
+}
+
+}  // namespace
+}  // namespace zel::test
