@@ -7,6 +7,10 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev
     xvfb xauth fonts-liberation2 fontconfig poppler-utils imagemagick
 )
+# The fuzz harnesses (fuzz/) need clang and its sanitizer and libFuzzer runtimes.
+if [ "${1:-}" = "--fuzz" ]; then
+    packages+=(clang libclang-rt-14-dev)
+fi
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

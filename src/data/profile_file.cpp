@@ -63,8 +63,15 @@ std::optional<QByteArray> key_name(const QByteArray& text) {
     return trimmed(QByteArrayView(text).first(equals));
 }
 
+// Names are trimmed of the same blanks on both sides, so that what is written is found again.
 bool same_name(const QByteArray& in_file, const QString& wanted) {
-    return QString::fromLatin1(in_file).compare(wanted.trimmed(), Qt::CaseInsensitive) == 0;
+    QString bare = wanted;
+    while (!bare.isEmpty() && bare.back().unicode() < 0x80 && is_blank(char(bare.back().unicode())))
+        bare.chop(1);
+    while (!bare.isEmpty() && bare.front().unicode() < 0x80 &&
+           is_blank(char(bare.front().unicode())))
+        bare.remove(0, 1);
+    return QString::fromLatin1(in_file).compare(bare, Qt::CaseInsensitive) == 0;
 }
 
 // Lines [first, last) of the first section of that name: first is its header.
