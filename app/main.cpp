@@ -1,4 +1,4 @@
-// Builds the platform, the main window's model and its view.
+// Builds the platform, the main window's model and its view, and starts the console.
 #include <QApplication>
 #include <QDir>
 
@@ -11,9 +11,12 @@
 #include "platform/qt_system.h"
 #include "platform/qt_timer.h"
 #include "ui/form1_view.h"
+#include "ui/images.h"
+#include "ui/qt_windows.h"
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    zel::init_images();
     const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
 
     zel::QtSerialPort serial(app_data_path);
@@ -24,17 +27,40 @@ int main(int argc, char** argv) {
     zel::QtChartSurface chart(870, 499);
     zel::QtGatingLibrary tarrow(app_data_path);
     zel::QtFileDialogs dialogs;
-    zel::Platform platform{serial, timers, clock, locale, boxes, chart, tarrow, dialogs};
+    // The windows need the model and the model needs the windows: the model reaches them
+    // through this forwarder, filled in once the view exists.
+    struct LateWindows final : zel::Windows {
+        zel::Windows* target = nullptr;
+        void show_modal(zel::Window w) override { target->show_modal(w); }
+        void unload(zel::Window w) override { target->unload(w); }
+        void show_main_window(bool v) override { target->show_main_window(v); }
+        int ask(const QString& c, const QString& q, const QStringList& b) override {
+            return target->ask(c, q, b);
+        }
+        bool install_key_guard() override { return target->install_key_guard(); }
+        void remove_key_guard() override { target->remove_key_guard(); }
+    } windows;
+    zel::Platform platform{serial, timers, clock, locale, boxes, chart, tarrow, dialogs, windows};
 
     zel::load_default_messages();
     zel::Form1 form(platform, app_data_path);
-    form.end_program = [](int code) { QApplication::exit(code); };
-    serial.OnComm = [&form] { form.run_event("MSComm1_OnComm", [&form] { form.MSComm1_OnComm(); }); };
+    bool ended = false;
+    int exit_code = 0;
+    form.end_program = [&](int code) {
+        ended = true;
+        exit_code = code;
+        QApplication::exit(code);
+    };
+    serial.OnComm = [&form] {
+        form.run_event("MSComm1_OnComm", [&form] { form.MSComm1_OnComm(); });
+    };
 
     zel::Form1View view(form, chart);
+    zel::QtWindows qt_windows(form, view);
+    windows.target = &qt_windows;
     boxes.parent = &view;
     dialogs.parent = &view;
     form.run_event("Form_Load", [&form] { form.Form_Load(); });
-    view.show();
+    if (ended) return exit_code;
     return app.exec();
 }

@@ -17,6 +17,7 @@ std::unique_ptr<Timer> make_timer(Form1& form, const char* name, int interval, b
 
 Form1::Form1(Platform& platform_, QString app_data_path)
     : platform(platform_), AppDataPath(std::move(app_data_path)) {
+    set_design_values();
     Timer_module_connect = make_timer(*this, "Timer_module_connect", 350, false,
                                       &Form1::Timer_module_connect_Timer);
     Timer_HeartBeat = make_timer(*this, "Timer_HeartBeat", 300, false, &Form1::Timer_HeartBeat_Timer);
@@ -24,7 +25,7 @@ Form1::Form1(Platform& platform_, QString app_data_path)
     pauseBeamTimer = make_timer(*this, "pauseBeamTimer", 4000, false, &Form1::pauseBeamTimer_Timer);
     Timer_form13_close_delay = make_timer(*this, "Timer_form13_close_delay", 600, false,
                                           &Form1::Timer_form13_close_delay_Timer);
-    logo_banner = make_timer(*this, "logo_banner", 1000, true, nullptr);
+    logo_banner = make_timer(*this, "logo_banner", 1000, true, &Form1::logo_banner_Timer);
     Timer2 = make_timer(*this, "Timer2", 10000, true, &Form1::Timer2_Timer);
 }
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+#include "app/app_state.h"
 #include "app/form13.h"
 #include "app/form1_controls.h"
 #include "app/patient_state.h"
@@ -21,7 +22,8 @@
 
 namespace zel {
 
-class Form1 : public LinkState,
+class Form1 : public AppState,
+              public LinkState,
               public CycleState,
               public DisplayState,
               public GatingState,
@@ -114,14 +116,21 @@ public:
     void load_language_catalogue();
     void read_language_file(const QString& path);
 
-    // Start-up (app).
+    // Start-up and shutdown (app).
     void Form_Load();
+    void logo_banner_Timer();
+    void zel_exit_Click();
+    // The system check window's exit button.
+    void Form13_Command1_Click();
+
+    // The patient workflow (app).
+    void load_existing_patient_Click();
+    void create_new_patient_Click();
+    void save_session_history();
 
     // The system check window while it stands.
     Form13 form13;
     void Timer_form13_close_delay_Timer();
-    // Closes the system check window; the application sets it.
-    std::function<void()> on_form13_closed;
 
     // Timers.
     std::unique_ptr<Timer> Timer_module_connect;

@@ -53,6 +53,8 @@ struct Form1Controls {
     Control Gating_Diagnostics;
 
     Control* ylabel(int k);  // ylabel1 .. ylabel9
+    // Sizes, fonts, colours and first captions before the layout places them.
+    void set_design_values();
 };
 
 }  // namespace zel

@@ -11,7 +11,6 @@ namespace zel {
 namespace {
 constexpr uint8_t status_start = 39;
 constexpr uint8_t data_start = 131;
-const char* const logSubDir = "LOG";
 }  // namespace
 
 uint8_t Form1::read_byte() {
@@ -66,7 +65,7 @@ bool Form1::checksum_ok() const {
 }
 
 void Form1::log_checksum_error() {
-    const QString directory = AppDataPath + QLatin1Char('/') + QLatin1String(logSubDir);
+    const QString directory = AppDataPath + QLatin1Char('/') + logSubDir;
     if (!QDir().mkpath(directory))
         throw ZelError(err_path_not_found, QStringLiteral("log_checksum_error"),
                        QStringLiteral("Path not found: ") + directory);

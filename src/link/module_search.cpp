@@ -148,8 +148,8 @@ void Form1::Timer_HeartBeat_Timer() {
 
 void Form1::Timer_form13_close_delay_Timer() {
     form13_open = false;
+    platform.windows.unload(Window::Form13);
     Timer_form13_close_delay->set_Enabled(false);
-    if (on_form13_closed) on_form13_closed();
 }
 
 }  // namespace zel

@@ -8,6 +8,7 @@
 #include "platform/message_box.h"
 #include "platform/serial_port.h"
 #include "platform/timer.h"
+#include "platform/windows.h"
 
 namespace zel {
 
@@ -20,6 +21,7 @@ struct Platform {
     ChartSurface& chart;
     GatingLibrary& tarrow;
     FileDialogs& dialogs;
+    Windows& windows;
 };
 
 }  // namespace zel

@@ -1,17 +1,13 @@
 #include "ui/form1_view.h"
 
-#include <QPainter>
+#include <QCloseEvent>
+#include <QMenuBar>
 #include <QPaintEvent>
+#include <QPainter>
+
+#include "ui/control_widgets.h"
 
 namespace zel {
-
-namespace {
-QRect pixel_rect(const Control& c) {
-    return QRect(qRound(c.Left / twips_per_pixel), qRound(c.Top / twips_per_pixel),
-                 qRound(c.Width / twips_per_pixel), qRound(c.Height / twips_per_pixel));
-}
-QString css_colour(Rgb c) { return QStringLiteral("rgb(%1,%2,%3)").arg(c.r).arg(c.g).arg(c.b); }
-}  // namespace
 
 ChartWidget::ChartWidget(QtChartSurface& surface_, QWidget* parent)
     : QWidget(parent), surface(surface_) {
@@ -24,49 +20,130 @@ void ChartWidget::paintEvent(QPaintEvent* event) {
     painter.drawImage(event->rect(), surface.image(), event->rect());
 }
 
-void render_control(const Control& control, QWidget& widget) {
-    const QRect place = pixel_rect(control);
-    if (widget.geometry() != place) widget.setGeometry(place);
-    if (widget.isVisibleTo(widget.parentWidget()) != control.Visible)
-        widget.setVisible(control.Visible);
-    if (widget.isEnabled() != control.Enabled) widget.setEnabled(control.Enabled);
-    QFont font(control.font.name);
-    font.setPointSizeF(control.font.size);
-    font.setBold(control.font.bold);
-    if (widget.font() != font) widget.setFont(font);
-    const QString style = QStringLiteral("color:%1;background-color:%2;")
-                              .arg(css_colour(control.ForeColor), css_colour(control.BackColor));
-    if (widget.styleSheet() != style) widget.setStyleSheet(style);
-    if (auto* label = qobject_cast<QLabel*>(&widget); label && label->text() != control.Caption)
-        label->setText(control.Caption);
-}
-
 Form1View::Form1View(Form1& form_, QtChartSurface& surface) : form(form_) {
-    setWindowTitle(QStringLiteral("Zelmoor"));
     setFixedSize(1024, 768);
-    setStyleSheet(QStringLiteral("Form1View { background-color: rgb(224,224,224); }"));
-    chart = new ChartWidget(surface, this);
-    add_label(form.thresh_label);
-    add_label(form.elapsed_label);
-    add_label(form.volume_label);
-    add_label(form.countdown2)->setAlignment(Qt::AlignCenter);
-    add_label(form.Label2)->setWordWrap(true);
+    client = new QWidget(this);
+    client->setObjectName(QStringLiteral("client"));
+    client->setStyleSheet(QStringLiteral("#client{background-color:rgb(224,224,224);}"));
+    setCentralWidget(client);
+    build_menus();
+
+    chart = new ChartWidget(surface, client);
+    const Qt::Alignment left = Qt::AlignLeft | Qt::AlignVCenter;
+    for (int k = 1; k <= 9; ++k) add_label(*form.ylabel(k), client, Qt::AlignRight | Qt::AlignVCenter);
+    add_label(form.thresh_label, client, left);
+    add_label(form.Label1, client, Qt::AlignCenter);
+    add_label(form.infolabel3, client, Qt::AlignRight | Qt::AlignVCenter);
+    add_label(form.volume_label, client, left);
+    add_label(form.infolabel5, client, Qt::AlignRight | Qt::AlignVCenter);
+    add_label(form.elapsed_label, client, left);
+
+    frame = new QFrame(client);
+    frame->setObjectName(QStringLiteral("Frame2"));
+    frame->setStyleSheet(QStringLiteral(
+        "#Frame2{background-color:rgb(224,224,224);border:1px solid rgb(160,160,160);"
+        "border-radius:3px;}"));
+    bound.push_back({&form.Frame2, frame});
+    add_label(form.Label_last_name, frame, left);
+    add_label(form.Label_first_name, frame, left);
+    add_label(form.label_patient_ID, frame, left);
+    add_label(form.label_session, frame, left);
+    add_label(form.Label2, frame, Qt::AlignLeft | Qt::AlignTop)->setWordWrap(true);
+    add_label(form.countdown2, frame, Qt::AlignCenter);
+    add_label(form.gating_label, frame, Qt::AlignCenter);
+    add_label(form.Label4, frame, Qt::AlignCenter);
+
+    add_picture(form.Image_Gating_Ready, QStringLiteral("gating_ready"));
+    add_picture(form.Image_Gating_Closed, QStringLiteral("gating_closed"));
+    add_picture(form.Image_Gating_Fault, QStringLiteral("gating_fault"));
+    add_picture(form.iconA, QStringLiteral("logo"));
+    add_button(form.cmdRecord, QStringLiteral("record"));
+    add_button(form.cmdPause, QStringLiteral("pause"));
+
     // Captions change up to 50 times a second; the screen follows at its own pace.
     connect(&refresh, &QTimer::timeout, this, &Form1View::sync);
     refresh.start(40);
     sync();
 }
 
-QLabel* Form1View::add_label(Control& control) {
-    auto* label = new QLabel(this);
-    labels[&control] = label;
+QLabel* Form1View::add_label(Control& control, QWidget* parent, Qt::Alignment alignment) {
+    auto* label = new QLabel(parent);
+    label->setAlignment(alignment);
+    bound.push_back({&control, label});
     return label;
 }
 
+QLabel* Form1View::add_picture(Control& control, const QString& image) {
+    auto* label = new QLabel(client);
+    label->setPixmap(product_image(image));
+    label->setScaledContents(true);
+    bound.push_back({&control, label});
+    return label;
+}
+
+QToolButton* Form1View::add_button(Control& control, const QString& image) {
+    auto* button = new QToolButton(client);
+    button->setIcon(QIcon(product_image(image)));
+    button->setIconSize(QSize(32, 32));
+    button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    bound.push_back({&control, button});
+    return button;
+}
+
+QAction* Form1View::add_action(QMenu* menu, Control& control, void (Form1::*handler)()) {
+    QAction* action = menu->addAction(control.Caption);
+    if (handler)
+        connect(action, &QAction::triggered, this, [this, handler] {
+            form.run_event("menu", [this, handler] { (form.*handler)(); });
+        });
+    actions.emplace_back(&control, action);
+    return action;
+}
+
+void Form1View::build_menus() {
+    QMenuBar* bar = menuBar();
+    auto menu = [&](Control& control) {
+        QMenu* m = bar->addMenu(control.Caption);
+        menus.emplace_back(&control, m);
+        return m;
+    };
+    QMenu* file = menu(form.file_main);
+    add_action(file, form.create_new_patient, &Form1::create_new_patient_Click);
+    add_action(file, form.load_existing_patient, &Form1::load_existing_patient_Click);
+    add_action(file, form.save_settings_as_default, nullptr);
+    file->addSeparator();
+    add_action(file, form.zel_exit, &Form1::zel_exit_Click);
+    QMenu* settings = menu(form.set_params);
+    add_action(settings, form.Control_Panel, nullptr);
+    add_action(settings, form.Patient_Settings, nullptr);
+    QMenu* view = menu(form.mnuView);
+    add_action(view, form.mnuSessionHistory, nullptr);
+    QMenu* data = menu(form.data_handle);
+    add_action(data, form.mnuVisualizePatientCurves, nullptr);
+    // Stands in the menu as built, and is never shown.
+    add_action(data, form.export_volume_curve, nullptr)->setVisible(false);
+    QMenu* help = menu(form.Help_menu);
+    add_action(help, form.About, nullptr);
+    add_action(help, form.Gating_Diagnostics, nullptr);
+}
+
 void Form1View::sync() {
+    if (windowTitle() != form.Caption) setWindowTitle(form.Caption);
     const QRect place = pixel_rect(form.Pic);
     if (chart->geometry() != place) chart->setGeometry(place);
-    for (auto& [control, label] : labels) render_control(*control, *label);
+    for (const Bound& b : bound) render_control(*b.control, *b.widget);
+    for (auto& [control, action] : actions) {
+        if (action->text() != control->Caption) action->setText(control->Caption);
+        if (action->isEnabled() != control->Enabled) action->setEnabled(control->Enabled);
+    }
+    for (auto& [control, m] : menus)
+        if (m->title() != control->Caption) m->setTitle(control->Caption);
+}
+
+void Form1View::closeEvent(QCloseEvent* event) {
+    // Closing the window's frame is the same as Exit; Exit ends the program itself.
+    event->ignore();
+    form.run_event("zel_exit_Click", [this] { form.zel_exit_Click(); });
 }
 
 }  // namespace zel

@@ -9,6 +9,7 @@
 
 #include "fakes/fake_file_dialogs.h"
 #include "fakes/fake_gating_library.h"
+#include "fakes/fake_windows.h"
 #include "fakes/qt_printers.h"
 #include "platform/platform.h"
 
@@ -150,9 +151,10 @@ struct FakePlatform {
     RecordingSurface chart;
     FakeGatingLibrary tarrow;
     FakeFileDialogs dialogs;
+    FakeWindows windows;
     ChartSurface* drawn_on;
-    Platform platform{serial, timers, clock,  locale,
-                      boxes,  drawn_on ? *drawn_on : chart, tarrow, dialogs};
+    Platform platform{serial, timers, clock,   locale, boxes, drawn_on ? *drawn_on : chart,
+                      tarrow, dialogs, windows};
 };
 
 }  // namespace zel::test

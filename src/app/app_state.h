@@ -1,0 +1,24 @@
+#pragma once
+// Constants of the design set at every start, and the application's own flags.
+#include <QString>
+#include <cstdint>
+
+namespace zel {
+
+struct AppState {
+    QString major_revision_level;
+    QString minor_revision_level;
+    QString patient_parameter_filestamp;
+    QString logSubDir = QStringLiteral("LOG");
+    bool form12_open = false;
+    bool patient_settings_cancel = false;
+    bool record_file_created = false;
+    bool waiting_for_data = false;
+    QString record_filename;
+    uint8_t save_session_response = 0;
+    int16_t flash_counter = 0;
+    // The key guard is installed.
+    bool hhkLowLevelKybd = false;
+};
+
+}  // namespace zel

@@ -1,0 +1,97 @@
+#include "ui/qt_windows.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "app/form1.h"
+#include "ui/control_widgets.h"
+#include "ui/form13_view.h"
+#include "ui/form1_view.h"
+
+namespace zel {
+
+namespace {
+
+// The start-up banner: its one picture, no frame; the banner timer closes it.
+class Form6View final : public QDialog {
+public:
+    explicit Form6View(QWidget* parent) : QDialog(parent, Qt::SplashScreen | Qt::FramelessWindowHint) {
+        auto* picture = new QLabel(this);
+        picture->setPixmap(product_image(QStringLiteral("banner")));
+        auto* layout = new QVBoxLayout(this);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(picture);
+        setFixedSize(picture->pixmap().isNull() ? QSize(480, 270) : picture->pixmap().size());
+    }
+
+protected:
+    void reject() override {}
+};
+
+}  // namespace
+
+QtWindows::QtWindows(Form1& form_, Form1View& main_window_)
+    : form(form_), main_window(main_window_) {}
+
+QtWindows::~QtWindows() { remove_key_guard(); }
+
+void QtWindows::show_modal(Window window) {
+    QPointer<QDialog>& slot = window == Window::Form6 ? banner : system_check;
+    if (window == Window::Form6)
+        slot = new Form6View(main_window.isVisible() ? &main_window : nullptr);
+    else
+        slot = new Form13View(form, main_window.isVisible() ? &main_window : nullptr);
+    slot->setAttribute(Qt::WA_DeleteOnClose);
+    slot->exec();
+}
+
+void QtWindows::unload(Window window) {
+    QPointer<QDialog>& slot = window == Window::Form6 ? banner : system_check;
+    if (slot) slot->done(QDialog::Accepted);
+}
+
+void QtWindows::show_main_window(bool visible) { main_window.setVisible(visible); }
+
+int QtWindows::ask(const QString& caption, const QString& question, const QStringList& buttons) {
+    QDialog dialog(main_window.isVisible() ? &main_window : nullptr);
+    dialog.setWindowTitle(caption);
+    auto* layout = new QVBoxLayout(&dialog);
+    auto* text = new QLabel(question, &dialog);
+    text->setWordWrap(true);
+    text->setFont(QFont(QStringLiteral("Liberation Sans"), 10));
+    layout->addWidget(text);
+    auto* box = new QDialogButtonBox(&dialog);
+    int pressed = static_cast<int>(buttons.size()) - 1;
+    for (int k = 0; k < buttons.size(); ++k) {
+        QPushButton* button = box->addButton(buttons[k], QDialogButtonBox::ActionRole);
+        button->setAutoDefault(false);
+        QObject::connect(button, &QPushButton::clicked, &dialog, [&dialog, &pressed, k] {
+            pressed = k;
+            dialog.accept();
+        });
+    }
+    layout->addWidget(box);
+    dialog.setMinimumWidth(420);
+    dialog.exec();
+    return pressed;
+}
+
+bool QtWindows::install_key_guard() {
+    if (!key_guard) {
+        key_guard = std::make_unique<KeyGuardFilter>(form);
+        qApp->installEventFilter(key_guard.get());
+    }
+    return true;
+}
+
+void QtWindows::remove_key_guard() {
+    if (key_guard) {
+        qApp->removeEventFilter(key_guard.get());
+        key_guard.reset();
+    }
+}
+
+}  // namespace zel
