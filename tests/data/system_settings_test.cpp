@@ -283,10 +283,6 @@ TEST(SaveIniFile, writes_nine_lines_in_the_system_form) {
          crlf_lines({stamp, "inhale:False", "duration:12,5", "max x:1500,25", "max y:2,5",
                      "x scale factor:3", "threshold:1,25", "default language:English",
                      "number format:comma"})},
-        {'.', true, 30, 3000, 0.25, 2, -0.005f,
-         crlf_lines({stamp, "inhale:True", "duration:30", "max x:3000", "max y:0.3",
-                     "x scale factor:2", "threshold:-0.01", "default language:English",
-                     "number format:dot"})},
     };
     for (const auto& c : cases) {
         Rig rig;
