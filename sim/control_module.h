@@ -65,6 +65,7 @@ class ControlModule {
     void set_fault(Fault fault, bool on);
     Supplies supplies;
     BreathingPattern& breathing() { return patient.pattern; }
+    const BreathingPattern& breathing() const { return patient.pattern; }
     double corrupt_rate = 0.0;  // fraction of frames sent with a wrong checksum
     double noise_rate = 0.0;    // fraction of gaps between frames that get noise bytes
     bool wrong_echo = false;    // the status frame echoes a threshold one unit off
