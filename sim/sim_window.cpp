@@ -69,7 +69,7 @@ QGroupBox* group(const QString& title, QLayout* layout) {
 }  // namespace
 
 VolumeTrace::VolumeTrace(QWidget* parent) : QWidget(parent) {
-    setMinimumSize(300, 110);
+    setMinimumSize(300, 170);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
@@ -109,6 +109,8 @@ void VolumeTrace::paintEvent(QPaintEvent*) {
                QStringLiteral("%1 L").arg(high, 0, 'f', 1));
     p.drawText(rect().adjusted(6, 4, -6, -4), Qt::AlignLeft | Qt::AlignBottom,
                QStringLiteral("%1 L").arg(low, 0, 'f', 1));
+    p.drawText(rect().adjusted(6, 4, -6, -4), Qt::AlignRight | Qt::AlignBottom,
+               QStringLiteral("last 10 s"));
     p.setPen(QColor(200, 60, 60));
     p.drawText(rect().adjusted(6, 4, -6, -4), Qt::AlignRight | Qt::AlignTop,
                QStringLiteral("threshold %1 L").arg(threshold, 0, 'f', 3));
@@ -144,16 +146,25 @@ void SimWindow::run(const QString& line) {
     error_label->setText(error.isEmpty() ? QString() : line + QStringLiteral(": ") + error);
 }
 
+void SimWindow::follow(QWidget* widget, std::function<void()> update) {
+    followers.push_back([widget, update] {
+        if (widget->hasFocus()) return;
+        const QSignalBlocker block(widget);
+        update();
+    });
+}
+
 QDoubleSpinBox* SimWindow::number_box(double low, double high, double step, int decimals,
-                                      const QString& suffix, double value,
+                                      const QString& suffix, std::function<double()> value,
                                       const QString& instruction) {
     auto* box = new QDoubleSpinBox;
     box->setRange(low, high);
     box->setSingleStep(step);
     box->setDecimals(decimals);
     box->setSuffix(suffix);
-    box->setValue(value);
+    box->setValue(value());
     box->setKeyboardTracking(false);
+    follow(box, [box, value] { box->setValue(value()); });
     connect(box, &QDoubleSpinBox::valueChanged, this,
             [this, instruction](double v) { run(instruction.arg(v, 0, 'f', 4)); });
     return box;
@@ -177,7 +188,7 @@ QWidget* SimWindow::module_group() {
 }
 
 QWidget* SimWindow::patient_group() {
-    const BreathingPattern& b = host.simulator().module.breathing();
+    const auto b = [this] { return host.simulator().module.breathing(); };
     switch_button = new QPushButton(QStringLiteral("Switch held"));
     switch_button->setCheckable(true);
     switch_button->setChecked(true);
@@ -194,17 +205,21 @@ QWidget* SimWindow::patient_group() {
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Patient's switch:"), buttons);
     form->addRow(QStringLiteral("Resting level:"),
-                 number_box(-5, 5, 0.1, 2, QStringLiteral(" L"), b.rest_litres,
-                            QStringLiteral("breathing rest %1")));
+                 number_box(
+                     -5, 5, 0.1, 2, QStringLiteral(" L"), [b] { return b().rest_litres; },
+                     QStringLiteral("breathing rest %1")));
     form->addRow(QStringLiteral("Tidal volume:"),
-                 number_box(0, 6, 0.1, 2, QStringLiteral(" L"), b.amplitude_litres,
-                            QStringLiteral("breathing amplitude %1")));
+                 number_box(
+                     0, 6, 0.1, 2, QStringLiteral(" L"), [b] { return b().amplitude_litres; },
+                     QStringLiteral("breathing amplitude %1")));
     form->addRow(QStringLiteral("Breath period:"),
-                 number_box(1, 30, 0.5, 1, QStringLiteral(" s"), b.period_seconds,
-                            QStringLiteral("breathing period %1")));
+                 number_box(
+                     1, 30, 0.5, 1, QStringLiteral(" s"), [b] { return b().period_seconds; },
+                     QStringLiteral("breathing period %1")));
     form->addRow(QStringLiteral("Noise:"),
-                 number_box(0, 0.5, 0.002, 3, QStringLiteral(" L"), b.noise_litres,
-                            QStringLiteral("breathing noise %1")));
+                 number_box(
+                     0, 0.5, 0.002, 3, QStringLiteral(" L"), [b] { return b().noise_litres; },
+                     QStringLiteral("breathing noise %1")));
     return group(QStringLiteral("Patient"), form);
 }
 
@@ -225,28 +240,39 @@ QWidget* SimWindow::faults_group() {
 }
 
 QWidget* SimWindow::supplies_group() {
-    const Supplies& s = host.simulator().module.supplies;
+    const auto s = [this] { return host.simulator().module.supplies; };
     auto* form = new QFormLayout;
     form->addRow(QStringLiteral("Battery:"),
-                 number_box(0, 9.25, 0.1, 2, QStringLiteral(" V"), s.battery_volts,
-                            QStringLiteral("battery %1")));
-    form->addRow(QStringLiteral("Line:"), number_box(0, 15, 0.5, 2, QStringLiteral(" V"),
-                                                     s.line_volts, QStringLiteral("line %1")));
+                 number_box(
+                     0, 9.25, 0.1, 2, QStringLiteral(" V"), [s] { return s().battery_volts; },
+                     QStringLiteral("battery %1")));
+    form->addRow(QStringLiteral("Line:"),
+                 number_box(
+                     0, 15, 0.5, 2, QStringLiteral(" V"), [s] { return s().line_volts; },
+                     QStringLiteral("line %1")));
     form->addRow(QStringLiteral("Pressure reservoir:"),
-                 number_box(-1.875, 16.875, 0.5, 2, QStringLiteral(" psi"), s.pressure_psi,
-                            QStringLiteral("pressure %1")));
+                 number_box(
+                     -1.875, 16.875, 0.5, 2, QStringLiteral(" psi"),
+                     [s] { return s().pressure_psi; }, QStringLiteral("pressure %1")));
     form->addRow(QStringLiteral("Vacuum reservoir:"),
-                 number_box(-1.875, 16.875, 0.5, 2, QStringLiteral(" psi"), s.vacuum_psi,
-                            QStringLiteral("vacuum %1")));
+                 number_box(
+                     -1.875, 16.875, 0.5, 2, QStringLiteral(" psi"), [s] { return s().vacuum_psi; },
+                     QStringLiteral("vacuum %1")));
     return group(QStringLiteral("Status frame levels"), form);
 }
 
 QWidget* SimWindow::line_group() {
     auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("Bad checksums:"), number_box(0, 100, 1, 0, QStringLiteral(" %"), 0,
-                                                              QStringLiteral("corrupt %1e-2")));
+    form->addRow(QStringLiteral("Bad checksums:"),
+                 number_box(
+                     0, 100, 1, 0, QStringLiteral(" %"),
+                     [this] { return host.simulator().module.corrupt_rate * 100; },
+                     QStringLiteral("corrupt %1e-2")));
     form->addRow(QStringLiteral("Noise between frames:"),
-                 number_box(0, 100, 1, 0, QStringLiteral(" %"), 0, QStringLiteral("noise %1e-2")));
+                 number_box(
+                     0, 100, 1, 0, QStringLiteral(" %"),
+                     [this] { return host.simulator().module.noise_rate * 100; },
+                     QStringLiteral("noise %1e-2")));
     auto* seconds = new QDoubleSpinBox;
     seconds->setRange(0.1, 60);
     seconds->setValue(1.0);
@@ -262,6 +288,7 @@ QWidget* SimWindow::line_group() {
     connect(echo, &QCheckBox::toggled, this, [this](bool wrong) {
         run(wrong ? QStringLiteral("echo wrong") : QStringLiteral("echo right"));
     });
+    follow(echo, [this, echo] { echo->setChecked(host.simulator().module.wrong_echo); });
     form->addRow(QStringLiteral("Settings:"), echo);
     return group(QStringLiteral("Serial line"), form);
 }
@@ -293,6 +320,15 @@ QWidget* SimWindow::gating_group() {
     connect(violation, &QPushButton::clicked, this,
             [this] { run(QStringLiteral("gating timing-violation")); });
 
+    follow(connected,
+           [this, connected] { connected->setChecked(host.simulator().gating.connected); });
+    follow(link, [this, link] { link->setChecked(host.simulator().gating.relay_link_up); });
+    follow(enable, [this, enable] {
+        enable->setCurrentIndex(QByteArrayView("EDF").indexOf(host.simulator().gating.enable));
+    });
+    follow(error, [this, error] {
+        error->setCurrentIndex(static_cast<int>(host.simulator().gating.relay_error));
+    });
     auto* checks = new QHBoxLayout;
     checks->addWidget(connected);
     checks->addWidget(link);
@@ -332,7 +368,12 @@ void SimWindow::refresh() {
     stream_label->setText(m.link_cut(now) ? QStringLiteral("line cut")
                           : m.streaming() ? QStringLiteral("sending a data frame every 20 ms")
                                           : QStringLiteral("waiting for \"E\""));
-    balloon_label->setText(balloon_text(m.balloon().state()));
+    bool fault_stands = false;
+    for (Fault f : {Fault::line, Fault::battery, Fault::transducer, Fault::pneumatic})
+        fault_stands |= m.fault(f);
+    balloon_label->setText(
+        balloon_text(m.balloon().state()) +
+        (fault_stands ? QStringLiteral(" (a fault stands: no arming)") : QString()));
     const double litres = m.volume_units() * 0.004;
     volume_label->setText(QStringLiteral("%1 L").arg(litres, 0, 'f', 3));
     time_left_label->setText(
@@ -349,12 +390,16 @@ void SimWindow::refresh() {
         switch_button->setChecked(m.switch_closed());
         switch_button->setText(m.switch_closed() ? QStringLiteral("Switch held")
                                                  : QStringLiteral("Switch released"));
+        switch_button->setStyleSheet(m.switch_closed()
+                                         ? QStringLiteral("background: rgb(170, 220, 170)")
+                                         : QStringLiteral("background: rgb(250, 190, 120)"));
     }
     for (int k = 0; k < 4; ++k) {
         const QSignalBlocker block(fault_boxes[k]);
         fault_boxes[k]->setChecked(m.fault(static_cast<Fault>(k)));
     }
     if (++refreshes % 10 == 0) {
+        for (const auto& update : followers) update();
         QFile state(
             QString::fromStdString(gating_state_path(host.options().app_data.toStdString())));
         QString text = QStringLiteral("no call yet");

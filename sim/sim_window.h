@@ -4,6 +4,8 @@
 // does can be written down and replayed headless.
 #include <QWidget>
 #include <deque>
+#include <functional>
+#include <vector>
 
 class QCheckBox;
 class QComboBox;
@@ -22,7 +24,6 @@ class VolumeTrace final : public QWidget {
   public:
     explicit VolumeTrace(QWidget* parent = nullptr);
     void add(double litres, bool holding, double threshold_litres);
-    QSize sizeHint() const override { return {420, 120}; }
 
   protected:
     void paintEvent(QPaintEvent*) override;
@@ -51,8 +52,13 @@ class SimWindow final : public QWidget {
     QWidget* line_group();
     QWidget* gating_group();
     QWidget* command_group();
+    // A number control; `value` reads the simulator's present value, so that the box follows
+    // what a script changes.
     QDoubleSpinBox* number_box(double low, double high, double step, int decimals,
-                               const QString& suffix, double value, const QString& instruction);
+                               const QString& suffix, std::function<double()> value,
+                               const QString& instruction);
+    // Keeps a control in step with the simulator, unless the user is at it.
+    void follow(QWidget* widget, std::function<void()> update);
 
     SimHost& host;
     QLabel* stream_label = nullptr;
@@ -67,6 +73,7 @@ class SimWindow final : public QWidget {
     VolumeTrace* trace = nullptr;
     QPlainTextEdit* received = nullptr;
     QLineEdit* command = nullptr;
+    std::vector<std::function<void()>> followers;
     int refreshes = 0;
 };
 
