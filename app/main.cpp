@@ -18,6 +18,8 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     zel::init_images();
     const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
+    // The application folder is the installation's: it exists before the console first runs.
+    QDir().mkpath(app_data_path);
 
     zel::QtSerialPort serial(app_data_path);
     zel::QtTimerFactory timers;

@@ -5,7 +5,7 @@ packages=(
     build-essential cmake ninja-build pkg-config
     qt6-base-dev qt6-serialport-dev libqcustomplot-dev
     libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev
-    xvfb xauth fonts-liberation2 fontconfig poppler-utils imagemagick
+    xvfb xauth fonts-liberation2 fontconfig poppler-utils imagemagick xdotool
 )
 # The fuzz harnesses (fuzz/) need clang and its sanitizer and libFuzzer runtimes.
 if [ "${1:-}" = "--fuzz" ]; then

@@ -56,13 +56,14 @@ Form13View::Form13View(Form1& form_, QWidget* parent) : QDialog(parent), form(fo
     auto* exit = new QPushButton(this);
     exit->setAutoDefault(false);
     f.Command1.font = Font{QStringLiteral("Liberation Sans"), 10, false};
-    grid->addWidget(exit, row, 2, Qt::AlignRight);
+    ++row;
+    grid->addWidget(exit, row + 1, 2, Qt::AlignRight);
     bound.emplace_back(&f.Command1, exit);
     connect(exit, &QPushButton::clicked, this, [this] {
         form.run_event("Command1_Click", [this] { form.Form13_Command1_Click(); });
     });
     grid->setColumnStretch(0, 1);
-    grid->setRowStretch(row - 1, 1);
+    grid->setRowStretch(row, 1);
 
     connect(&refresh, &QTimer::timeout, this, &Form13View::sync);
     refresh.start(50);

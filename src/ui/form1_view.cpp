@@ -36,7 +36,7 @@ Form1View::Form1View(Form1& form_, QtChartSurface& surface) : form(form_) {
     add_label(form.infolabel3, client, Qt::AlignRight | Qt::AlignVCenter);
     add_label(form.volume_label, client, left);
     add_label(form.infolabel5, client, Qt::AlignRight | Qt::AlignVCenter);
-    add_label(form.elapsed_label, client, left);
+    add_label(form.elapsed_label, client, left)->setIndent(4);
 
     frame = new QFrame(client);
     frame->setObjectName(QStringLiteral("Frame2"));
