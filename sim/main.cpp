@@ -121,8 +121,12 @@ int main(int argc, char** argv) {
     const QCommandLineOption wire_log_option(
         QStringLiteral("wire-log"), QStringLiteral("Log of every frame and noise burst sent."),
         QStringLiteral("file"));
+    const QCommandLineOption write_log_option(
+        QStringLiteral("write-log"),
+        QStringLiteral("Log of every write to the line with the monotonic clock, for timing."),
+        QStringLiteral("file"));
     parser.addOptions({headless_option, script_option, app_data_option, port_option, seed_option,
-                       command_log_option, wire_log_option});
+                       command_log_option, wire_log_option, write_log_option});
     parser.process(*app);
 
     zelsim::HostOptions options;
@@ -131,6 +135,7 @@ int main(int argc, char** argv) {
     options.seed = parser.value(seed_option).toUInt();
     options.command_log = parser.value(command_log_option);
     options.wire_log = parser.value(wire_log_option);
+    options.write_log = parser.value(write_log_option);
 
     zelsim::SimHost host(options);
     QObject::connect(&host, &zelsim::SimHost::quit_requested, app.get(), &QCoreApplication::quit,

@@ -1,6 +1,7 @@
 #include "sim_host.h"
 
 #include <QDateTime>
+#include <ctime>
 #include <QDir>
 #include <QSaveFile>
 
@@ -57,6 +58,11 @@ QString SimHost::start() {
             log_line(wire_log, text);
         };
     }
+    if (!opts.write_log.isEmpty()) {
+        write_log.setFileName(opts.write_log);
+        if (!write_log.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
+            return opts.write_log + QStringLiteral(": ") + write_log.errorString();
+    }
     sim.module.on_command = [this](const Command& c) {
         const QString text = command_log_line(c);
         log_line(command_log, text);
@@ -98,7 +104,15 @@ void SimHost::tick() {
         return;
     }
     const std::vector<uint8_t> out = sim.module.advance_to(t);
-    if (!out.empty()) port.write(out);
+    if (out.empty()) return;
+    port.write(out);
+    if (write_log.isOpen()) {
+        timespec written{};
+        clock_gettime(CLOCK_MONOTONIC, &written);
+        QString text = QString::number(written.tv_sec + written.tv_nsec / 1e9, 'f', 6);
+        for (uint8_t b : out) text += QStringLiteral(" %1").arg(b, 2, 16, QLatin1Char('0'));
+        log_line(write_log, text);
+    }
 }
 
 void SimHost::read_console() {

@@ -20,6 +20,9 @@ struct HostOptions {
     uint32_t seed = 1;
     QString command_log;  // default <app data>/sim/module-commands.log
     QString wire_log;     // every frame and noise burst sent; none by default
+    // Every write to the line: the machine's monotonic clock in seconds when the write
+    // returned, then the bytes. Lets a measurement pair a frame with what the console did.
+    QString write_log;
 };
 
 class SimHost final : public QObject {
@@ -60,6 +63,7 @@ class SimHost final : public QObject {
     std::unique_ptr<QSocketNotifier> readable;
     QFile command_log;
     QFile wire_log;
+    QFile write_log;
     GatingControl written_gating;
     bool gating_written = false;
 };

@@ -1,0 +1,129 @@
+// Beam-off latency: from the moment the simulated module has written the frame that ends a
+// gated hold to the console's call that opens the relay, over many holds run back to back.
+// The console runs over the real serial adapter, real timers and the simulated gating
+// library; both sides stamp the machine's monotonic clock.
+//
+//   zel_beam_latency [holds]        default 200
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cstdio>
+
+#include "app/form1.h"
+#include "fakes/fake_platform.h"
+#include "language/messages.h"
+#include "platform/qt_gating_library.h"
+#include "platform/qt_serial_port.h"
+#include "platform/qt_timer.h"
+#include "sim/sim_process.h"
+
+namespace {
+
+// Times at which a write carried the first standby frame after a hold.
+std::vector<double> hold_end_writes(const QString& write_log) {
+    std::vector<double> ends;
+    QFile file(write_log);
+    if (!file.open(QIODevice::ReadOnly)) return ends;
+    int last_state = 0;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        const QList<QByteArray> words = line.simplified().split(' ');
+        if (words.size() < 2) continue;
+        std::vector<int> bytes;
+        for (qsizetype k = 1; k < words.size(); ++k) bytes.push_back(words[k].toInt(nullptr, 16));
+        for (size_t k = 0; k + 8 <= bytes.size(); ++k) {
+            if (bytes[k] != 131) continue;
+            int sum = 0;
+            for (size_t j = k; j < k + 8; ++j) sum += bytes[j];
+            if (sum % 256 != 0) continue;
+            const int state = bytes[k + 2];
+            if (state == 1 && last_state == 4) ends.push_back(words[0].toDouble());
+            last_state = state;
+            k += 7;
+        }
+    }
+    return ends;
+}
+
+std::vector<double> relay_open_calls(const QString& call_log) {
+    std::vector<double> calls;
+    QFile file(call_log);
+    if (!file.open(QIODevice::ReadOnly)) return calls;
+    for (const QByteArray& line : file.readAll().split('\n'))
+        if (line.contains("SetRelayState(0)")) calls.push_back(line.split(' ')[0].toDouble());
+    return calls;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QCoreApplication app(argc, argv);
+    const int wanted = argc > 1 ? std::atoi(argv[1]) : 200;
+    zel::load_default_messages();
+
+    QTemporaryDir app_data;
+    QDir().mkpath(app_data.filePath(QStringLiteral("lib")));
+    QFile::copy(QStringLiteral(TARROW_SIM_PATH), app_data.filePath(QStringLiteral("lib/libtarrow.so")));
+    zel::test::SimProcess sim(app_data.path());
+    const QString write_log = app_data.filePath(QStringLiteral("writes.log"));
+    if (!sim.start("breathing rest 0.5\nbreathing amplitude 0.9\nbreathing period 2.0\n"
+                   "wait 86400\nquit\n",
+                   {QStringLiteral("--write-log"), write_log})) {
+        std::fprintf(stderr, "the simulator did not start\n");
+        return 1;
+    }
+
+    zel::test::FakePlatform fakes;
+    zel::QtSerialPort port(app_data.path());
+    zel::QtTimerFactory timers;
+    zel::QtGatingLibrary tarrow(app_data.path());
+    zel::Platform platform{port,        timers, fakes.clock,   fakes.locale, fakes.boxes,
+                           fakes.chart, tarrow, fakes.dialogs, fakes.windows};
+    zel::Form1 form(platform, app_data.path());
+    form.end_program = [](int code) { std::exit(code); };
+    form.Pic.Height = 7485;
+    form.patient_defined = true;
+    form.Gated_Treatment = true;
+    form.duration = 1;
+    form.thresh = 0.9f;
+    int holds = 0;
+    int16_t state = 0;
+    port.OnComm = [&] {
+        form.run_event("OnComm", [&] { form.MSComm1_OnComm(); });
+        if (state == 4 && form.b_state == 1) ++holds;
+        state = form.b_state;
+    };
+    form.start_module_search();
+    QElapsedTimer clock;
+    clock.start();
+    while (holds < wanted && clock.elapsed() < 60000 + wanted * 10000LL) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        if (form.Timer_HeartBeat->Enabled() && form.b_state == 1 && form.sw_state == 1 &&
+            !form.volume_in_threshold_region())
+            form.Form_KeyDown(32, 0);
+    }
+    sim.stop();
+
+    const std::vector<double> ends = hold_end_writes(write_log);
+    const std::vector<double> opens =
+        relay_open_calls(app_data.filePath(QStringLiteral("sim/tarrow-calls.log")));
+    std::vector<double> latencies;
+    for (double end : ends) {
+        const auto open = std::lower_bound(opens.begin(), opens.end(), end);
+        if (open != opens.end() && *open - end < 1.0) latencies.push_back((*open - end) * 1000);
+    }
+    if (latencies.empty()) {
+        std::fprintf(stderr, "no hold was measured (%d holds seen)\n", holds);
+        return 1;
+    }
+    std::sort(latencies.begin(), latencies.end());
+    auto at = [&](double q) { return latencies[static_cast<size_t>(q * (latencies.size() - 1))]; };
+    std::printf("holds ended: %zu, measured: %zu, in %.0f s\n", ends.size(), latencies.size(),
+                clock.elapsed() / 1000.0);
+    std::printf("beam-off latency ms: min %.3f  median %.3f  p90 %.3f  p99 %.3f  max %.3f\n",
+                latencies.front(), at(0.5), at(0.9), at(0.99), latencies.back());
+    return 0;
+}
