@@ -7,7 +7,7 @@ seconds=${1:-600}
 bash scripts/install-deps.sh --fuzz
 cmake -S fuzz -B build-fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ >/dev/null
 ninja -C build-fuzz
-for reader in profile_file system_settings language_file; do
+for reader in profile_file system_settings language_file frames; do
     corpus=build-fuzz/corpus/$reader
     mkdir -p "$corpus"
     build-fuzz/fuzz_$reader "$corpus" fuzz/seeds/$reader -max_total_time="$seconds" \

@@ -1,7 +1,6 @@
 #include "ui/key_guard_filter.h"
 
 #include <QAbstractSpinBox>
-#include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -50,18 +49,15 @@ bool KeyGuardFilter::eventFilter(QObject* watched, QEvent* event) {
     if (type != QEvent::KeyPress && type != QEvent::KeyRelease &&
         type != QEvent::ShortcutOverride)
         return QObject::eventFilter(watched, event);
-    // A key event passes the filter for each widget it travels through; act at its first,
-    // the focus widget, or the window when nothing has the focus.
+    // A key event passes the filter at each widget it travels through. What the guard acts on
+    // it takes at the first, so it acts once; what it lets pass goes on as it would.
     if (!watched->isWidgetType()) return QObject::eventFilter(watched, event);
-    const QWidget* receiver = static_cast<QWidget*>(watched);
-    const QWidget* focus = QApplication::focusWidget();
-    if (focus ? receiver != focus : !receiver->isWindow())
-        return QObject::eventFilter(watched, event);
+    QWidget* receiver = static_cast<QWidget*>(watched);
     auto* key = static_cast<QKeyEvent*>(event);
     const Qt::KeyboardModifiers mods = key->modifiers();
     if (swallow_key(virtual_key(*key), mods & Qt::AltModifier, mods & Qt::ControlModifier))
         return true;
-    if (key->key() == Qt::Key_Space && !typing_into_text(QApplication::focusWidget())) {
+    if (key->key() == Qt::Key_Space && !typing_into_text(receiver)) {
         // A held spacebar is one press: the hold key must not toggle the balloon on repeat.
         if (type == QEvent::KeyPress && !key->isAutoRepeat())
             form.run_event("Form_KeyDown", [this, key] {
