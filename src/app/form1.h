@@ -22,6 +22,8 @@
 
 namespace zel {
 
+struct SystemSettings;
+
 class Form1 : public AppState,
               public LinkState,
               public CycleState,
@@ -89,8 +91,6 @@ public:
     // The gating library (gating).
     void _Tarrow_SetRelayState(uint8_t close_relay);
     void poll_tarrow_status();
-    void show_gating_lamp(Control Form1Controls::*lamp);
-    void hide_gating_lamps();
 
     // Strip chart (display).
     void draw_chart();
@@ -107,6 +107,7 @@ public:
     void detect_number_format();
     void load_system_settings();
     void load_default_system_settings();
+    void apply_system_settings(const SystemSettings& settings);
     void save_ini_file();
     QString read_data_path();
     bool write_data_path(QString& path);

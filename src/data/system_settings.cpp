@@ -72,16 +72,19 @@ void Form1::detect_number_format() {
         one_point_one.contains(QLatin1Char(',')) ? QStringLiteral("comma") : QStringLiteral("dot");
 }
 
+void Form1::apply_system_settings(const SystemSettings& settings) {
+    inhale = settings.inhale;
+    duration = settings.duration;
+    max_x = settings.max_x;
+    max_y = settings.max_y;
+    min_y = settings.min_y;
+    x_scale_factor = settings.x_scale_factor;
+    thresh = settings.thresh;
+    language_file = settings.language_file;
+}
+
 void Form1::load_default_system_settings() {
-    const SystemSettings defaults;
-    inhale = defaults.inhale;
-    duration = defaults.duration;
-    max_x = defaults.max_x;
-    max_y = defaults.max_y;
-    min_y = defaults.min_y;
-    x_scale_factor = defaults.x_scale_factor;
-    thresh = defaults.thresh;
-    language_file = defaults.language_file;
+    apply_system_settings(SystemSettings{});
     min_x = 0;
 }
 
@@ -94,14 +97,7 @@ void Form1::load_system_settings() {
         QFile file(settings_path(AppDataPath));
         open_for_input(file);
         read_system_settings(file, system_parameter_filestamp, number_format, settings);
-        inhale = settings.inhale;
-        duration = settings.duration;
-        max_x = settings.max_x;
-        max_y = settings.max_y;
-        min_y = settings.min_y;
-        x_scale_factor = settings.x_scale_factor;
-        thresh = settings.thresh;
-        language_file = settings.language_file;
+        apply_system_settings(settings);
         found_number_format = settings.found_number_format;
         return;
     } catch (const ZelError& e) {

@@ -16,17 +16,6 @@ void Form1::_Tarrow_SetRelayState(uint8_t close_relay) {
     platform.tarrow.SetRelayState(close_relay);
 }
 
-void Form1::hide_gating_lamps() {
-    Image_Gating_Ready.Visible = false;
-    Image_Gating_Closed.Visible = false;
-    Image_Gating_Fault.Visible = false;
-}
-
-void Form1::show_gating_lamp(Control Form1Controls::*lamp) {
-    hide_gating_lamps();
-    (this->*lamp).Visible = true;
-}
-
 void Form1::poll_tarrow_status() {
     try {
         tarrowNewData = true;

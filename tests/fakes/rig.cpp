@@ -2,6 +2,12 @@
 
 namespace zel::test {
 
+QByteArray bytes(std::initializer_list<uint8_t> list) {
+    QByteArray out;
+    for (uint8_t b : list) out.append(static_cast<char>(b));
+    return out;
+}
+
 QByteArray with_checksum(const QByteArray& bytes) {
     uint8_t sum = 0;
     for (char c : bytes) sum = static_cast<uint8_t>(sum + static_cast<uint8_t>(c));
@@ -10,11 +16,7 @@ QByteArray with_checksum(const QByteArray& bytes) {
     return frame;
 }
 
-QByteArray with_checksum(std::initializer_list<uint8_t> bytes) {
-    QByteArray raw;
-    for (uint8_t b : bytes) raw.append(static_cast<char>(b));
-    return with_checksum(raw);
-}
+QByteArray with_checksum(std::initializer_list<uint8_t> list) { return with_checksum(bytes(list)); }
 
 QByteArray data_frame(uint8_t flags, uint8_t balloon, int16_t volume_units,
                       uint16_t time_left_frames) {

@@ -10,6 +10,8 @@
 
 namespace zel::test {
 
+QByteArray bytes(std::initializer_list<uint8_t> list);
+
 // Appends the checksum byte that makes the frame's bytes sum to 0 modulo 256.
 QByteArray with_checksum(std::initializer_list<uint8_t> bytes_without_sum);
 QByteArray with_checksum(const QByteArray& bytes_without_sum);

@@ -8,12 +8,6 @@
 namespace zel::test {
 namespace {
 
-QByteArray bytes(std::initializer_list<uint8_t> list) {
-    QByteArray out;
-    for (uint8_t b : list) out.append(static_cast<char>(b));
-    return out;
-}
-
 TEST(SettingsEncoding, threshold_bytes_with_their_kept_quirks) {
     struct Case { float litres; uint8_t high, low; };
     const Case cases[] = {

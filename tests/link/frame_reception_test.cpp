@@ -8,12 +8,6 @@
 namespace zel::test {
 namespace {
 
-QByteArray bytes(std::initializer_list<uint8_t> list) {
-    QByteArray out;
-    for (uint8_t b : list) out.append(static_cast<char>(b));
-    return out;
-}
-
 QByteArray status_frame(uint8_t first_version_byte = 'Z') {
     QByteArray raw(30, '\0');
     raw[0] = 39;
