@@ -130,6 +130,14 @@ void ControlModule::step_frame(double now, std::vector<uint8_t>& out) {
         }
         send(WireEvent::noise, noise.data(), static_cast<int>(noise.size()), now, out);
     }
+    if (!chosen_frames.empty()) {
+        uint8_t frame[data_frame_length] = {data_frame_start};
+        std::copy(chosen_frames.front().begin(), chosen_frames.front().end(), frame + 1);
+        chosen_frames.pop_front();
+        frame[data_frame_length - 1] = closing_byte(frame, data_frame_length - 1);
+        send(WireEvent::data, frame, data_frame_length, now, out, false);
+        return;
+    }
     DataFrame d;
     d.flags = flags();
     d.balloon = valve.state();
@@ -140,10 +148,11 @@ void ControlModule::step_frame(double now, std::vector<uint8_t>& out) {
 }
 
 void ControlModule::send(WireEvent::Kind kind, const uint8_t* bytes, int count, double now,
-                         std::vector<uint8_t>& out) {
+                         std::vector<uint8_t>& out, bool may_corrupt) {
     WireEvent event{kind, std::vector<uint8_t>(bytes, bytes + count), false, now};
     std::uniform_real_distribution<double> chance(0.0, 1.0);
-    if (kind != WireEvent::noise && corrupt_rate > 0 && chance(random) < corrupt_rate) {
+    if (may_corrupt && kind != WireEvent::noise && corrupt_rate > 0 &&
+        chance(random) < corrupt_rate) {
         std::uniform_int_distribution<int> offset(1, 255);
         event.bytes.back() = static_cast<uint8_t>(event.bytes.back() + offset(random));
         event.corrupt = true;

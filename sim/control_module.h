@@ -2,6 +2,7 @@
 // The control module as the console sees it on the serial line: fed with the console's bytes,
 // run by time, and giving the bytes it sends. No device or clock of its own, so that tests
 // drive it directly.
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -70,6 +71,9 @@ class ControlModule {
     double noise_rate = 0.0;    // fraction of gaps between frames that get noise bytes
     bool wrong_echo = false;    // the status frame echoes a threshold one unit off
     void cut_link(double now, double seconds);
+    // The next data frame goes out with these bytes behind its start byte and a good
+    // checksum, whatever the module's state: a service engineer's probe of the console.
+    void send_chosen_frame(const std::array<uint8_t, 6>& bytes) { chosen_frames.push_back(bytes); }
 
     // State.
     bool streaming() const { return is_streaming; }
@@ -91,7 +95,7 @@ class ControlModule {
     uint8_t flags() const;
     bool any_fault() const;
     void send(WireEvent::Kind kind, const uint8_t* bytes, int count, double now,
-              std::vector<uint8_t>& out);
+              std::vector<uint8_t>& out, bool may_corrupt = true);
 
     CommandReader reader;
     Breathing patient;
@@ -100,6 +104,7 @@ class ControlModule {
     ModuleSettings held;
     std::mt19937 random;
     std::deque<std::pair<double, bool>> switch_events;
+    std::deque<std::array<uint8_t, 6>> chosen_frames;
     std::vector<uint8_t> pending;  // answers waiting for the next advance
     bool faults[4] = {false, false, false, false};
     bool switch_is_closed = true;

@@ -142,6 +142,20 @@ ParsedLine parse_script_line(const std::string& raw) {
         return error("unknown breathing control \"" + w[1] + "\"");
     }
     if (verb == "gating") return parse_gating(w);
+    if (verb == "frame") {
+        if (w.size() != 7) return error("expected six bytes in hexadecimal after \"frame\"");
+        I i;
+        i.op = I::frame;
+        for (size_t k = 0; k < 6; ++k) {
+            unsigned value = 0;
+            const std::string& t = w[k + 1];
+            const auto [end, ec] = std::from_chars(t.data(), t.data() + t.size(), value, 16);
+            if (ec != std::errc() || end != t.data() + t.size() || value > 0xFF)
+                return error("\"" + t + "\" is not a byte in hexadecimal");
+            i.bytes[k] = static_cast<uint8_t>(value);
+        }
+        return {i, {}};
+    }
     return error("unknown instruction \"" + line.substr(line.find_first_not_of(" \t")) + "\"");
 }
 
@@ -210,6 +224,9 @@ void Simulator::apply(const Instruction& i, double now) {
             break;
         case I::gating_timing_violation:
             ++gating.timing_violations;
+            break;
+        case I::frame:
+            module.send_chosen_frame(i.bytes);
             break;
         case I::wait:
         case I::await_command:

@@ -16,6 +16,9 @@
 //   breathing rest|amplitude LITRES | period SECONDS | noise LITRES
 //   gating connected yes|no | relay-link up|down | enable enabled|disabled|fault
 //   gating relay-error none|opening|closing|unknown | timing-violation
+//   frame B1 B2 B3 B4 B5 B6           the next data frame carries these bytes (hexadecimal,
+//                                     behind the start byte; the checksum is added)
+#include <array>
 #include <deque>
 #include <optional>
 #include <string>
@@ -51,12 +54,14 @@ struct Instruction {
         gating_enable,
         gating_relay_error,
         gating_timing_violation,
+        frame,
     } op = quit;
     double number = 0.0;
     bool on = false;
     char letter = 0;  // awaited command, or enable state E, D, F
     Fault which = Fault::line;
     RelayError error = RelayError::none;
+    std::array<uint8_t, 6> bytes{};  // a chosen data frame's bytes behind its start byte
 };
 
 struct ParsedLine {
