@@ -155,4 +155,8 @@ QString format_number(double value, const char* pattern, QChar separator) {
     return text;
 }
 
+QString format_single(float value, const char* pattern, QChar separator) {
+    return format_number(single_text(value, QLatin1Char('.')).toDouble(), pattern, separator);
+}
+
 }  // namespace zel

@@ -46,5 +46,8 @@ QString print_zones(const QStringList& items);
 // "00", "#####0". '0' is a digit always shown, '#' one shown only when significant; the value
 // is rounded to the pattern's decimals with ties away from zero on its shortest decimal form.
 QString format_number(double value, const char* pattern, QChar separator);
+// The same for a single: it is rounded from its own shortest decimal form, so that 0.35 shows
+// "0.4" and not the "0.3" of the double it widens to (0.3499999940...).
+QString format_single(float value, const char* pattern, QChar separator);
 
 }  // namespace zel

@@ -149,8 +149,6 @@ void read_system_settings(QIODevice& file, const QString& stamp, const QString& 
 
 QStringList system_settings_lines(const QString& stamp, const SystemSettings& settings,
                                   const QString& number_format, QChar separator) {
-    // The threshold is a single: format the decimal it stands for, not its binary neighbour.
-    const double threshold = single_text(settings.thresh, QLatin1Char('.')).toDouble();
     return {
         stamp,
         QStringLiteral("inhale:") +
@@ -159,7 +157,7 @@ QStringList system_settings_lines(const QString& stamp, const SystemSettings& se
         QStringLiteral("max x:") + number_text(settings.max_x, separator),
         QStringLiteral("max y:") + format_number(settings.max_y, "###0.0", separator),
         QStringLiteral("x scale factor:") + single_text(settings.x_scale_factor, separator),
-        QStringLiteral("threshold:") + format_number(threshold, "###0.00", separator),
+        QStringLiteral("threshold:") + format_single(settings.thresh, "###0.00", separator),
         QStringLiteral("default language:") + settings.language_file,
         QStringLiteral("number format:") + number_format,
     };

@@ -45,7 +45,7 @@ void Form1::draw_chart() {
         throw ZelError(err_division_by_zero, QStringLiteral("draw_chart"),
                        QStringLiteral("Division by zero"));
     thresh_label.Top = ((max_y - thresh) / span) * Pic.Height + Pic.Top - thresh_label.Height / 2;
-    thresh_label.Caption = format_number(thresh, "###0.0", platform.locale.decimal_separator());
+    thresh_label.Caption = format_single(thresh, "###0.0", platform.locale.decimal_separator());
 
     if (b_state == 2 || b_state == 3 || b_state == 4) draw_threshold_box();
 }

@@ -77,6 +77,11 @@ TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
         {1.2f, 2.0, "1.2", 0.2 * 7485 - 142.5},
         {0.0f, 2.0, "0.0", 0.5 * 7485 - 142.5},
         {-0.55f, 1.0, "-0.6", 0.775 * 7485 - 142.5},
+        // The threshold label once under-read these: a single widened to a double rounds down.
+        {0.35f, 2.0, "0.4", 0.4125 * 7485 - 142.5},
+        {0.45f, 2.0, "0.5", 0.3875 * 7485 - 142.5},
+        {1.15f, 2.0, "1.2", 0.2125 * 7485 - 142.5},
+        {1.55f, 2.0, "1.6", 0.1125 * 7485 - 142.5},
     };
     for (const auto& c : cases) {
         Rig rig;
@@ -84,7 +89,7 @@ TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
         rig.form.max_y = c.max_y;
         rig.form.min_y = -c.max_y;
         rig.form.draw_chart();
-        EXPECT_EQ(rig.form.thresh_label.Caption, QString::fromLatin1(c.caption));
+        EXPECT_EQ(rig.form.thresh_label.Caption, QString::fromLatin1(c.caption)) << c.thresh;
         EXPECT_NEAR(rig.form.thresh_label.Top, c.top, 0.01) << c.thresh;
     }
 }
