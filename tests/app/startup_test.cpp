@@ -14,11 +14,21 @@ struct StartRig : Rig {
     QTemporaryDir patients;
     StartRig() {
         fakes.serial.set_PortOpen(false);
-        fakes.windows.during(Window::Form13, [this] { form.Timer_form13_close_delay_Timer(); });
+        fakes.windows.during(Window::Form13, [this] { module_passes_the_check(); });
         fakes.windows.during(Window::Form6, [this] {
             fakes.timers.get("logo_banner").tick();
             fakes.timers.get("logo_banner").tick();
         });
+    }
+    // While the check window stands the search finds the module, its status frame passes, and
+    // the tick that sees it arms the window's close.
+    void module_passes_the_check() {
+        fakes.timers.get("Timer_module_connect").tick();
+        fakes.serial.receive(status_frame(104, 171, 200, 200, 15, 1.2f));
+        fakes.timers.get("Timer_module_connect").tick();
+        FakeTimer& close = fakes.timers.get("Timer_form13_close_delay");
+        ASSERT_TRUE(close.Enabled()) << "the passing tick did not arm the close";
+        close.tick();
     }
     void write_data_path() {
         QFile file(form.AppDataPath + QStringLiteral("/datapath.ini"));
@@ -45,7 +55,7 @@ TEST(Startup, a_bare_machine_asks_for_the_data_folder_then_checks_and_asks_for_a
     });
     rig.fakes.windows.during(Window::Form13, [&] {
         order.append(QStringLiteral("system check"));
-        rig.form.Timer_form13_close_delay_Timer();
+        rig.module_passes_the_check();
     });
     rig.form.Form_Load();
     order.append(rig.fakes.dialogs.titles);

@@ -1,5 +1,7 @@
 #include "fakes/rig.h"
 
+#include "link/commands.h"
+
 namespace zel::test {
 
 QByteArray bytes(std::initializer_list<uint8_t> list) {
@@ -25,6 +27,25 @@ QByteArray data_frame(uint8_t flags, uint8_t balloon, int16_t volume_units,
                           static_cast<uint8_t>(v & 0xFF),
                           static_cast<uint8_t>(time_left_frames >> 8),
                           static_cast<uint8_t>(time_left_frames & 0xFF)});
+}
+
+QByteArray status_frame(uint8_t battery, uint8_t line, uint8_t pressure, uint8_t vacuum,
+                        uint8_t duration, float thresh, uint8_t turbine) {
+    QByteArray raw(30, '\0');
+    raw[0] = 39;
+    const char version[] = "ZEL 3.1";
+    for (int k = 0; k < 7; ++k) raw[1 + k] = version[k];
+    raw[18] = static_cast<char>(turbine);
+    raw[19] = static_cast<char>(battery);
+    raw[20] = static_cast<char>(line);
+    raw[21] = static_cast<char>(pressure);
+    raw[22] = static_cast<char>(vacuum);
+    raw[23] = static_cast<char>(duration);
+    const auto t = encode_threshold(thresh);
+    raw[24] = static_cast<char>(t[0]);
+    raw[25] = static_cast<char>(t[1]);
+    raw[26] = raw[28] = static_cast<char>(0x80);
+    return with_checksum(raw);
 }
 
 Rig::Rig() : form(fakes.platform, app_data.path()) {

@@ -20,6 +20,12 @@ QByteArray with_checksum(const QByteArray& bytes_without_sum);
 QByteArray data_frame(uint8_t flags = 0x04, uint8_t balloon = 1, int16_t volume_units = 0,
                       uint16_t time_left_frames = 0);
 
+// A status frame with the module's levels (raw counts: battery 104 and line 171 are the
+// lowest that pass) that echoes the given settings.
+QByteArray status_frame(uint8_t battery = 104, uint8_t line = 171, uint8_t pressure = 200,
+                        uint8_t vacuum = 200, uint8_t duration = 15, float thresh = 1.2f,
+                        uint8_t turbine = 1);
+
 struct Rig {
     Rig();
     FakePlatform fakes;

@@ -8,14 +8,6 @@
 namespace zel::test {
 namespace {
 
-QByteArray status_frame(uint8_t first_version_byte = 'Z') {
-    QByteArray raw(30, '\0');
-    raw[0] = 39;
-    raw[1] = static_cast<char>(first_version_byte);
-    raw[18] = 1;
-    return with_checksum(raw);
-}
-
 QStringList checksum_logs(const Rig& rig) {
     return QDir(rig.form.AppDataPath + QStringLiteral("/LOG")).entryList(QDir::Files);
 }
@@ -116,7 +108,7 @@ TEST(FrameReception, status_frames_set_the_detect_flag_only_when_their_sum_is_go
     rig.fakes.serial.receive(status_frame());
     EXPECT_TRUE(rig.form.zel_detect);
     EXPECT_EQ(rig.form.module_heartbeat_counter, 2);  // only data frames keep the link alive
-    EXPECT_EQ(rig.form.zel_version_id, QStringLiteral("Z"));
+    EXPECT_EQ(rig.form.zel_version_id, QStringLiteral("ZEL 3.1"));
 }
 
 TEST(FrameReception, a_frame_stays_open_across_notifications_without_a_time_out) {

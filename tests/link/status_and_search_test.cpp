@@ -2,31 +2,9 @@
 
 #include "fakes/rig.h"
 #include "language/messages.h"
-#include "link/commands.h"
 
 namespace zel::test {
 namespace {
-
-// A status frame with healthy levels that echoes the given settings.
-QByteArray status_frame(uint8_t battery = 104, uint8_t line = 171, uint8_t pressure = 200,
-                        uint8_t vacuum = 200, uint8_t duration = 15, float thresh = 1.2f,
-                        uint8_t turbine = 1) {
-    QByteArray raw(30, '\0');
-    raw[0] = 39;
-    const char version[] = "ZEL 3.1";
-    for (int k = 0; k < 7; ++k) raw[1 + k] = version[k];
-    raw[18] = static_cast<char>(turbine);
-    raw[19] = static_cast<char>(battery);
-    raw[20] = static_cast<char>(line);
-    raw[21] = static_cast<char>(pressure);
-    raw[22] = static_cast<char>(vacuum);
-    raw[23] = static_cast<char>(duration);
-    const auto t = encode_threshold(thresh);
-    raw[24] = static_cast<char>(t[0]);
-    raw[25] = static_cast<char>(t[1]);
-    raw[26] = raw[28] = static_cast<char>(0x80);
-    return with_checksum(raw);
-}
 
 struct LinkRig : Rig {
     LinkRig() {
