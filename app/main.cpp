@@ -1,6 +1,8 @@
 // Builds the platform, the main window's model and its view, and starts the console.
 #include <QApplication>
 #include <QDir>
+#include <cstdio>
+#include <cstdlib>
 
 #include "app/form1.h"
 #include "language/messages.h"
@@ -51,6 +53,13 @@ int main(int argc, char** argv) {
     form.end_program = [&](int code) {
         ended = true;
         exit_code = code;
+        // After a failure report the process ends here: leaving through the event loops would
+        // resume the handlers that opened a dialog further up the stack. Relay, port and files
+        // were dealt with before the report.
+        if (code != 0) {
+            std::fflush(nullptr);
+            std::_Exit(code);
+        }
         QApplication::exit(code);
     };
     serial.OnComm = [&form] {

@@ -19,6 +19,9 @@ struct AppState {
     int16_t flash_counter = 0;
     // The key guard is installed.
     bool hhkLowLevelKybd = false;
+    // A failure that no routine handled has been reported: from then on every event entry
+    // returns at once and nothing reaches the module or the relay until the program ends.
+    bool stopped_by_failure = false;
 };
 
 }  // namespace zel

@@ -37,9 +37,41 @@ void Form1::close_run_files() {
         checksum_log.reset();
         checksum_log_open = false;
     }
+    if (curve_file) {
+        curve_file->close();
+        curve_file.reset();
+    }
+}
+
+namespace {
+// Each step of the stop runs even when one before it failed.
+template <class Step>
+void regardless(Step&& step) {
+    try {
+        step();
+    } catch (...) {
+    }
+}
+}  // namespace
+
+void Form1::stop_after_failure() {
+    stopped_by_failure = true;
+    for (const auto* timer : {&Timer_module_connect, &Timer_HeartBeat, &Timer1, &pauseBeamTimer,
+                              &Timer_form13_close_delay, &logo_banner, &Timer2})
+        if (*timer) regardless([&] { (*timer)->set_Enabled(false); });
+    // The beam goes off before anything else: the relay closed is the beam on.
+    const bool relay_may_be_closed = (Gated_Treatment && b_state > 1) || relay_close_commanded;
+    if (relay_may_be_closed) regardless([&] { _Tarrow_SetRelayState(0); });
+    if (relay_may_be_closed || Gated_Treatment) regardless([&] { platform.tarrow.Close(); });
+    regardless([&] {
+        if (platform.serial.PortOpen()) platform.serial.set_PortOpen(false);
+    });
+    regardless([&] { close_run_files(); });
 }
 
 void Form1::run_event(const char* source, const std::function<void()>& handler) {
+    // Behind a failure report nothing runs: not a frame, a tick, a key or a menu.
+    if (stopped_by_failure) return;
     QString description;
     int number = 0;
     try {
@@ -52,7 +84,10 @@ void Form1::run_event(const char* source, const std::function<void()>& handler) 
     } catch (const std::exception& e) {
         description = QString::fromLocal8Bit(e.what());
     }
-    close_run_files();
+    // A handler resumed behind the report (a modal dialog it had opened was ended with the
+    // program) may fail again: the one report has been made.
+    if (stopped_by_failure) return;
+    stop_after_failure();
     platform.boxes.MsgBox(QStringLiteral("Run-time error %1 in %2: %3")
                               .arg(number)
                               .arg(QString::fromLatin1(source), description),

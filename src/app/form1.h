@@ -149,6 +149,9 @@ public:
     // Runs an event handler; a failure that no routine handled is reported and ends the
     // program after the open files are closed.
     void run_event(const char* source, const std::function<void()>& handler);
+    // Before the report of such a failure: every entry latched, the timers stopped, the relay
+    // opened if it may be closed, the gating link, the port and the run files closed.
+    void stop_after_failure();
     void close_run_files();
     // Ends the program; the application sets it, tests record it.
     std::function<void(int exit_code)> end_program;

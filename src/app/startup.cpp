@@ -182,6 +182,8 @@ void Form1::zel_exit_Click() {
         if (platform.serial.PortOpen()) send_command("d");
         if (Gated_Treatment) platform.tarrow.Close();
     }
+    // The program never ends with the beam's relay left closed.
+    if (relay_close_commanded) _Tarrow_SetRelayState(0);
     if (hhkLowLevelKybd) {
         platform.windows.remove_key_guard();
         hhkLowLevelKybd = false;

@@ -16,6 +16,8 @@ struct GatingState {
     QString gating_error_message;
     QString gating_dialog_message;
     bool tarrow_error_lock = false;
+    // The last relay command was "close": the beam may be on.
+    bool relay_close_commanded = false;
     // A poll has run since the last line of the curve file.
     bool tarrowNewData = false;
     // The status of the last poll.

@@ -13,7 +13,12 @@ QString fixed_text(const char* field, size_t size) {
 }  // namespace
 
 void Form1::_Tarrow_SetRelayState(uint8_t close_relay) {
+    // Behind a failure report the beam may only be stopped, never started.
+    if (stopped_by_failure && close_relay != 0) return;
+    // Marked before the call: a close that fails half-way may still have closed the relay.
+    if (close_relay != 0) relay_close_commanded = true;
     platform.tarrow.SetRelayState(close_relay);
+    if (close_relay == 0) relay_close_commanded = false;
 }
 
 void Form1::poll_tarrow_status() {

@@ -38,9 +38,15 @@ std::array<uint8_t, 2> encode_calibration(float factor) {
     return {high, low};
 }
 
-void Form1::send_command(const char* letters) { platform.serial.Output(QByteArray(letters)); }
+// Nothing reaches the module behind a failure report: a handler resumed after the report's
+// box must not arm the balloon.
+void Form1::send_command(const char* letters) {
+    if (stopped_by_failure) return;
+    platform.serial.Output(QByteArray(letters));
+}
 
 void Form1::send_byte(uint8_t byte) {
+    if (stopped_by_failure) return;
     platform.serial.Output(QByteArray(1, static_cast<char>(byte)));
 }
 

@@ -1,0 +1,299 @@
+// The console's fail-safe path and its re-entry under a modal dialog, over a real
+// pseudo-terminal with the real serial adapter and real timers, against the simulated module
+// and, for the gated hold, the simulated gating library.
+#include <gtest/gtest.h>
+#include <time.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include "app/form1.h"
+#include "fakes/fake_platform.h"
+#include "language/messages.h"
+#include "platform/qt_gating_library.h"
+#include "platform/qt_serial_port.h"
+#include "platform/qt_timer.h"
+#include "sim/sim_process.h"
+
+namespace zel::test {
+namespace {
+
+double monotonic_seconds() {
+    timespec t{};
+    clock_gettime(CLOCK_MONOTONIC, &t);
+    return static_cast<double>(t.tv_sec) + t.tv_nsec / 1e9;
+}
+
+void keep_event_loop_running(int milliseconds) {
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+// The real adapter, with every write stamped on the monotonic clock.
+class WatchedPort final : public SerialPort {
+public:
+    explicit WatchedPort(SerialPort& inner_) : inner(inner_) {
+        inner.OnComm = [this] {
+            if (OnComm) OnComm();
+        };
+    }
+    void set_CommPort(int number) override { inner.set_CommPort(number); }
+    int CommPort() const override { return inner.CommPort(); }
+    void set_PortOpen(bool open) override { inner.set_PortOpen(open); }
+    bool PortOpen() const override { return inner.PortOpen(); }
+    int InBufferCount() const override { return inner.InBufferCount(); }
+    uint8_t Input() override { return inner.Input(); }
+    void Output(const QByteArray& bytes) override {
+        writes.emplace_back(monotonic_seconds(), bytes);
+        inner.Output(bytes);
+    }
+    std::vector<std::pair<double, QByteArray>> writes;
+
+private:
+    SerialPort& inner;
+};
+
+struct LiveConsole {
+    explicit LiveConsole(bool simulated_gating_library)
+        : use_real_library(simulated_gating_library) {
+        if (simulated_gating_library) {
+            QDir().mkpath(app_data.filePath(QStringLiteral("lib")));
+            QFile::copy(QStringLiteral(TARROW_SIM_PATH),
+                        app_data.filePath(QStringLiteral("lib/libtarrow.so")));
+        }
+        form.end_program = [this](int code) { ended.push_back({code, monotonic_seconds()}); };
+        form.Pic.Height = 7485;
+        form.thresh_label.Height = 285;
+        form.patient_defined = true;
+        form.duration = 10;
+        form.thresh = 1.4f;
+        form.inhale = true;
+        port.OnComm = [this] {
+            ++notifications;
+            form.run_event("MSComm1_OnComm", [this] { form.MSComm1_OnComm(); });
+        };
+    }
+    bool run_until(const std::function<bool()>& done, int timeout_ms) {
+        QElapsedTimer waited;
+        waited.start();
+        while (!done()) {
+            if (waited.elapsed() > timeout_ms) return false;
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        }
+        return true;
+    }
+    bool link_up(int timeout_ms = 10000) {
+        form.start_module_search();
+        return run_until([this] { return form.Timer_HeartBeat->Enabled() && form.total_counts > 10; },
+                         timeout_ms);
+    }
+
+    const bool use_real_library;
+    QTemporaryDir app_data;
+    SimProcess sim{app_data.path()};
+    FakePlatform fakes;
+    QtSerialPort real_port{app_data.path()};
+    WatchedPort port{real_port};
+    QtTimerFactory timers;
+    QtGatingLibrary real_library{app_data.path()};
+    Platform platform{port,
+                      timers,
+                      fakes.clock,
+                      fakes.locale,
+                      fakes.boxes,
+                      fakes.chart,
+                      use_real_library ? static_cast<GatingLibrary&>(real_library) : fakes.tarrow,
+                      fakes.dialogs,
+                      fakes.windows};
+    Form1 form{platform, app_data.path()};
+    std::vector<std::pair<int, double>> ended;  // end_program calls with their moments
+    int notifications = 0;
+};
+
+// The call log of the simulated gating library: monotonic seconds and the call.
+std::vector<std::pair<double, QString>> gating_calls(const QString& app_data) {
+    std::vector<std::pair<double, QString>> calls;
+    QFile file(app_data + QStringLiteral("/sim/tarrow-calls.log"));
+    if (!file.open(QIODevice::ReadOnly)) return calls;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        const QList<QByteArray> w = line.split(' ');
+        if (w.size() >= 3) calls.emplace_back(w[0].toDouble(), QString::fromLatin1(w[2]));
+    }
+    return calls;
+}
+
+QStringList log_folder_state(const QString& app_data) {
+    QStringList state;
+    const QDir folder(app_data + QStringLiteral("/LOG"));
+    for (const QFileInfo& info : folder.entryInfoList(QDir::Files, QDir::Name))
+        state.append(QStringLiteral("%1 %2").arg(info.fileName()).arg(info.size()));
+    return state;
+}
+
+TEST(FailSafe, a_bad_volume_word_in_a_gated_hold_opens_the_relay_then_reports_once) {
+    LiveConsole c(true);
+    // A hold of ten seconds; three seconds after the console arms, the module sends a frame in
+    // the hold whose volume word has no 16-bit magnitude, then keeps streaming, with some
+    // frames spoiled so that the checksum log is open when the failure comes.
+    ASSERT_TRUE(c.sim.start("breathing rest 1.0\nbreathing amplitude 0.8\nbreathing period 2.5\n"
+                            "corrupt 0.05\nawait A\nwait 3\nframe 06 04 80 00 00 32\nwait 60\n"
+                            "quit\n",
+                            {QStringLiteral("--seed"), QStringLiteral("3")}));
+    c.form.Gated_Treatment = true;
+    ASSERT_TRUE(c.link_up()) << "the link never came up";
+
+    struct AtTheBox {
+        double when = 0, left = 0;
+        bool port_open = true, heartbeat = true, search = true, relay_closed_flag = true;
+        int16_t b_state = 0;
+        double total_counts = 0;
+        size_t writes = 0;
+        QStringList log_files;
+    } box;
+    c.fakes.boxes.while_shown = [&] {
+        box.when = monotonic_seconds();
+        box.port_open = c.port.PortOpen();
+        box.heartbeat = c.form.Timer_HeartBeat->Enabled();
+        box.search = c.form.Timer_module_connect->Enabled();
+        box.relay_closed_flag = c.form.relay_close_commanded;
+        box.b_state = c.form.b_state;
+        box.total_counts = c.form.total_counts;
+        box.writes = c.port.writes.size();
+        box.log_files = log_folder_state(c.app_data.path());
+        // The operator reads the box for two seconds; the module goes on streaming.
+        keep_event_loop_running(2000);
+        box.left = monotonic_seconds();
+    };
+
+    QElapsedTimer armed;
+    armed.start();
+    while (c.fakes.boxes.shown.isEmpty() && armed.elapsed() < 20000) {
+        if (c.form.b_state == 1 && c.form.sw_state == 1 && !c.form.volume_in_threshold_region())
+            c.form.Form_KeyDown(32, 0);
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    c.run_until([] { return false; }, 500);
+
+    ASSERT_EQ(c.fakes.boxes.shown.size(), 1) << c.fakes.boxes.shown.join('\n').toStdString();
+    EXPECT_TRUE(c.fakes.boxes.shown[0].startsWith(QStringLiteral("Run-time error 6 ")))
+        << c.fakes.boxes.shown[0].toStdString();
+    EXPECT_EQ(box.b_state, 4) << "the failure came in the hold";
+    EXPECT_FALSE(box.port_open);
+    EXPECT_FALSE(box.heartbeat);
+    EXPECT_FALSE(box.search);
+    EXPECT_FALSE(box.relay_closed_flag);
+
+    // The relay was opened, and the gating link closed, before the box appeared; nothing
+    // closed it again.
+    double closed_at = -1, opened_at = -1, gating_closed_at = -1;
+    for (const auto& [when, call] : gating_calls(c.app_data.path())) {
+        if (call == QStringLiteral("Tarrow_SetRelayState(1)")) closed_at = when;
+        if (call == QStringLiteral("Tarrow_SetRelayState(0)")) opened_at = when;
+        if (call == QStringLiteral("Tarrow_Close()")) gating_closed_at = when;
+    }
+    ASSERT_GT(closed_at, 0) << "the hold never closed the relay";
+    EXPECT_GT(opened_at, closed_at);
+    EXPECT_LT(opened_at, box.when);
+    EXPECT_GT(gating_closed_at, opened_at);
+    EXPECT_LT(gating_closed_at, box.when);
+
+    // Nothing acted behind the box: no command, no frame, no log reopened.
+    EXPECT_EQ(c.port.writes.size(), box.writes);
+    for (const auto& [when, bytes] : c.port.writes)
+        EXPECT_LT(when, box.when) << "a command reached the module after the failure";
+    EXPECT_EQ(c.form.total_counts, box.total_counts);
+    EXPECT_FALSE(box.log_files.isEmpty()) << "the checksum log was never opened";
+    EXPECT_EQ(log_folder_state(c.app_data.path()), box.log_files);
+
+    // The program ends once the box is acknowledged, and only once.
+    ASSERT_EQ(c.ended.size(), 1u);
+    EXPECT_EQ(c.ended[0].first, 1);
+    EXPECT_GE(c.ended[0].second, box.left);
+}
+
+TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
+    LiveConsole c(false);
+    ASSERT_TRUE(c.sim.start("breathing rest 0.2\nbreathing amplitude 0.8\nbreathing period 1.7\n"
+                            "wait 60\nquit\n"));
+    ASSERT_TRUE(c.link_up());
+
+    // Every frame handled leaves its line in the curve file.
+    const QString curve = c.app_data.filePath(QStringLiteral("curve.dat"));
+    c.form.curve_file = std::make_unique<QFile>(curve);
+    ASSERT_TRUE(c.form.curve_file->open(QIODevice::WriteOnly));
+    c.form.bRecord = true;
+
+    // A gated treatment whose library is missing: the next poll, from inside the frame
+    // handler, shows its message modally for one second.
+    c.fakes.tarrow.missing = true;
+    bool link_lost = false;
+    double counted_before = 0, counted_after = 0;
+    c.fakes.boxes.while_shown = [&] {
+        counted_before = c.form.total_counts;
+        QElapsedTimer shown;
+        shown.start();
+        while (shown.elapsed() < 1000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            if (c.form.Timer_module_connect->Enabled()) link_lost = true;
+        }
+        counted_after = c.form.total_counts;
+    };
+    c.run_until([] { return false; }, 1000);
+    c.form.Gated_Treatment = true;
+    ASSERT_TRUE(c.run_until([&] { return !c.fakes.boxes.shown.isEmpty(); }, 3000));
+    c.run_until([] { return false; }, 500);
+    c.form.bRecord = false;
+    c.form.curve_file->close();
+
+    ASSERT_EQ(c.fakes.boxes.shown.size(), 1);
+    EXPECT_EQ(c.fakes.boxes.shown[0], message_text(355));
+    EXPECT_FALSE(link_lost) << "the heartbeat declared the link lost under the dialog";
+    EXPECT_TRUE(c.form.Timer_HeartBeat->Enabled());
+    EXPECT_GE(counted_after - counted_before, 45) << "frames handled under the dialog";
+    EXPECT_TRUE(c.ended.empty());
+
+    // The lines' volumes are the good frames of the wire, in order, each once; the frame that
+    // opened the dialog is handled a second time by the first pass under it, and only then.
+    QFile file(curve);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    std::vector<int> recorded;
+    for (const QByteArray& line : file.readAll().split('\n'))
+        if (line.count(';') >= 4)
+            recorded.push_back(qRound(line.split(';')[1].toDouble() / 0.004));
+    std::vector<int> sent;
+    QFile wire(c.sim.wire_log());
+    ASSERT_TRUE(wire.open(QIODevice::ReadOnly));
+    for (const QByteArray& line : wire.readAll().split('\n')) {
+        const QList<QByteArray> w = line.simplified().split(' ');
+        if (w.size() >= 10 && w[1] == "data")
+            sent.push_back(static_cast<int16_t>(w[5].toInt(nullptr, 16) << 8 |
+                                                w[6].toInt(nullptr, 16)));
+    }
+    ASSERT_GT(recorded.size(), 100u);
+    // Where the recording begins on the wire.
+    size_t offset = 0;
+    bool aligned = false;
+    for (; offset + 20 < sent.size() && !aligned; ++offset)
+        aligned = std::equal(recorded.begin(), recorded.begin() + 20, sent.begin() + offset);
+    ASSERT_TRUE(aligned) << "the recorded volumes are not found on the wire";
+    --offset;
+    size_t j = 0;
+    while (j < recorded.size() && offset + j < sent.size() && recorded[j] == sent[offset + j]) ++j;
+    ASSERT_LT(j, recorded.size()) << "no frame was handled twice";
+    ASSERT_GT(j, 0u);
+    EXPECT_EQ(recorded[j], recorded[j - 1]) << "line " << j << " is not on the wire";
+    recorded.erase(recorded.begin() + static_cast<long>(j));
+    for (size_t i = j; i < recorded.size(); ++i) {
+        ASSERT_LT(offset + i, sent.size());
+        ASSERT_EQ(recorded[i], sent[offset + i]) << "line " << i << " differs from the wire";
+    }
+}
+
+}  // namespace
+}  // namespace zel::test
