@@ -84,10 +84,16 @@ void Form1::process_data_packet() {
 }
 
 void Form1::write_recording_line() {
-    if (!curve_file) return;
-    curve_file->write((recording_line() + QStringLiteral("\r\n")).toLatin1());
+    // No routine handles a failed write here: it ends the program through the event's report,
+    // rather than a recording going on with lines silently missing.
+    if (!curve_file || !curve_file->isOpen())
+        throw ZelError(err_bad_file_number, QStringLiteral("write_recording_line"),
+                       QStringLiteral("Bad file name or number"));
+    const QByteArray line = (recording_line() + QStringLiteral("\r\n")).toLatin1();
     // Each line reaches the disk as it is written: a crash loses nothing already shown.
-    curve_file->flush();
+    if (curve_file->write(line) != line.size() || !curve_file->flush())
+        throw ZelError(err_device_io, QStringLiteral("write_recording_line"),
+                       QStringLiteral("Device I/O error: ") + curve_file->errorString());
     tarrowNewData = false;
 }
 

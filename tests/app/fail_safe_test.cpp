@@ -111,5 +111,22 @@ TEST(FailSafe, a_checksum_log_that_can_not_be_written_is_reported_once) {
     EXPECT_EQ(rig.ended.size(), 1);
 }
 
+TEST(FailSafe, a_curve_file_that_can_not_take_a_line_ends_the_program) {
+    Rig rig;
+    rig.fakes.serial.OnComm = [&] {
+        rig.form.run_event("MSComm1_OnComm", [&] { rig.form.MSComm1_OnComm(); });
+    };
+    // A full disk: the line is taken into the buffer and its flush fails.
+    rig.form.curve_file = std::make_unique<QFile>(QStringLiteral("/dev/full"));
+    ASSERT_TRUE(rig.form.curve_file->open(QIODevice::WriteOnly));
+    rig.form.bRecord = true;
+    rig.fakes.serial.receive(data_frame());
+    rig.fakes.serial.receive(data_frame());
+    ASSERT_EQ(rig.fakes.boxes.shown.size(), 1);
+    EXPECT_TRUE(rig.fakes.boxes.shown[0].startsWith(QStringLiteral("Run-time error 57 ")));
+    EXPECT_EQ(rig.ended, QStringList{QStringLiteral("1")});
+    EXPECT_FALSE(rig.form.curve_file) << "closed before the report";
+}
+
 }  // namespace
 }  // namespace zel::test

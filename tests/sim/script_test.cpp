@@ -76,6 +76,10 @@ TEST(SimulatorScript, refuses_what_it_does_not_understand_and_says_why) {
         "gating relay-error big",
         "quit now",
         "cut 1 2",
+        "frame 06 04 80 00 00",
+        "frame 06 04 80 00 00 32 01",
+        "frame 06 04 800 00 00 32",
+        "frame 06 04 8g 00 00 32",
     };
     for (const char* line : bad) {
         const ParsedLine parsed = parse_script_line(line);
@@ -87,6 +91,27 @@ TEST(SimulatorScript, refuses_what_it_does_not_understand_and_says_why) {
         EXPECT_FALSE(parsed.instruction) << line;
         EXPECT_TRUE(parsed.error.empty()) << line;
     }
+}
+
+TEST(SimulatorScript, a_chosen_frame_goes_out_next_with_a_good_checksum_even_when_spoiling) {
+    ControlModule module;
+    module.corrupt_rate = 1.0;
+    std::vector<uint8_t> out = run(module, {send(0.0, "E")}, 0.1);
+    Simulator simulator;
+    simulator.module = module;
+    const ParsedLine parsed = parse_script_line("frame 06 04 80 00 00 32");
+    ASSERT_TRUE(parsed.instruction);
+    simulator.apply(*parsed.instruction, 0.1);
+    out = simulator.module.advance_to(0.125);
+    ASSERT_EQ(out.size(), 8u);
+    EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 7),
+              (std::vector<uint8_t>{0x83, 0x06, 0x04, 0x80, 0x00, 0x00, 0x32}));
+    unsigned sum = 0;
+    for (uint8_t b : out) sum += b;
+    EXPECT_EQ(sum % 256, 0u);
+    out = simulator.module.advance_to(0.145);
+    ASSERT_EQ(out.size(), 8u);
+    EXPECT_NE(out[3], 0x80) << "the module's own frames follow";
 }
 
 std::vector<Instruction> instructions(std::initializer_list<const char*> lines) {
