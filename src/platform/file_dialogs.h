@@ -11,6 +11,10 @@ public:
     // A chooser of file-system folders under `title`: the chosen folder's path, or the empty
     // string when the operator cancels.
     virtual QString browse_for_folder(const QString& title) = 0;
+    // A chooser of one existing file, opened in `initial_directory`, showing the files that
+    // match `filter` ("Description|*.ext"): the chosen file's path, or the empty string when
+    // the operator cancels.
+    virtual QString open_file(const QString& initial_directory, const QString& filter) = 0;
 };
 
 }  // namespace zel

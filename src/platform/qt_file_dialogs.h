@@ -9,6 +9,7 @@ namespace zel {
 class QtFileDialogs final : public FileDialogs {
 public:
     QString browse_for_folder(const QString& title) override;
+    QString open_file(const QString& initial_directory, const QString& filter) override;
     QWidget* parent = nullptr;
 };
 

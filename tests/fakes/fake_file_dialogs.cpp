@@ -10,4 +10,13 @@ QString FakeFileDialogs::browse_for_folder(const QString& title) {
     return path;
 }
 
+QString FakeFileDialogs::open_file(const QString& initial_directory, const QString& filter) {
+    opened_in.append(initial_directory);
+    filters.append(filter);
+    if (files.empty()) return {};
+    const QString path = files.front();
+    files.pop_front();
+    return path;
+}
+
 }  // namespace zel::test
