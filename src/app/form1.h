@@ -90,6 +90,10 @@ public:
 
     // The gating library (gating).
     void _Tarrow_SetRelayState(uint8_t close_relay);
+    void open_tarrow_link();
+    void close_tarrow_link();
+    // Without the library there is no gated treatment and no gated patient.
+    void handle_missing_gating_library();
     void poll_tarrow_status();
 
     // Strip chart (display).
@@ -102,6 +106,14 @@ public:
     void layout_main_window();
     void update_chart_labels();
     void Timer2_Timer();
+
+    // The curve file of a session (data).
+    void cmdRecord_Click();
+    void cmdPause_Click();
+    void printHeader(const QString& path);
+    QStringList curve_header_lines() const;
+    QString curve_file_path() const;
+    void open_curve_file(const QString& path);
 
     // System settings files and the number format (data).
     void detect_number_format();
@@ -128,6 +140,18 @@ public:
     void load_existing_patient_Click();
     void create_new_patient_Click();
     void save_session_history();
+    void save_settings_as_default_Click();
+    // The start common to creating and loading: the session question, then the patient undone.
+    // False when the present patient stays.
+    bool leave_current_patient();
+    void reset_patient();
+
+    // Question dialogs (app).
+    void show_Form3();  // load, create or neither
+    void show_Form8();  // save the session history? into save_session_response
+    void show_Form2();  // start recording?
+    void show_Form9();  // save the settings as the defaults?
+    void show_Form_ConfirmCancel();  // discard the changes? into confirm_cancel
 
     // The system check window while it stands.
     Form13 form13;

@@ -139,12 +139,7 @@ void Form1::Form_Load() {
 
     platform.windows.show_main_window(true);
 
-    switch (platform.windows.ask(message_text(108), message_text(123),
-                                 {message_text(310), message_text(309), message_text(114)})) {
-        case 0: load_existing_patient_Click(); break;
-        case 1: create_new_patient_Click(); break;
-        default: break;
-    }
+    show_Form3();
 }
 
 void Form1::logo_banner_Timer() {
@@ -163,12 +158,9 @@ void Form1::Form13_Command1_Click() {
 
 void Form1::zel_exit_Click() {
     if (patient_defined) {
-        const int answer = platform.windows.ask(message_text(108), message_text(120),
-                                                {message_text(290), message_text(291),
-                                                 message_text(114)});
-        save_session_response = answer == 0 ? 6 : answer == 1 ? 7 : 2;
-        if (save_session_response == 2) return;
-        if (save_session_response == 6) save_session_history();
+        show_Form8();
+        if (save_session_response == vbCancel) return;
+        if (save_session_response == vbYes) save_session_history();
 
         const bool recording = cmdPause.Enabled && !cmdRecord.Enabled;
         if (recording && curve_file) {

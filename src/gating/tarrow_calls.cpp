@@ -38,10 +38,7 @@ void Form1::poll_tarrow_status() {
         platform.tarrow.GetStatus(tarrow_status);
     } catch (const ZelError& e) {
         // Without the library there is no gated operation.
-        if (e.number == err_file_not_found) {
-            Gated_Treatment = false;
-            platform.boxes.MsgBox(message_text(355), vbOKOnly, {});
-        }
+        if (e.number == err_file_not_found) handle_missing_gating_library();
         // Other failures of a poll are ignored; the next poll tries again.
     }
 }

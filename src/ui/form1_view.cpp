@@ -57,8 +57,8 @@ Form1View::Form1View(Form1& form_, QtChartSurface& surface) : form(form_) {
     add_picture(form.Image_Gating_Closed, QStringLiteral("gating_closed"));
     add_picture(form.Image_Gating_Fault, QStringLiteral("gating_fault"));
     add_picture(form.iconA, QStringLiteral("logo"));
-    add_button(form.cmdRecord, QStringLiteral("record"));
-    add_button(form.cmdPause, QStringLiteral("pause"));
+    add_button(form.cmdRecord, QStringLiteral("record"), &Form1::cmdRecord_Click);
+    add_button(form.cmdPause, QStringLiteral("pause"), &Form1::cmdPause_Click);
 
     // Captions change up to 50 times a second; the screen follows at its own pace.
     connect(&refresh, &QTimer::timeout, this, &Form1View::sync);
@@ -81,8 +81,14 @@ QLabel* Form1View::add_picture(Control& control, const QString& image) {
     return label;
 }
 
-QToolButton* Form1View::add_button(Control& control, const QString& image) {
+QToolButton* Form1View::add_button(Control& control, const QString& image,
+                                   void (Form1::*handler)()) {
     auto* button = new QToolButton(client);
+    // The spacebar belongs to the breath-hold cycle, never to a button that has the focus.
+    button->setFocusPolicy(Qt::NoFocus);
+    connect(button, &QToolButton::clicked, this, [this, handler] {
+        form.run_event("button", [this, handler] { (form.*handler)(); });
+    });
     button->setIcon(QIcon(product_image(image)));
     button->setIconSize(QSize(32, 32));
     button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
@@ -110,7 +116,7 @@ void Form1View::build_menus() {
     QMenu* file = menu(form.file_main);
     add_action(file, form.create_new_patient, &Form1::create_new_patient_Click);
     add_action(file, form.load_existing_patient, &Form1::load_existing_patient_Click);
-    add_action(file, form.save_settings_as_default, nullptr);
+    add_action(file, form.save_settings_as_default, &Form1::save_settings_as_default_Click);
     file->addSeparator();
     add_action(file, form.zel_exit, &Form1::zel_exit_Click);
     QMenu* settings = menu(form.set_params);

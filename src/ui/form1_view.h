@@ -35,7 +35,7 @@ protected:
 private:
     QLabel* add_label(Control& control, QWidget* parent, Qt::Alignment alignment);
     QLabel* add_picture(Control& control, const QString& image);
-    QToolButton* add_button(Control& control, const QString& image);
+    QToolButton* add_button(Control& control, const QString& image, void (Form1::*handler)());
     QAction* add_action(QMenu* menu, Control& control, void (Form1::*handler)());
     void build_menus();
 

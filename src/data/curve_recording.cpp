@@ -1,0 +1,127 @@
+// The curve file of a session: the Record and Pause buttons and the file's header. Each
+// sample line is written by the data frame's handling.
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include "app/form1.h"
+#include "app/helpers.h"
+#include "language/messages.h"
+
+namespace zel {
+
+namespace {
+
+[[noreturn]] void fail_to_open(const QString& path, const QFile& file) {
+    throw ZelError(err_path_file_access, QStringLiteral("cmdRecord_Click"),
+                   QStringLiteral("Path/File access error: ") + path + QStringLiteral(": ") +
+                       file.errorString());
+}
+
+void make_writable(const QString& path) {
+    QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteOwner | QFile::WriteUser);
+}
+
+}  // namespace
+
+QString Form1::curve_file_path() const {
+    return data_directory + QLatin1Char('/') + patient_last_name + QLatin1Char('_') +
+           patient_first_name + QLatin1Char('_') + patient_medical_id + QLatin1Char('/') +
+           patient_last_name + QLatin1Char('_') + session + QStringLiteral(".dat");
+}
+
+void Form1::open_curve_file(const QString& path) {
+    curve_file = std::make_unique<QFile>(path);
+    if (!curve_file->open(QIODevice::WriteOnly | QIODevice::Append)) {
+        const QFile failed(path);
+        curve_file.reset();
+        fail_to_open(path, failed);
+    }
+}
+
+void Form1::cmdRecord_Click() {
+    if (!patient_defined) return;
+    cmdRecord.Enabled = false;
+    cmdPause.Enabled = true;
+    bRecord = true;
+    if (!record_file_created) record_filename = curve_file_path();
+    if (!QFileInfo::exists(record_filename)) {
+        printHeader(record_filename);
+        open_curve_file(record_filename);
+        record_file_created = true;
+    } else if (record_file_created) {
+        // The same session back from a pause.
+        make_writable(record_filename);
+        open_curve_file(record_filename);
+    } else {
+        // An earlier run left a file under this session's name: it is kept, and this one
+        // takes the moment in its name.
+        QString stamp = platform.locale.general_date(platform.clock.now());
+        stamp.replace(QLatin1Char(':'), QLatin1Char('_')).replace(QLatin1Char('/'), QLatin1Char('_'));
+        record_filename.replace(QStringLiteral(".dat"), QLatin1Char('_') + stamp + QStringLiteral(".dat"));
+        printHeader(record_filename);
+        open_curve_file(record_filename);
+        record_file_created = true;
+    }
+}
+
+void Form1::cmdPause_Click() {
+    if (!patient_defined) return;
+    cmdRecord.Enabled = true;
+    cmdPause.Enabled = false;
+    bRecord = false;
+    if (curve_file) {
+        curve_file->close();
+        curve_file.reset();
+    }
+}
+
+QStringList Form1::curve_header_lines() const {
+    const QChar separator = platform.locale.decimal_separator();
+    const QDateTime now = platform.clock.now();
+    const QString tab = QStringLiteral("\t");
+    return {
+        message_text(107),
+        QStringLiteral("HeaderStart"),
+        QStringLiteral("Threshold:") + format_single(thresh, "###0.00", separator),
+        QStringLiteral("Count Frequency: ") + printed_single(count_frequency, separator),
+        print_zones({QStringLiteral("Patient Last Name: "), patient_last_name}),
+        print_zones({QStringLiteral("Medical ID: "), patient_medical_id}),
+        print_zones({QStringLiteral("Date: "), now.date().toString(QStringLiteral("MM-dd-yyyy"))}),
+        print_zones({QStringLiteral("Time: "), now.time().toString(QStringLiteral("HH:mm:ss"))}),
+        print_zones({QStringLiteral("Session Number: "), session}),
+        print_zones({QStringLiteral("Breath Hold Duration:"), printed_number(duration, separator)}),
+        print_zones({QStringLiteral("Trigger on Inhale:"),
+                     inhale ? QStringLiteral("True") : QStringLiteral("False")}),
+        QString(),
+        QStringLiteral("[Key]"),
+        QStringLiteral("Status") + tab + QStringLiteral("Balloon Valve"),
+        QStringLiteral("1") + tab + QStringLiteral("deflated"),
+        QStringLiteral("2") + tab + QStringLiteral("ready to inflate at threshold (inhale)"),
+        QStringLiteral("3") + tab + QStringLiteral("ready to inflate at threshold (exhale)"),
+        QStringLiteral("4") + tab + QStringLiteral("inflated"),
+        QStringLiteral("5") + tab + QStringLiteral("fault"),
+        QString(),
+        QStringLiteral("Status") + tab + QStringLiteral("Patient Switch"),
+        QStringLiteral("0") + tab + QStringLiteral("Disabled"),
+        QStringLiteral("1") + tab + QStringLiteral("Enabled"),
+        QStringLiteral("[Curve Data]"),
+        print_zones({QStringLiteral("Session Time"), QStringLiteral("Volume (liters)"),
+                     QStringLiteral("Balloon Valve Status"), QStringLiteral("Patient Switch"),
+                     QStringLiteral("Gating Mode"), QStringLiteral("Gating Status"),
+                     QStringLiteral("Relay State")}),
+        QStringLiteral("HeaderEnd"),
+    };
+}
+
+void Form1::printHeader(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append)) fail_to_open(path, file);
+    QByteArray bytes;
+    for (const QString& line : curve_header_lines()) bytes += line.toLatin1() + "\r\n";
+    if (file.write(bytes) != bytes.size() || !file.flush())
+        throw ZelError(err_device_io, QStringLiteral("printHeader"),
+                       QStringLiteral("Device I/O error: ") + file.errorString());
+}
+
+}  // namespace zel

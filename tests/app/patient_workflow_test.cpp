@@ -1,0 +1,116 @@
+// Leaving a patient, undoing one, and the menu entries that must not act during a hold.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include "fakes/rig.h"
+#include "language/messages.h"
+
+namespace zel::test {
+namespace {
+
+struct PatientRig : Rig {
+    PatientRig() {
+        form.patient_defined = true;
+        form.patient_last_name = QStringLiteral("Doe");
+        form.Label_last_name.Caption = QStringLiteral("Doe");
+        form.Label_first_name.Caption = QStringLiteral("Jane");
+        form.label_session.Caption = QStringLiteral("Session ID 1");
+        form.Label2.Caption = QStringLiteral("Press spacebar to activate.");
+        form.Patient_Settings.Enabled = true;
+        form.mnuSessionHistory.Enabled = true;
+        form.Gating_Diagnostics.Enabled = false;
+        form.total_counts = 500;
+        form.b_state = 1;
+    }
+};
+
+TEST(PatientWorkflow, the_session_question_decides_whether_the_patient_is_left) {
+    struct Case { int button; bool left; };
+    // Yes, No, Cancel.
+    const Case cases[] = {{0, true}, {1, true}, {2, false}};
+    for (const auto& c : cases) {
+        PatientRig rig;
+        rig.fakes.windows.answer(c.button);
+        EXPECT_EQ(rig.form.leave_current_patient(), c.left) << c.button;
+        EXPECT_EQ(rig.form.patient_defined, !c.left) << c.button;
+        EXPECT_EQ(rig.form.Label_last_name.Caption,
+                  c.left ? message_text(226) : QStringLiteral("Doe"));
+        EXPECT_EQ(rig.fakes.windows.log,
+                  QStringList{QStringLiteral("ask ") + message_text(120)});
+    }
+}
+
+TEST(PatientWorkflow, reset_patient_clears_the_patient_and_its_gating) {
+    PatientRig rig;
+    rig.form.Gated_Treatment = true;
+    rig.form.Gating_OverRide = true;
+    rig.form.Image_Gating_Ready.Visible = true;
+    rig.form.reset_patient();
+    EXPECT_FALSE(rig.form.patient_defined);
+    EXPECT_EQ(rig.form.Label_last_name.Caption, message_text(226));
+    for (const Control* label : {&rig.form.Label_first_name, &rig.form.label_session,
+                                 &rig.form.label_patient_ID, &rig.form.gating_label,
+                                 &rig.form.Label2, &rig.form.Label4})
+        EXPECT_TRUE(label->Caption.isEmpty());
+    EXPECT_FALSE(rig.form.Patient_Settings.Enabled);
+    EXPECT_FALSE(rig.form.mnuSessionHistory.Enabled);
+    EXPECT_TRUE(rig.form.Gating_Diagnostics.Enabled);
+    EXPECT_FALSE(rig.form.cmdRecord.Enabled);
+    EXPECT_FALSE(rig.form.Gated_Treatment);
+    EXPECT_FALSE(rig.form.Gating_OverRide);
+    EXPECT_FALSE(rig.form.Image_Gating_Ready.Visible);
+    EXPECT_EQ(rig.form.total_counts, 0);
+    EXPECT_EQ(rig.fakes.tarrow.calls, QStringList{"Close()"});
+}
+
+TEST(PatientWorkflow, reset_patient_ends_a_running_recording_read_only) {
+    PatientRig rig;
+    rig.form.data_directory = rig.app_data.path();
+    rig.form.patient_first_name = QStringLiteral("Jane");
+    rig.form.patient_medical_id = QStringLiteral("A1");
+    rig.form.session = QStringLiteral("1");
+    QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
+    rig.form.cmdRecord_Click();
+    rig.fakes.serial.receive(data_frame());
+    rig.form.reset_patient();
+    EXPECT_FALSE(rig.form.bRecord);
+    EXPECT_FALSE(rig.form.curve_file);
+    // The owner's write permission is what marks it: a root user writes regardless.
+    EXPECT_FALSE(QFile::permissions(rig.form.record_filename) & QFile::WriteOwner);
+    EXPECT_GT(QFileInfo(rig.form.record_filename).size(), 0);
+}
+
+TEST(PatientWorkflow, patient_menu_entries_do_nothing_during_a_hold) {
+    for (int16_t state : {2, 3, 4}) {
+        PatientRig rig;
+        rig.form.b_state = state;
+        rig.form.create_new_patient_Click();
+        rig.form.load_existing_patient_Click();
+        EXPECT_TRUE(rig.fakes.windows.log.isEmpty()) << state;
+        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty()) << state;
+        EXPECT_TRUE(rig.fakes.dialogs.opened_in.isEmpty()) << state;
+        EXPECT_TRUE(rig.form.patient_defined) << state;
+        EXPECT_TRUE(rig.fakes.serial.sent().isEmpty()) << state;
+    }
+}
+
+TEST(PatientWorkflow, saving_the_defaults_asks_first_with_the_link_stopped) {
+    struct Case { int button; bool written; };
+    for (const Case c : {Case{0, true}, Case{1, false}}) {
+        Rig rig;
+        rig.fakes.timers.get("Timer_HeartBeat").set_Enabled(true);
+        rig.fakes.windows.answer(c.button);
+        rig.form.number_format = QStringLiteral("dot");
+        rig.form.save_settings_as_default_Click();
+        EXPECT_TRUE(rig.fakes.serial.sent().startsWith("D")) << "the stream stopped first";
+        EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("ask ") + message_text(139)});
+        EXPECT_EQ(QFile::exists(rig.form.AppDataPath + QStringLiteral("/zel.ini")), c.written);
+        EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled()) << "search again";
+    }
+}
+
+}  // namespace
+}  // namespace zel::test
