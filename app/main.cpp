@@ -41,6 +41,10 @@ int main(int argc, char** argv) {
         int ask(const QString& c, const QString& q, const QStringList& b) override {
             return target->ask(c, q, b);
         }
+        int show_message(zel::Window w, const QString& c, const QStringList& t,
+                         const QStringList& b) override {
+            return target->show_message(w, c, t, b);
+        }
         bool install_key_guard() override { return target->install_key_guard(); }
         void remove_key_guard() override { target->remove_key_guard(); }
     } windows;

@@ -94,6 +94,16 @@ public:
     void close_tarrow_link();
     // Without the library there is no gated treatment and no gated patient.
     void handle_missing_gating_library();
+    void analyse_tarrow_status();
+    void gating_connection_lost();
+    // One lamp of the three on, the others off.
+    void show_gating_lamp(Control& lamp);
+    void offer_way_back_to_automated();
+    void withdraw_override_question();
+    void show_Form_OverRide_Enable();
+    void show_Form_OverRide_Disable();
+    void show_Form_FastGatingClear();
+    void write_tarrow_log();
     void poll_tarrow_status();
 
     // Strip chart (display).

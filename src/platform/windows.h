@@ -6,7 +6,13 @@
 
 namespace zel {
 
-enum class Window { Form6, Form13 };
+enum class Window {
+    Form6,
+    Form13,
+    Form_OverRide_Enable,
+    Form_OverRide_Disable,
+    Form_FastGatingClear,
+};
 
 class Windows {
 public:
@@ -20,6 +26,10 @@ public:
     // counts as the last button.
     virtual int ask(const QString& caption, const QString& question,
                     const QStringList& buttons) = 0;
+    // One of the console's modal message windows, with its texts one under the other: the
+    // index of the button pressed, or -1 when the console unloaded the window itself.
+    virtual int show_message(Window window, const QString& caption, const QStringList& texts,
+                             const QStringList& buttons) = 0;
     // The spacebar reaches the console from any of its windows, and the keys that would
     // switch away from it are swallowed, while the guard is installed.
     virtual bool install_key_guard() = 0;

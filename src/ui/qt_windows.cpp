@@ -1,6 +1,7 @@
 #include "ui/qt_windows.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
@@ -49,8 +50,52 @@ void QtWindows::show_modal(Window window) {
 }
 
 void QtWindows::unload(Window window) {
+    if (window != Window::Form6 && window != Window::Form13) {
+        if (auto open = messages.find(window); open != messages.end() && open->second)
+            open->second->done(QDialog::Rejected);
+        return;
+    }
     QPointer<QDialog>& slot = window == Window::Form6 ? banner : system_check;
     if (slot) slot->done(QDialog::Accepted);
+}
+
+int QtWindows::show_message(Window window, const QString& caption, const QStringList& texts,
+                            const QStringList& buttons) {
+    QDialog dialog(main_window.isVisible() ? &main_window : nullptr);
+    dialog.setWindowTitle(caption);
+    // Only a button or the console closes it: the operator must answer.
+    dialog.setWindowFlag(Qt::WindowCloseButtonHint, false);
+    auto* layout = new QVBoxLayout(&dialog);
+    for (const QString& line : texts) {
+        auto* text = new QLabel(line, &dialog);
+        text->setWordWrap(true);
+        text->setFont(QFont(QStringLiteral("Liberation Sans"), 10, QFont::Bold));
+        layout->addWidget(text);
+    }
+    auto* box = new QDialogButtonBox(&dialog);
+    int pressed = -1;
+    for (int k = 0; k < buttons.size(); ++k) {
+        QPushButton* button = box->addButton(buttons[k], QDialogButtonBox::ActionRole);
+        button->setAutoDefault(false);
+        QObject::connect(button, &QPushButton::clicked, &dialog, [&dialog, &pressed, k] {
+            pressed = k;
+            dialog.accept();
+        });
+    }
+    layout->addWidget(box);
+    dialog.setMinimumWidth(480);
+    messages[window] = &dialog;
+    // Escape would close it without an answer.
+    struct NoEscape final : QObject {
+        bool eventFilter(QObject*, QEvent* e) override {
+            return e->type() == QEvent::KeyPress &&
+                   static_cast<QKeyEvent*>(e)->key() == Qt::Key_Escape;
+        }
+    } no_escape;
+    dialog.installEventFilter(&no_escape);
+    dialog.exec();
+    messages.erase(window);
+    return pressed;
 }
 
 void QtWindows::show_main_window(bool visible) { main_window.setVisible(visible); }

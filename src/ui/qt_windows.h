@@ -3,6 +3,7 @@
 // question dialogs and the key guard.
 #include <QDialog>
 #include <QPointer>
+#include <map>
 #include <memory>
 
 #include "platform/windows.h"
@@ -21,6 +22,8 @@ public:
     void unload(Window window) override;
     void show_main_window(bool visible) override;
     int ask(const QString& caption, const QString& question, const QStringList& buttons) override;
+    int show_message(Window window, const QString& caption, const QStringList& texts,
+                     const QStringList& buttons) override;
     bool install_key_guard() override;
     void remove_key_guard() override;
 
@@ -29,6 +32,7 @@ private:
     Form1View& main_window;
     QPointer<QDialog> banner;
     QPointer<QDialog> system_check;
+    std::map<Window, QPointer<QDialog>> messages;
     std::unique_ptr<KeyGuardFilter> key_guard;
 };
 

@@ -4,7 +4,14 @@ namespace zel::test {
 
 namespace {
 QString name(Window window) {
-    return window == Window::Form6 ? QStringLiteral("Form6") : QStringLiteral("Form13");
+    switch (window) {
+        case Window::Form6: return QStringLiteral("Form6");
+        case Window::Form13: return QStringLiteral("Form13");
+        case Window::Form_OverRide_Enable: return QStringLiteral("Form_OverRide_Enable");
+        case Window::Form_OverRide_Disable: return QStringLiteral("Form_OverRide_Disable");
+        case Window::Form_FastGatingClear: return QStringLiteral("Form_FastGatingClear");
+    }
+    return QStringLiteral("?");
 }
 }  // namespace
 
@@ -13,7 +20,26 @@ void FakeWindows::show_modal(Window window) {
     if (auto script = scripts.find(window); script != scripts.end()) script->second();
 }
 
-void FakeWindows::unload(Window window) { log.append(QStringLiteral("unload ") + name(window)); }
+void FakeWindows::unload(Window window) {
+    log.append(QStringLiteral("unload ") + name(window));
+    unloaded[window] = true;
+}
+
+int FakeWindows::show_message(Window window, const QString&, const QStringList& texts,
+                              const QStringList&) {
+    log.append(QStringLiteral("show ") + name(window));
+    message_texts.push_back(texts);
+    open.push_back(window);
+    unloaded[window] = false;
+    if (auto script = scripts.find(window); script != scripts.end()) script->second();
+    open.pop_back();
+    if (unloaded[window]) return -1;
+    std::deque<int>& queue = presses[window];
+    if (queue.empty()) return 0;
+    const int button = queue.front();
+    queue.pop_front();
+    return button;
+}
 
 void FakeWindows::show_main_window(bool visible) {
     main_visible = visible;
