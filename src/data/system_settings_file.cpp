@@ -38,32 +38,46 @@ double decimal_value(const std::string& digits, const char* source) {
 
 }  // namespace
 
-double point_only_number(const QString& text) {
-    qsizetype k = 0;
-    while (k < text.size() && (text[k] == QLatin1Char(' ') || text[k] == QLatin1Char('\t'))) ++k;
+double point_only_number(const char* begin, const char* end) {
+    const char* p = begin;
+    while (p < end && (*p == ' ' || *p == '\t')) ++p;
     bool negative = false;
-    if (k < text.size() && (text[k] == QLatin1Char('-') || text[k] == QLatin1Char('+'))) {
-        negative = text[k] == QLatin1Char('-');
-        ++k;
+    if (p < end && (*p == '-' || *p == '+')) {
+        negative = *p == '-';
+        ++p;
     }
-    std::string digits;
+    // Short texts stay on the stack: curve files hold millions of them.
+    char small[64];
+    std::string large;
+    char* out = small;
+    if (static_cast<size_t>(end - p) + 2 > sizeof small) {
+        large.resize(static_cast<size_t>(end - p) + 2);
+        out = large.data();
+    }
+    char* const first = out;
     bool seen_point = false, seen_digit = false;
-    for (; k < text.size(); ++k) {
-        const QChar c = text[k];
-        if (c >= QLatin1Char('0') && c <= QLatin1Char('9')) {
-            digits.push_back(static_cast<char>(c.unicode()));
+    for (; p < end; ++p) {
+        if (*p >= '0' && *p <= '9') {
+            *out++ = *p;
             seen_digit = true;
-        } else if (c == QLatin1Char('.') && !seen_point) {
-            digits.push_back('.');
+        } else if (*p == '.' && !seen_point) {
+            *out++ = '.';
             seen_point = true;
         } else {
             break;
         }
     }
     if (!seen_digit) return 0;
+    std::string digits(first, out);
     if (digits.front() == '.') digits.insert(digits.begin(), '0');
     const double value = decimal_value(digits, "point_only_number");
     return negative ? -value : value;
+}
+
+double point_only_number(const QString& text) {
+    // A character beyond Latin-1 becomes "?", which ends the number as any other would.
+    const QByteArray bytes = text.toLatin1();
+    return point_only_number(bytes.constData(), bytes.constData() + bytes.size());
 }
 
 float point_only_single(const QString& text) {

@@ -34,6 +34,7 @@ QStringList system_settings_lines(const QString& stamp, const SystemSettings& se
 // the only decimal separator, so "1,20" reads as 1. Beyond a double's range it fails with an
 // overflow.
 double point_only_number(const QString& text);
+double point_only_number(const char* begin, const char* end);
 // The same narrowed to a single, failing with an overflow beyond a single's range.
 float point_only_single(const QString& text);
 
