@@ -12,12 +12,14 @@
 #include "platform/qt_serial_port.h"
 #include "platform/qt_system.h"
 #include "platform/qt_timer.h"
+#include "platform/scheduling.h"
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/qt_windows.h"
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    std::fprintf(stderr, "zelmoor: %s\n", qPrintable(zel::raise_scheduling_priority()));
     zel::init_images();
     const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
     // The application folder is the installation's: it exists before the console first runs.

@@ -18,6 +18,7 @@
 #include "platform/qt_gating_library.h"
 #include "platform/qt_serial_port.h"
 #include "platform/qt_timer.h"
+#include "platform/scheduling.h"
 #include "sim/sim_process.h"
 
 namespace {
@@ -61,6 +62,8 @@ std::vector<double> relay_open_calls(const QString& call_log) {
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QCoreApplication app(argc, argv);
+    // The console in the same place in the scheduler as the program gives itself.
+    std::printf("scheduling: %s\n", qPrintable(zel::raise_scheduling_priority()));
     const int wanted = argc > 1 ? std::atoi(argv[1]) : 200;
     zel::load_default_messages();
 
