@@ -1,0 +1,175 @@
+# Shared by the end-to-end scripts: a private X display, the simulator and the console started
+# as a user would, and the windows driven with xdotool. Sourced, not run.
+#   e2e_start DIR      Xvfb on a free display, HOME=DIR, the simulated gating library installed
+#   e2e_sim SCRIPT     the simulator, headless, running SCRIPT (a file), with its wire log
+#   e2e_console        the console; its output goes to DIR/console-N.log
+#   wait_window TITLE  waits for a visible window with that title, prints its id
+#   wait_gone ID       waits until the window is gone
+#   sim_line TEXT      one more line for the running simulator's script
+#   balloon_state      the balloon state of the last good data frame on the wire
+
+e2e_fail() {
+    echo "e2e: FAILED: $*" >&2
+    [ -n "${E2E_DIR:-}" ] && import -window root "$E2E_DIR/failure.png" 2>/dev/null &&
+        echo "e2e: the screen at the failure: $E2E_DIR/failure.png" >&2
+    exit 1
+}
+
+e2e_log() { echo "e2e: $*" >&2; }
+
+e2e_start() {
+    E2E_DIR=$(realpath -m "$1")
+    mkdir -p "$E2E_DIR"
+    export HOME=$E2E_DIR
+    E2E_APP_DATA=$HOME/.local/share/zelmoor
+    mkdir -p "$E2E_APP_DATA/lib" "$E2E_APP_DATA/sim"
+    cp -f build/sim/libtarrow-sim.so "$E2E_APP_DATA/lib/libtarrow.so"
+    touch "$E2E_APP_DATA/sim/libtarrow-is-simulated"
+    local n
+    for n in $(seq 90 130); do
+        [ -e "/tmp/.X11-unix/X$n" ] || [ -e "/tmp/.X$n-lock" ] || break
+    done
+    export DISPLAY=:$n
+    Xvfb "$DISPLAY" -screen 0 1280x900x24 -nolisten tcp >"$E2E_DIR/xvfb.log" 2>&1 &
+    E2E_XVFB=$!
+    for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && break; sleep 0.1; done
+    xdpyinfo >/dev/null 2>&1 || e2e_fail "Xvfb did not start on $DISPLAY"
+    E2E_CONSOLE_RUNS=0
+    trap e2e_stop EXIT
+}
+
+e2e_stop() {
+    [ -n "${E2E_CONSOLE:-}" ] && kill "$E2E_CONSOLE" 2>/dev/null
+    [ -n "${E2E_SIM:-}" ] && kill "$E2E_SIM" 2>/dev/null
+    exec {E2E_SIM_IN}>&- 2>/dev/null
+    sleep 0.3
+    [ -n "${E2E_XVFB:-}" ] && kill "$E2E_XVFB" 2>/dev/null
+    wait 2>/dev/null
+}
+
+# The simulator reads its script from a pipe, so that more lines can follow while it runs.
+e2e_sim() {
+    local script=$1
+    local fifo=$E2E_DIR/sim-input
+    rm -f "$fifo"
+    mkfifo "$fifo"
+    QT_QPA_PLATFORM=offscreen build/sim/zelmoor-sim --headless --app-data "$E2E_APP_DATA" \
+        --script - --wire-log "$E2E_DIR/wire.log" <"$fifo" >"$E2E_DIR/sim.log" 2>&1 &
+    E2E_SIM=$!
+    exec {E2E_SIM_IN}>"$fifo"
+    cat "$script" >&"$E2E_SIM_IN"
+    for _ in $(seq 50); do
+        [ -L "$E2E_APP_DATA/ports/sim0" ] && return 0
+        sleep 0.1
+    done
+    e2e_fail "the simulator did not start (see $E2E_DIR/sim.log)"
+}
+
+sim_line() { echo "$1" >&"$E2E_SIM_IN"; }
+
+e2e_console() {
+    E2E_CONSOLE_RUNS=$((E2E_CONSOLE_RUNS + 1))
+    build/app/zelmoor >"$E2E_DIR/console-$E2E_CONSOLE_RUNS.log" 2>&1 &
+    E2E_CONSOLE=$!
+}
+
+console_running() { kill -0 "$E2E_CONSOLE" 2>/dev/null; }
+
+# Waits until the console has ended by itself; fails if it does not within the time.
+wait_console_end() {
+    local timeout=${1:-15}
+    for _ in $(seq $((timeout * 10))); do
+        console_running || { wait "$E2E_CONSOLE" 2>/dev/null; E2E_CONSOLE=; return 0; }
+        sleep 0.1
+    done
+    e2e_fail "the console did not end"
+}
+
+wait_window() {
+    local title=$1 timeout=${2:-20} id
+    for _ in $(seq $((timeout * 10))); do
+        console_running || e2e_fail "the console ended while waiting for \"$title\""
+        id=$(xdotool search --onlyvisible --name "^$title\$" 2>/dev/null | tail -1)
+        if [ -n "$id" ]; then
+            # A moment for the window to take the keyboard.
+            sleep 0.3
+            echo "$id"
+            return 0
+        fi
+        sleep 0.1
+    done
+    e2e_fail "no window \"$title\" within $timeout s"
+}
+
+wait_gone() {
+    local id=$1 timeout=${2:-10}
+    for _ in $(seq $((timeout * 10))); do
+        xdotool getwindowname "$id" >/dev/null 2>&1 || return 0
+        xwininfo -id "$id" 2>/dev/null | grep -q "IsViewable" || return 0
+        sleep 0.1
+    done
+    e2e_fail "window $id did not close"
+}
+
+# Keys to one window: it gets the focus first.
+keys_to() {
+    local id=$1
+    shift
+    xdotool windowfocus --sync "$id" 2>/dev/null || true
+    xdotool key --delay 40 "$@"
+}
+
+type_to() {
+    local id=$1
+    shift
+    xdotool windowfocus --sync "$id" 2>/dev/null || true
+    xdotool type --delay 30 "$*"
+}
+
+# The balloon state of the last good data frame on the wire, 0 before any.
+balloon_state() {
+    python3 - "$E2E_DIR/wire.log" <<'EOF'
+import sys
+state = 0
+try:
+    for line in open(sys.argv[1]):
+        w = line.split()
+        if len(w) >= 10 and w[1] == "data" and not (len(w) > 10 and w[10] == "corrupt"):
+            state = int(w[4], 16)
+except FileNotFoundError:
+    pass
+print(state)
+EOF
+}
+
+wait_balloon() {
+    local wanted=$1 timeout=${2:-30}
+    for _ in $(seq $((timeout * 5))); do
+        [ "$(balloon_state)" = "$wanted" ] && return 0
+        sleep 0.2
+    done
+    e2e_fail "the balloon never reached state $wanted"
+}
+
+# The commands the module received, one letter a line.
+sim_commands() {
+    awk '!/^#/ && NF >= 2 {print $2}' "$E2E_APP_DATA/sim/module-commands.log" 2>/dev/null
+}
+
+# One breath hold as the operator works it: the spacebar arms the balloon once the volume is
+# out of the hold's region ("A" reaches the module), the module closes at the threshold and
+# counts down, the balloon lets go.
+breath_hold() {
+    local main=$1 armed_before
+    armed_before=$(sim_commands | grep -c '^A$')
+    for _ in $(seq 40); do
+        keys_to "$main" space
+        sleep 0.4
+        [ "$(sim_commands | grep -c '^A$')" -gt "$armed_before" ] && break
+        # Not taken (the volume stood in the hold's region): the prompt comes back; try again.
+    done
+    [ "$(sim_commands | grep -c '^A$')" -gt "$armed_before" ] || e2e_fail "the console never armed"
+    wait_balloon 4 30
+    wait_balloon 1 60
+    e2e_log "a breath hold ran"
+}
