@@ -2,6 +2,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <algorithm>
+#include <cmath>
 
 #include "app/form1.h"
 #include "app/helpers.h"

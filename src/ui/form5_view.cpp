@@ -28,6 +28,11 @@ Form5View::Form5View(Form1& form_, Form5& model_, QWidget* parent)
 
     auto frame = [&](Control& c) {
         auto* box = new QGroupBox(this);
+        // The frame's face is the dialog's, so that the labels on it don't stand out as bands.
+        box->setStyleSheet(QStringLiteral(
+            "QGroupBox{background-color:rgb(224,224,224);border:1px solid rgb(160,160,160);"
+            "border-radius:3px;margin-top:16px;}"
+            "QGroupBox::title{subcontrol-origin:margin;left:8px;padding:0 3px;}"));
         c.font = Font{QStringLiteral("Liberation Sans"), 9, true};
         bound.emplace_back(&c, box);
         frames.emplace_back(&c, box);
@@ -109,9 +114,21 @@ Form5View::Form5View(Form1& form_, Form5& model_, QWidget* parent)
     button(m.button_cancel);
 
     sync();
-    TextBox& first = form.new_patient_loading ? m.Text_session : m.Text_last_name;
-    for (auto& [box, edit] : fields)
-        if (box == &first) edit->setFocus();
+}
+
+void Form5View::setVisible(bool visible) {
+    TextBox& first = model.form.new_patient_loading ? model.Text_session : model.Text_last_name;
+    QLineEdit* edit = nullptr;
+    for (auto& [box, widget] : fields)
+        if (box == &first) edit = widget;
+    if (visible && edit) edit->setFocus(Qt::OtherFocusReason);
+    QDialog::setVisible(visible);
+    // Showing hands the focus to the field as a tab would, which selects its text; the caret
+    // stays where the model put it instead, so that the suggested session is not overtyped.
+    if (visible && edit) {
+        edit->deselect();
+        edit->setCursorPosition(first.SelStart);
+    }
 }
 
 void Form5View::run(const char* source, const std::function<void()>& handler) {
@@ -133,7 +150,9 @@ void Form5View::sync() {
         if (edit->maxLength() != limit) edit->setMaxLength(limit);
         if (edit->text() != box->Text) edit->setText(box->Text);
         if (edit->cursorPosition() != box->SelStart) edit->setCursorPosition(box->SelStart);
-        const QString style = QStringLiteral("QLineEdit{color:%1;background-color:%2;}")
+        const QString style = QStringLiteral(
+                                  "QLineEdit{color:%1;background-color:%2;}QLineEdit:disabled{"
+                                  "color:rgb(128,128,128);}")
                                   .arg(css_colour(box->ForeColor), css_colour(box->BackColor));
         if (edit->styleSheet() != style) edit->setStyleSheet(style);
     }

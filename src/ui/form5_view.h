@@ -20,6 +20,8 @@ class Form5View final : public QDialog {
     // Puts the model's state on the widgets; closes the window once the model has unloaded.
     void sync();
 
+    void setVisible(bool visible) override;
+
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     // Escape and the window's close button count as Cancel, which asks before changes are lost.

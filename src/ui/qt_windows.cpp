@@ -10,8 +10,8 @@
 #include "app/form1.h"
 #include "ui/control_widgets.h"
 #include "ui/form13_view.h"
-#include "ui/form5_view.h"
 #include "ui/form1_view.h"
+#include "ui/form5_view.h"
 
 namespace zel {
 
@@ -43,7 +43,8 @@ QtWindows::~QtWindows() { remove_key_guard(); }
 void QtWindows::show_modal(Window window) {
     if (window == Window::Form5) {
         if (!form.form5) return;
-        new_patient = new Form5View(form, *form.form5, main_window.isVisible() ? &main_window : nullptr);
+        new_patient =
+            new Form5View(form, *form.form5, main_window.isVisible() ? &main_window : nullptr);
         new_patient->setAttribute(Qt::WA_DeleteOnClose);
         new_patient->exec();
         return;

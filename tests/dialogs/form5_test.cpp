@@ -23,8 +23,8 @@ struct DialogRig : Rig {
 
     explicit DialogRig(bool session_mode = false, QChar separator = QLatin1Char('.')) {
         fakes.locale.separator = separator;
-        form.number_format = separator == QLatin1Char(',') ? QStringLiteral("comma")
-                                                           : QStringLiteral("dot");
+        form.number_format =
+            separator == QLatin1Char(',') ? QStringLiteral("comma") : QStringLiteral("dot");
         form.data_directory = data.path();
         // Set by the console's start, as every constant of the design.
         form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
@@ -101,11 +101,20 @@ TEST(Form5Load, new_patient_mode_shows_the_console_values_and_session_one) {
 }
 
 TEST(Form5Load, the_threshold_shows_in_the_pattern_with_a_bare_separator) {
-    struct Case { float thresh; QChar separator; const char* shown; int scroll; };
+    struct Case {
+        float thresh;
+        QChar separator;
+        const char* shown;
+        int scroll;
+    };
     const Case cases[] = {
-        {1.0f, '.', "1.", 10},   {0.5f, '.', ".5", 5},  {0.0f, '.', ".", 0},
+        {1.0f, '.', "1.", 10},
+        {0.5f, '.', ".5", 5},
+        {0.0f, '.', ".", 0},
         // A single rounds from its own decimal form: 0.35 is not the 0.3499... of a double.
-        {0.35f, '.', ".4", 4},   {-2.5f, '.', "-2.5", -25}, {1.0f, ',', "1,", 10},
+        {0.35f, '.', ".4", 4},
+        {-2.5f, '.', "-2.5", -25},
+        {1.0f, ',', "1,", 10},
         {10.0f, '.', "10.", 100},
     };
     for (const auto& c : cases) {
@@ -144,13 +153,18 @@ TEST(Form5Load, session_mode_leaves_only_the_session_editable) {
 // ---- Numeric fields ---------------------------------------------------------------------------
 
 TEST(Form5BreathHold, the_range_is_tested_before_the_rounding) {
-    struct Case { const char* typed; const char* shown; int16_t kept; int message; };
+    struct Case {
+        const char* typed;
+        const char* shown;
+        int16_t kept;
+        int message;
+    };
     // 0 for no message; the field goes back to the kept value when refused.
     const Case cases[] = {
-        {"99", "99", 99, 0},     {"1", "1", 1, 0},        {"98.6", "99", 99, 0},
-        {"1.4", "1", 1, 0},      {"2.5", "3", 3, 0},      {" 7 ", "7", 7, 0},
-        {"99.4", "15", 15, 185}, {"0.6", "15", 15, 185},  {"100", "15", 15, 185},
-        {"-3", "15", 15, 185},   {"abc", "15", 15, 186},  {"1,5", "15", 15, 186},
+        {"99", "99", 99, 0},     {"1", "1", 1, 0},       {"98.6", "99", 99, 0},
+        {"1.4", "1", 1, 0},      {"2.5", "3", 3, 0},     {" 7 ", "7", 7, 0},
+        {"99.4", "15", 15, 185}, {"0.6", "15", 15, 185}, {"100", "15", 15, 185},
+        {"-3", "15", 15, 185},   {"abc", "15", 15, 186}, {"1,5", "15", 15, 186},
         {".", "15", 15, 186},    {"1e1", "10", 10, 0},
     };
     for (bool by_enter : {true, false}) {
@@ -173,7 +187,13 @@ TEST(Form5BreathHold, the_range_is_tested_before_the_rounding) {
 }
 
 TEST(Form5Threshold, the_rounding_comes_before_the_range_test) {
-    struct Case { const char* typed; const char* shown; float kept; int scroll; int message; };
+    struct Case {
+        const char* typed;
+        const char* shown;
+        float kept;
+        int scroll;
+        int message;
+    };
     const Case cases[] = {
         {"10.04", "10", 10.0f, 100, 0},     {"10", "10", 10.0f, 100, 0},
         {"10.06", "1.2", 1.2f, 12, 188},    {"10.05", "1.2", 1.2f, 12, 188},
@@ -198,7 +218,11 @@ TEST(Form5Threshold, the_rounding_comes_before_the_range_test) {
 }
 
 TEST(Form5Threshold, a_comma_machine_takes_the_comma_and_refuses_the_point) {
-    struct Case { const char* typed; const char* shown; int message; };
+    struct Case {
+        const char* typed;
+        const char* shown;
+        int message;
+    };
     const Case cases[] = {{"1,5", "1,5", 0}, {"1.5", "1,2", 186}, {"-0,25", "-0,2", 0}};
     for (const auto& c : cases) {
         DialogRig rig(false, QLatin1Char(','));
@@ -257,7 +281,10 @@ TEST(Form5ScrollBars, moving_a_bar_writes_its_field_and_the_value) {
 TEST(Form5TextFields, a_forbidden_character_typed_mid_name_is_removed_and_the_caret_stays) {
     DialogRig rig;
     Form5& f = rig.open();
-    struct Field { TextBox Form5::*box; QString Form5::*member; };
+    struct Field {
+        TextBox Form5::*box;
+        QString Form5::*member;
+    };
     const Field fields[] = {{&Form5::Text_last_name, &Form5::temp2},
                             {&Form5::Text_first_name, &Form5::temp4},
                             {&Form5::Text_medical_id, &Form5::temp3},
@@ -310,9 +337,12 @@ TEST(Form5TextFields, a_session_already_held_is_marked_in_session_mode) {
 // ---- The medical ID search --------------------------------------------------------------------
 
 TEST(Form5MedicalId, the_search_reads_the_first_parameter_file_of_each_folder) {
-    struct Case { const char* id; bool found; };
+    struct Case {
+        const char* id;
+        bool found;
+    };
     // "MR2" stands in a folder's second file, "MR3" under a foreign stamp: neither counts.
-    const Case cases[] = {{"MR1", true}, {"MR9", true}, {"MR2", false},
+    const Case cases[] = {{"MR1", true},  {"MR9", true},  {"MR2", false},
                           {"MR3", false}, {"mr1", false}, {"MR", false}};
     for (const auto& c : cases) {
         DialogRig rig;
@@ -350,7 +380,10 @@ TEST(Form5MedicalId, session_mode_does_not_search) {
 TEST(Form5Gating, the_two_boxes_are_one_exclusive_pair) {
     DialogRig rig;
     Form5& f = rig.open();
-    struct Step { Control Form5::*clicked; int automatic, manual; };
+    struct Step {
+        Control Form5::*clicked;
+        int automatic, manual;
+    };
     const Step steps[] = {{&Form5::Check_automatic, 1, 0},
                           {&Form5::Check_manual, 0, 1},
                           {&Form5::Check_manual, 0, 1},  // a ticked box stays ticked
@@ -378,7 +411,10 @@ TEST(Form5Trigger, the_options_set_the_trigger_direction) {
 // ---- Done -------------------------------------------------------------------------------------
 
 TEST(Form5Done, refuses_until_every_parameter_is_defined) {
-    struct Case { const char* name; std::function<void(Form5&)> undo; };
+    struct Case {
+        const char* name;
+        std::function<void(Form5&)> undo;
+    };
     const Case cases[] = {
         {"last name", [](Form5& f) { type(f, f.Text_last_name, QString()); }},
         {"blank first name", [](Form5& f) { type(f, f.Text_first_name, QStringLiteral("  ")); }},
@@ -466,9 +502,12 @@ TEST(Form5Done, a_failure_leaves_the_dialog_open_and_the_console_as_it_was) {
 }
 
 TEST(Form5Done, session_mode_checks_the_folder_and_the_session) {
-    struct Case { bool folder; const char* session; int message; };
-    const Case cases[] = {{false, "4", 196}, {true, "3", 140}, {true, " 3 ", 140},
-                          {true, "4", 0}};
+    struct Case {
+        bool folder;
+        const char* session;
+        int message;
+    };
+    const Case cases[] = {{false, "4", 196}, {true, "3", 140}, {true, " 3 ", 140}, {true, "4", 0}};
     for (const auto& c : cases) {
         DialogRig rig(true);
         rig.sessions_on_file = {QStringLiteral("3")};
@@ -494,7 +533,11 @@ TEST(Form5Done, session_mode_checks_the_folder_and_the_session) {
 // ---- Cancel -----------------------------------------------------------------------------------
 
 TEST(Form5Cancel, asks_only_when_something_was_changed) {
-    struct Case { bool change; int answer; bool closed; };
+    struct Case {
+        bool change;
+        int answer;
+        bool closed;
+    };
     // Buttons of the question: 0 Yes, 1 No.
     const Case cases[] = {{false, 1, true}, {true, 0, true}, {true, 1, false}};
     for (const auto& c : cases) {

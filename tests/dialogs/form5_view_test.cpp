@@ -1,5 +1,7 @@
 // The new patient dialog's window: it hands the operator's actions to the model and shows the
 // model's state; the rules are the model's.
+#include "ui/form5_view.h"
+
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
@@ -13,7 +15,6 @@
 
 #include "fakes/rig.h"
 #include "language/messages.h"
-#include "ui/form5_view.h"
 
 namespace zel::test {
 namespace {
@@ -82,6 +83,15 @@ TEST(Form5View, enter_in_a_numeric_field_tests_it_and_closes_nothing) {
     EXPECT_TRUE(rig.widget<QPushButton>(message_text(266))->isEnabled());
 }
 
+TEST(Form5View, session_mode_puts_the_caret_behind_the_suggested_session) {
+    ViewRig rig(true);
+    QLineEdit* session = rig.widget<QLineEdit>(QStringLiteral("4"));
+    ASSERT_NE(session, nullptr);
+    EXPECT_EQ(rig.view->focusWidget(), session);
+    EXPECT_FALSE(session->hasSelectedText());
+    EXPECT_EQ(session->cursorPosition(), 1);
+}
+
 // Every caption fits its control; with ZEL_SCREENSHOT_DIR set, the two modes are saved as
 // pictures for a look.
 TEST(Form5View, every_caption_fits_in_both_modes) {
@@ -101,11 +111,9 @@ TEST(Form5View, every_caption_fits_in_both_modes) {
         for (QLabel* label : rig.view->findChildren<QLabel*>())
             EXPECT_LE(label->sizeHint().width(), label->width()) << label->text().toStdString();
         for (QAbstractButton* button : rig.view->findChildren<QAbstractButton*>())
-            EXPECT_LE(button->sizeHint().width(), button->width())
-                << button->text().toStdString();
+            EXPECT_LE(button->sizeHint().width(), button->width()) << button->text().toStdString();
         for (QGroupBox* box : rig.view->findChildren<QGroupBox*>())
-            EXPECT_LE(box->minimumSizeHint().width(), box->width())
-                << box->title().toStdString();
+            EXPECT_LE(box->minimumSizeHint().width(), box->width()) << box->title().toStdString();
         for (QLineEdit* edit : rig.view->findChildren<QLineEdit*>())
             EXPECT_LE(edit->fontMetrics().horizontalAdvance(edit->text()) + 8, edit->width())
                 << edit->text().toStdString();
