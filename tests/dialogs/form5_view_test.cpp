@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -12,9 +13,13 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include "fakes/rig.h"
 #include "language/messages.h"
+#include "platform/qt_chart_surface.h"
+#include "ui/form1_view.h"
+#include "ui/qt_windows.h"
 
 namespace zel::test {
 namespace {
@@ -81,6 +86,26 @@ TEST(Form5View, enter_in_a_numeric_field_tests_it_and_closes_nothing) {
     EXPECT_EQ(hold->text(), QStringLiteral("99"));
     EXPECT_TRUE(rig.view->isVisible());
     EXPECT_TRUE(rig.widget<QPushButton>(message_text(266))->isEnabled());
+}
+
+TEST(Form5View, the_console_shows_it_modally_until_cancel_closes_it) {
+    Rig rig;
+    QTemporaryDir data;
+    rig.form.data_directory = data.path();
+    rig.form.number_format = QStringLiteral("dot");
+    rig.form.form5 = std::make_unique<Form5>(rig.form);
+    rig.form.form5->Form_Load();
+    QtChartSurface surface(870, 499);
+    Form1View main_window(rig.form, surface);
+    QtWindows windows(rig.form, main_window);
+    QTimer::singleShot(0, [] {
+        auto* dialog = dynamic_cast<Form5View*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        for (QPushButton* button : dialog->findChildren<QPushButton*>())
+            if (button->text() == message_text(114)) button->click();
+    });
+    windows.show_modal(Window::Form5);
+    EXPECT_TRUE(rig.form.form5->Cancel_status);
 }
 
 TEST(Form5View, session_mode_puts_the_caret_behind_the_suggested_session) {
