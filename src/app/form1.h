@@ -14,6 +14,7 @@
 #include "app/zel_error.h"
 #include "breathhold/cycle_state.h"
 #include "data/settings_state.h"
+#include "dialogs/form5.h"
 #include "display/display_state.h"
 #include "gating/gating_state.h"
 #include "language/language_state.h"
@@ -162,6 +163,12 @@ public:
     void show_Form2();  // start recording?
     void show_Form9();  // save the settings as the defaults?
     void show_Form_ConfirmCancel();  // discard the changes? into confirm_cancel
+
+    // The new-patient dialog (dialogs).
+    // Opens Form5 fresh, in the mode that new_patient_loading chooses, and returns when it is
+    // closed; form5 stays until the next opening, so that the caller reads Cancel_status.
+    void show_Form5();
+    std::unique_ptr<Form5> form5;
 
     // The system check window while it stands.
     Form13 form13;

@@ -12,6 +12,7 @@ enum class Window {
     Form_OverRide_Enable,
     Form_OverRide_Disable,
     Form_FastGatingClear,
+    Form5,
 };
 
 class Windows {

@@ -11,6 +11,7 @@
 #include "ui/control_widgets.h"
 #include "ui/form13_view.h"
 #include "ui/form1_view.h"
+#include "ui/form5_view.h"
 
 namespace zel {
 
@@ -40,6 +41,14 @@ QtWindows::QtWindows(Form1& form_, Form1View& main_window_)
 QtWindows::~QtWindows() { remove_key_guard(); }
 
 void QtWindows::show_modal(Window window) {
+    if (window == Window::Form5) {
+        if (!form.form5) return;
+        new_patient =
+            new Form5View(form, *form.form5, main_window.isVisible() ? &main_window : nullptr);
+        new_patient->setAttribute(Qt::WA_DeleteOnClose);
+        new_patient->exec();
+        return;
+    }
     QPointer<QDialog>& slot = window == Window::Form6 ? banner : system_check;
     if (window == Window::Form6)
         slot = new Form6View(main_window.isVisible() ? &main_window : nullptr);
@@ -50,6 +59,10 @@ void QtWindows::show_modal(Window window) {
 }
 
 void QtWindows::unload(Window window) {
+    if (window == Window::Form5) {
+        if (new_patient) new_patient->done(QDialog::Accepted);
+        return;
+    }
     if (window != Window::Form6 && window != Window::Form13) {
         if (auto open = messages.find(window); open != messages.end() && open->second)
             open->second->done(QDialog::Rejected);

@@ -32,6 +32,7 @@ private:
     Form1View& main_window;
     QPointer<QDialog> banner;
     QPointer<QDialog> system_check;
+    QPointer<QDialog> new_patient;
     std::map<Window, QPointer<QDialog>> messages;
     std::unique_ptr<KeyGuardFilter> key_guard;
 };

@@ -10,6 +10,7 @@ QString name(Window window) {
         case Window::Form_OverRide_Enable: return QStringLiteral("Form_OverRide_Enable");
         case Window::Form_OverRide_Disable: return QStringLiteral("Form_OverRide_Disable");
         case Window::Form_FastGatingClear: return QStringLiteral("Form_FastGatingClear");
+        case Window::Form5: return QStringLiteral("Form5");
     }
     return QStringLiteral("?");
 }
