@@ -147,10 +147,27 @@ public:
     // The system check window's exit button.
     void Form13_Command1_Click();
 
+    // The patient's parameter file (data).
+    void save_patient_parameters();
+    // Runs the load's tests on patient_parameter_filename and fills the holding area; false
+    // when a test refused the file, after its report. Failures of reading are thrown.
+    bool read_patient_parameter_file();
+    void take_over_holding_area();
+    void show_patient_file_message(Window window, const QStringList& texts);
     // The patient workflow (app).
     void load_existing_patient_Click();
     void create_new_patient_Click();
-    void save_session_history();
+    void save_session();
+    void load_chosen_patient();
+    // The names, session and medical ID of the patient in force on the main window.
+    void show_patient_labels();
+    // The session history (data).
+    QString sessionfile(const QString& last, const QString& first, const QString& id) const;
+    bool write_session_entry(const QString& path);
+    QString get_next_sessionID(const QString& last, const QString& first, const QString& id);
+    bool checkIfSessionExists(const QString& id);
+    bool session_exists(const QString& path, const QString& id);
+    void report_session_history_failure(const char* source);
     void save_settings_as_default_Click();
     // The start common to creating and loading: the session question, then the patient undone.
     // False when the present patient stays.

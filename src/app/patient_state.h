@@ -17,6 +17,9 @@ struct PatientState {
     QString patient_medical_id;
     QString patient_parameter_filename;
     QString session;
+    // The history file's path followed by the session, at the last entry written: a second
+    // save of the same session replaces its entry.
+    QString session_id_saved;
     bool bRecord = false;
 
     // Holding area filled while a parameter file is read.

@@ -160,7 +160,7 @@ void Form1::zel_exit_Click() {
     if (patient_defined) {
         show_Form8();
         if (save_session_response == vbCancel) return;
-        if (save_session_response == vbYes) save_session_history();
+        if (save_session_response == vbYes) save_session();
 
         const bool recording = cmdPause.Enabled && !cmdRecord.Enabled;
         if (recording && curve_file) {

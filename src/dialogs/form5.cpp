@@ -567,6 +567,18 @@ void Form5::unload() {
 
 void Form1::show_Form5() {
     form5 = std::make_unique<Form5>(*this);
+    form5->get_next_sessionID = [this](const QString& last, const QString& first,
+                                       const QString& id) {
+        return get_next_sessionID(last, first, id);
+    };
+    // A new session belongs to the patient being loaded, whose names are still in the holding
+    // area: its history, not that of the patient before, holds the duplicates.
+    form5->checkIfSessionExists = [this](const QString& id) {
+        if (!new_patient_loading) return checkIfSessionExists(id);
+        return session_exists(
+            sessionfile(temp_patient_last_name, temp_patient_first_name, temp_patient_medical_id),
+            id);
+    };
     form5->Form_Load();
     platform.windows.show_modal(Window::Form5);
 }

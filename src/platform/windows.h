@@ -13,6 +13,9 @@ enum class Window {
     Form_OverRide_Disable,
     Form_FastGatingClear,
     Form5,
+    Form_CorruptInfo,
+    Form_WrongVersion,
+    Form_NumberFormatWarning,
 };
 
 class Windows {

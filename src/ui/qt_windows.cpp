@@ -89,7 +89,9 @@ int QtWindows::show_message(Window window, const QString& caption, const QString
     int pressed = -1;
     for (int k = 0; k < buttons.size(); ++k) {
         QPushButton* button = box->addButton(buttons[k], QDialogButtonBox::ActionRole);
-        button->setAutoDefault(false);
+        // Return presses the button that has the focus (Tab moves it); none is pressed by a
+        // Return typed while no button has it. The spacebar is the patient's key.
+        button->setAutoDefault(true);
         QObject::connect(button, &QPushButton::clicked, &dialog, [&dialog, &pressed, k] {
             pressed = k;
             dialog.accept();
@@ -125,7 +127,9 @@ int QtWindows::ask(const QString& caption, const QString& question, const QStrin
     int pressed = static_cast<int>(buttons.size()) - 1;
     for (int k = 0; k < buttons.size(); ++k) {
         QPushButton* button = box->addButton(buttons[k], QDialogButtonBox::ActionRole);
-        button->setAutoDefault(false);
+        // Return presses the button that has the focus (Tab moves it); none is pressed by a
+        // Return typed while no button has it. The spacebar is the patient's key.
+        button->setAutoDefault(true);
         QObject::connect(button, &QPushButton::clicked, &dialog, [&dialog, &pressed, k] {
             pressed = k;
             dialog.accept();

@@ -11,6 +11,9 @@ QString name(Window window) {
         case Window::Form_OverRide_Disable: return QStringLiteral("Form_OverRide_Disable");
         case Window::Form_FastGatingClear: return QStringLiteral("Form_FastGatingClear");
         case Window::Form5: return QStringLiteral("Form5");
+        case Window::Form_CorruptInfo: return QStringLiteral("Form_CorruptInfo");
+        case Window::Form_WrongVersion: return QStringLiteral("Form_WrongVersion");
+        case Window::Form_NumberFormatWarning: return QStringLiteral("Form_NumberFormatWarning");
     }
     return QStringLiteral("?");
 }

@@ -1,0 +1,78 @@
+#include "data/session_history_file.h"
+
+#include "app/helpers.h"
+#include "app/zel_error.h"
+#include "data/locale_number.h"
+#include "data/profile_file.h"
+
+namespace zel {
+
+namespace {
+
+const QString header_section = QStringLiteral("HEADER");
+const QString total_key = QStringLiteral("TOTAL_SESSIONS");
+const QString id_key = QStringLiteral("ID");
+
+}  // namespace
+
+QString sessionfile(const QString& data_directory, const QString& last, const QString& first,
+                    const QString& id) {
+    return data_directory + QLatin1Char('/') + last + QLatin1Char('_') + first +
+           QLatin1Char('_') + id + QStringLiteral("/session.ini");
+}
+
+QString session_section(int n) {
+    return QStringLiteral("********************SESSION********************") + QString::number(n);
+}
+
+int16_t read_total_sessions(const QString& path) {
+    const QString text = read_profile_string(path, header_section, total_key, QString());
+    if (text.isEmpty()) return 0;
+    // The count is written by this console with a point or without decimals at all.
+    return round_to_int16(locale_number(text, QLatin1Char('.'), "read_total_sessions"));
+}
+
+QString read_session_id(const QString& path, int n) {
+    return read_profile_string(path, session_section(n), id_key, QString());
+}
+
+bool numeric_session_id(const QString& text, QChar separator, double& value) {
+    if (text.trimmed().isEmpty()) return false;
+    try {
+        value = locale_number(text, separator, "numeric_session_id");
+        return true;
+    } catch (const ZelError&) {
+        return false;
+    }
+}
+
+bool write_session_entry(const QString& path, const QString& session, const SessionEntry& entry,
+                         QString& session_id_saved) {
+    const QString key = path + session;
+    int n = read_total_sessions(path);
+    if (key != session_id_saved) ++n;
+    const QString section = session_section(n);
+    const std::pair<const char*, const QString*> values[] = {
+        {"ID", &entry.id},
+        {"Date", &entry.date},
+        {"Threshold", &entry.threshold},
+        {"Breath_Hold_Duration", &entry.duration},
+        {"Trigger_on_Inhale", &entry.trigger},
+        {"Number_of_breath_holds", &entry.breath_holds},
+        {"Gating Mode", &entry.gating_mode},
+    };
+    for (const auto& [name, value] : values) {
+        if (!write_profile_string(path, section, QString::fromLatin1(name), *value)) {
+            // No half entry stays behind to be counted or shown.
+            delete_profile_section(path, section);
+            return false;
+        }
+    }
+    if (!write_profile_string(path, header_section, total_key,
+                              QLatin1Char(' ') + QString::number(n)))
+        return false;
+    session_id_saved = key;
+    return true;
+}
+
+}  // namespace zel
