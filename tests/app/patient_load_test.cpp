@@ -74,7 +74,7 @@ TEST(PatientCreate, writes_the_patient_files_and_puts_the_patient_in_force) {
     rig.create();
     ASSERT_TRUE(rig.form.patient_defined);
     EXPECT_TRUE(QFileInfo(rig.zel()).exists());
-    EXPECT_FALSE(QFileInfo(rig.zel()).isWritable());
+    EXPECT_FALSE(QFile::permissions(rig.zel()) & QFile::WriteOwner);  // read-only
     EXPECT_TRUE(QFileInfo::exists(rig.folder() + QStringLiteral("/Doe.sfv")));
     EXPECT_EQ(rig.form.Label_last_name.Caption, QStringLiteral("Doe"));
     EXPECT_EQ(rig.form.label_session.Caption, message_text(201) + QStringLiteral(" 1"));
@@ -200,8 +200,9 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
             case garbage: lines[7] = QStringLiteral("Breath Hold Duration: long "); break;
             case cancel: break;
         }
-        if (c.spoil == other_version || c.spoil == comma_format || c.spoil == garbage)
+        if (c.spoil == other_version || c.spoil == comma_format || c.spoil == garbage) {
             ASSERT_TRUE(write_patient_files(rig.zel(), lines));
+        }
         rig.fakes.windows.log.clear();
         rig.fakes.windows.message_texts.clear();
         rig.load(c.spoil == cancel ? QString() : rig.zel());
@@ -210,10 +211,11 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
         EXPECT_EQ(QFileInfo::exists(rig.quarantine() + QStringLiteral("/Doe_Jane_A1/Doe.zel")),
                   c.quarantined)
             << c.spoil;
-        if (c.window)
+        if (c.window) {
             EXPECT_TRUE(rig.fakes.windows.log.contains(QStringLiteral("show ") +
                                                        QString::fromLatin1(c.window)))
                 << c.spoil << rig.fakes.windows.log.join(QLatin1Char('|')).toStdString();
+        }
         EXPECT_EQ(rig.fakes.boxes.shown,
                   c.box ? QStringList{message_text(c.box)} : QStringList{})
             << c.spoil;
@@ -222,10 +224,11 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
         EXPECT_TRUE(rig.form.Timer_module_connect->Enabled() ||
                     rig.form.Timer_HeartBeat->Enabled())
             << c.spoil;
-        if (c.spoil == comma_format)
+        if (c.spoil == comma_format) {
             EXPECT_EQ(rig.fakes.windows.message_texts.back(),
                       (QStringList{message_text(343), message_text(345) + QStringLiteral(" dot"),
                                    message_text(344) + QStringLiteral(" comma")}));
+        }
     }
 }
 
