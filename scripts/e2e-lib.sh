@@ -153,22 +153,25 @@ wait_balloon() {
 
 # The commands the module received, one letter a line.
 sim_commands() {
-    awk '!/^#/ && NF >= 2 {print $2}' "$E2E_APP_DATA/sim/module-commands.log" 2>/dev/null
+    awk '!/^#/ && NF >= 2 {print $2}' "$E2E_APP_DATA/sim/module-commands.log" 2>/dev/null || true
 }
+
+# How many times the module was armed ("A").
+armed_count() { sim_commands | awk '$0 == "A" {n++} END {print n + 0}'; }
 
 # One breath hold as the operator works it: the spacebar arms the balloon once the volume is
 # out of the hold's region ("A" reaches the module), the module closes at the threshold and
 # counts down, the balloon lets go.
 breath_hold() {
     local main=$1 armed_before
-    armed_before=$(sim_commands | grep -c '^A$')
+    armed_before=$(armed_count)
     for _ in $(seq 40); do
         keys_to "$main" space
         sleep 0.4
-        [ "$(sim_commands | grep -c '^A$')" -gt "$armed_before" ] && break
+        [ "$(armed_count)" -gt "$armed_before" ] && break
         # Not taken (the volume stood in the hold's region): the prompt comes back; try again.
     done
-    [ "$(sim_commands | grep -c '^A$')" -gt "$armed_before" ] || e2e_fail "the console never armed"
+    [ "$(armed_count)" -gt "$armed_before" ] || e2e_fail "the console never armed"
     wait_balloon 4 30
     wait_balloon 1 60
     e2e_log "a breath hold ran"

@@ -57,11 +57,11 @@ replace_field() {  # window x y text: the field's text replaced and entered
 }
 
 keys_to "$main" alt+f c  # Create New Patient
-dialog=$(wait_window "Create New Patient")
+dialog=$(wait_window "ZEL Patient Settings")  # the new-patient dialog
 replace_field "$dialog" 263 48 Doe
 replace_field "$dialog" 263 82 Jane
 replace_field "$dialog" 263 116 A1
-click_at "$dialog" 263 255  # Manual gating
+click_at "$dialog" 194 255  # Manual gating, on its box
 replace_field "$dialog" 218 348 15
 replace_field "$dialog" 218 390 1.5
 click_at "$dialog" 350 510  # Save

@@ -148,8 +148,13 @@ void Form5View::sync() {
                               ? std::max(box->MaxLength, static_cast<int>(box->Text.size()))
                               : 32767;
         if (edit->maxLength() != limit) edit->setMaxLength(limit);
-        if (edit->text() != box->Text) edit->setText(box->Text);
-        if (edit->cursorPosition() != box->SelStart) edit->setCursorPosition(box->SelStart);
+        const bool text_changed = edit->text() != box->Text;
+        if (text_changed) edit->setText(box->Text);
+        const auto synced = synced_caret.find(box);
+        const bool caret_moved = synced == synced_caret.end() || synced->second != box->SelStart;
+        if ((text_changed || caret_moved) && edit->cursorPosition() != box->SelStart)
+            edit->setCursorPosition(box->SelStart);
+        synced_caret[box] = box->SelStart;
         const QString style = QStringLiteral(
                                   "QLineEdit{color:%1;background-color:%2;}QLineEdit:disabled{"
                                   "color:rgb(128,128,128);}")

@@ -1,6 +1,7 @@
 #pragma once
 // The Create New Patient dialog on screen: renders Form5 and hands it what the operator does.
 #include <QDialog>
+#include <map>
 #include <vector>
 
 #include "dialogs/form5.h"
@@ -32,6 +33,9 @@ class Form5View final : public QDialog {
     Form5& model;
     std::vector<std::pair<Control*, QWidget*>> bound;
     std::vector<std::pair<TextBox*, QLineEdit*>> fields;
+    // The caret each field was last given, so that a selection the operator made stands until
+    // the model moves the caret or changes the text.
+    std::map<const TextBox*, int> synced_caret;
     std::vector<std::pair<ScrollBar*, QScrollBar*>> bars;
     std::vector<std::pair<Control*, QAbstractButton*>> ticks;
     std::vector<std::pair<Control*, QGroupBox*>> frames;

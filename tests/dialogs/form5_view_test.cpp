@@ -88,6 +88,20 @@ TEST(Form5View, enter_in_a_numeric_field_tests_it_and_closes_nothing) {
     EXPECT_TRUE(rig.widget<QPushButton>(message_text(266))->isEnabled());
 }
 
+TEST(Form5View, a_selection_made_with_the_keyboard_is_typed_over) {
+    ViewRig rig(false);
+    QLineEdit* threshold = rig.widget<QLineEdit>(QStringLiteral("1.2"));
+    ASSERT_NE(threshold, nullptr);
+    threshold->setFocus();
+    threshold->setCursorPosition(0);
+    // Ctrl+A is a key the model sees (it disables Done); the selection must survive it.
+    QTest::keyClick(threshold, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(threshold, QStringLiteral("1.5"));
+    QTest::keyClick(threshold, Qt::Key_Return);
+    EXPECT_EQ(threshold->text(), QStringLiteral("1.5"));
+    EXPECT_FLOAT_EQ(rig.form.form5->threshold_temp, 1.5f);
+}
+
 TEST(Form5View, the_console_shows_it_modally_until_cancel_closes_it) {
     Rig rig;
     QTemporaryDir data;
