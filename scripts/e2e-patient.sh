@@ -5,7 +5,8 @@
 #   of 1.5 L and a hold of 15 s; two breath holds; Exit, saving the session;
 #   a second start: the patient loaded through the file chooser, session 2, one breath hold;
 #   Exit, saving the session.
-# Then the patient's files are checked. Needs a build (scripts/build.sh). Exits 0 only when all
+# Then the patient's files are checked; DIR/new-patient.png and DIR/new-session.png show the
+# dialog in its two modes. Needs a build (scripts/build.sh). Exits 0 only when all
 # of it happened.
 #   scripts/e2e-patient.sh DIR
 set -euo pipefail
@@ -64,6 +65,7 @@ replace_field "$dialog" 263 116 A1
 click_at "$dialog" 194 255  # Manual gating, on its box
 replace_field "$dialog" 218 348 15
 replace_field "$dialog" 218 390 1.5
+import -window root "$E2E_DIR/new-patient.png"
 click_at "$dialog" 350 510  # Save
 wait_gone "$dialog"
 question=$(wait_window "Zelmoor  ")  # start recording?
@@ -91,6 +93,7 @@ type_to "$chooser" "$patient/Doe.zel"
 keys_to "$chooser" Return
 wait_gone "$chooser"
 dialog=$(wait_window "ZEL Patient Settings")
+import -window root "$E2E_DIR/new-session.png"
 click_at "$dialog" 350 510  # Done, with the session suggested
 wait_gone "$dialog"
 question=$(wait_window "Zelmoor  ")
