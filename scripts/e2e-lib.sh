@@ -7,6 +7,11 @@
 #   wait_gone ID       waits until the window is gone
 #   sim_line TEXT      one more line for the running simulator's script
 #   balloon_state      the balloon state of the last good data frame on the wire
+#   first_start FOLDER the first start's messages answered, FOLDER chosen for the patients,
+#                      the defaults saved; prints the main window's id
+#   create_patient MAIN LAST FIRST ID manual|automated SECONDS LITRES yes|no
+#                      the new-patient dialog filled and saved, recording started or not
+#   exit_console MAIN yes|no   File, Exit, the session saved or not; waits for the end
 
 e2e_fail() {
     echo "e2e: FAILED: $*" >&2
@@ -175,4 +180,73 @@ breath_hold() {
     wait_balloon 4 30
     wait_balloon 1 60
     e2e_log "a breath hold ran"
+}
+
+# A click at a place of a window; a click in a field gives it the focus.
+click_at() {
+    xdotool mousemove --window "$1" "$2" "$3" click 1
+    sleep 0.2
+}
+
+# The field's text replaced and entered: window x y text.
+replace_field() {
+    click_at "$1" "$2" "$3"
+    xdotool key ctrl+a
+    xdotool type --delay 30 "$4"
+    xdotool key Return
+}
+
+first_start() {
+    local folder=$1 box chooser main question
+    box=$(wait_window "Zelmoor")  # no settings file yet: save the defaults from the File menu
+    keys_to "$box" Return
+    wait_gone "$box"
+    box=$(wait_window "Zelmoor")  # no patient folder chosen yet
+    keys_to "$box" Return
+    wait_gone "$box"
+    chooser=$(wait_window "Select Patient Data Path")
+    type_to "$chooser" "$folder"
+    keys_to "$chooser" Return
+    wait_gone "$chooser"
+    e2e_log "the patient folder was chosen"
+    main=$(wait_window "Zelmoor  3.00.01" 60)
+    question=$(wait_window "Zelmoor  ")  # load, create or cancel
+    keys_to "$question" Tab Tab Return   # Cancel
+    wait_gone "$question"
+    keys_to "$main" alt+f s  # Save System Setting as Default
+    question=$(wait_window "Zelmoor  ")
+    keys_to "$question" Return  # Yes
+    wait_gone "$question"
+    [ -f "$E2E_APP_DATA/zel.ini" ] || e2e_fail "the defaults were not saved"
+    e2e_log "the defaults were saved"
+    echo "$main"
+}
+
+# The new-patient dialog places its controls at fixed pixels.
+create_patient() {
+    local main=$1 last=$2 first=$3 id=$4 gating=$5 seconds=$6 litres=$7 record=$8 dialog question
+    keys_to "$main" alt+f c  # Create New Patient
+    dialog=$(wait_window "ZEL Patient Settings")
+    replace_field "$dialog" 263 48 "$last"
+    replace_field "$dialog" 263 82 "$first"
+    replace_field "$dialog" 263 116 "$id"
+    if [ "$gating" = automated ]; then click_at "$dialog" 28 255; else click_at "$dialog" 194 255; fi
+    replace_field "$dialog" 218 348 "$seconds"
+    replace_field "$dialog" 218 390 "$litres"
+    import -window root "$E2E_DIR/new-patient.png"
+    click_at "$dialog" 350 510  # Save
+    wait_gone "$dialog"
+    question=$(wait_window "Zelmoor  ")  # start recording?
+    if [ "$record" = yes ]; then keys_to "$question" Return; else keys_to "$question" Tab Return; fi
+    wait_gone "$question"
+    [ -f "$E2E_PATIENTS/${last}_${first}_${id}/$last.zel" ] || e2e_fail "the patient file was not written"
+    e2e_log "the patient $last was created ($gating, recording: $record)"
+}
+
+exit_console() {
+    local main=$1 save=$2 question
+    keys_to "$main" alt+f e  # Exit
+    question=$(wait_window "Zelmoor  ")  # save the session history?
+    if [ "$save" = yes ]; then keys_to "$question" Return; else keys_to "$question" Tab Return; fi
+    wait_console_end 20
 }

@@ -16,71 +16,20 @@ cd "$(dirname "$0")/.."
 
 e2e_start "$1"
 rm -rf "$E2E_DIR/patients" "$E2E_APP_DATA/zel.ini" "$E2E_APP_DATA/datapath.ini"
-mkdir -p "$E2E_DIR/patients"
-patient=$E2E_DIR/patients/Doe_Jane_A1
+E2E_PATIENTS=$E2E_DIR/patients
+mkdir -p "$E2E_PATIENTS"
+patient=$E2E_PATIENTS/Doe_Jane_A1
 
 echo "# quiet breathing" >"$E2E_DIR/sim-script.txt"
 e2e_sim "$E2E_DIR/sim-script.txt"
 
 # ---- First start ---------------------------------------------------------------------------
 e2e_console
-box=$(wait_window "Zelmoor")  # no settings file yet: save the defaults from the File menu
-keys_to "$box" Return
-wait_gone "$box"
-box=$(wait_window "Zelmoor")  # no patient folder chosen yet
-keys_to "$box" Return
-wait_gone "$box"
-chooser=$(wait_window "Select Patient Data Path")
-type_to "$chooser" "$E2E_DIR/patients"
-keys_to "$chooser" Return
-wait_gone "$chooser"
-e2e_log "the patient folder was chosen"
-
-main=$(wait_window "Zelmoor  3.00.01" 60)
-question=$(wait_window "Zelmoor  ")  # load, create or cancel
-keys_to "$question" Tab Tab Return  # Cancel
-wait_gone "$question"
-
-keys_to "$main" alt+f s  # Save System Setting as Default
-question=$(wait_window "Zelmoor  ")
-keys_to "$question" Return  # Yes
-wait_gone "$question"
-[ -f "$E2E_APP_DATA/zel.ini" ] || e2e_fail "the defaults were not saved"
-e2e_log "the defaults were saved"
-
-# Form5 places its controls at fixed pixels; a click puts the focus in a field.
-click_at() { xdotool mousemove --window "$1" "$2" "$3" click 1; sleep 0.2; }
-replace_field() {  # window x y text: the field's text replaced and entered
-    click_at "$1" "$2" "$3"
-    xdotool key ctrl+a
-    xdotool type --delay 30 "$4"
-    xdotool key Return
-}
-
-keys_to "$main" alt+f c  # Create New Patient
-dialog=$(wait_window "ZEL Patient Settings")  # the new-patient dialog
-replace_field "$dialog" 263 48 Doe
-replace_field "$dialog" 263 82 Jane
-replace_field "$dialog" 263 116 A1
-click_at "$dialog" 194 255  # Manual gating, on its box
-replace_field "$dialog" 218 348 15
-replace_field "$dialog" 218 390 1.5
-import -window root "$E2E_DIR/new-patient.png"
-click_at "$dialog" 350 510  # Save
-wait_gone "$dialog"
-question=$(wait_window "Zelmoor  ")  # start recording?
-keys_to "$question" Tab Return  # No
-wait_gone "$question"
-[ -f "$patient/Doe.zel" ] || e2e_fail "the patient file was not written"
-e2e_log "the patient was created"
-
+main=$(first_start "$E2E_PATIENTS")
+create_patient "$main" Doe Jane A1 manual 15 1.5 no
 breath_hold "$main"
 breath_hold "$main"
-
-keys_to "$main" alt+f e  # Exit
-question=$(wait_window "Zelmoor  ")  # save the session history?
-keys_to "$question" Return  # Yes
-wait_console_end 20
+exit_console "$main" yes
 e2e_log "the console ended after the first session"
 
 # ---- Second start: the patient loaded --------------------------------------------------------
@@ -102,11 +51,7 @@ wait_gone "$question"
 e2e_log "the patient was loaded"
 
 breath_hold "$main"
-
-keys_to "$main" alt+f e
-question=$(wait_window "Zelmoor  ")
-keys_to "$question" Return
-wait_console_end 20
+exit_console "$main" yes
 
 # ---- What the patient's folder holds ---------------------------------------------------------
 python3 - "$patient" <<'EOF' || e2e_fail "the patient's files are not as they should be"
