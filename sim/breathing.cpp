@@ -22,6 +22,7 @@ double Breathing::shape(double p) const {
 }
 
 double Breathing::lung_volume() const {
+    if (played) return played->volume_at(played_seconds);
     return pattern.rest_litres + pattern.amplitude_litres * depth_scale * shape(phase);
 }
 
@@ -31,17 +32,29 @@ void Breathing::start_next_breath() {
     length_scale = std::clamp(variation(random), 0.85, 1.15);
 }
 
+void Breathing::replay(std::shared_ptr<const CurveReplay> curve) {
+    played = std::move(curve);
+    played_seconds = 0.0;
+}
+
 int Breathing::step(double dt, bool airway_closed) {
     if (airway_closed) return 0;
-    const double period = std::max(0.5, pattern.period_seconds) * length_scale;
-    phase += dt / period;
-    if (phase >= 1.0) {
-        phase -= std::floor(phase);
-        // A new breath begins at rest, so its depth can change without a jump.
-        start_next_breath();
+    double now = 0.0;
+    if (played) {
+        // The recording holds its own noise.
+        played_seconds += dt;
+        now = lung_volume();
+    } else {
+        const double period = std::max(0.5, pattern.period_seconds) * length_scale;
+        phase += dt / period;
+        if (phase >= 1.0) {
+            phase -= std::floor(phase);
+            // A new breath begins at rest, so its depth can change without a jump.
+            start_next_breath();
+        }
+        std::normal_distribution<double> noise(0.0, std::max(0.0, pattern.noise_litres));
+        now = lung_volume() + noise(random);
     }
-    std::normal_distribution<double> noise(0.0, std::max(0.0, pattern.noise_litres));
-    const double now = lung_volume() + noise(random);
     pulses_owed += (now - measured) / litres_per_pulse;
     measured = now;
     const int whole = static_cast<int>(std::trunc(pulses_owed));

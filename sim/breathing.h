@@ -2,7 +2,10 @@
 // The patient's breathing as the module's turbine sees it, and the module's integration of
 // the turbine's pulses into a volume.
 #include <cstdint>
+#include <memory>
 #include <random>
+
+#include "curve_replay.h"
 
 namespace zelsim {
 
@@ -31,6 +34,10 @@ class Breathing {
     // The lung volume of the model without noise, in litres.
     double lung_volume() const;
 
+    // A recorded curve breathes in place of the model, from its start; null: the model again.
+    void replay(std::shared_ptr<const CurveReplay> curve);
+    const CurveReplay* replaying() const { return played.get(); }
+
   private:
     double shape(double phase) const;
     void start_next_breath();
@@ -41,6 +48,8 @@ class Breathing {
     double length_scale = 1.0;
     double measured = 0.0;  // litres, as the turbine has turned so far
     double pulses_owed = 0.0;
+    std::shared_ptr<const CurveReplay> played;
+    double played_seconds = 0.0;  // stands still while the airway is closed
 };
 
 // The module's integrator: pulses times the uploaded calibration factor for their direction.

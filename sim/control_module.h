@@ -67,6 +67,8 @@ class ControlModule {
     Supplies supplies;
     BreathingPattern& breathing() { return patient.pattern; }
     const BreathingPattern& breathing() const { return patient.pattern; }
+    Breathing& patient_breathing() { return patient; }
+    const Breathing& patient_breathing() const { return patient; }
     double corrupt_rate = 0.0;  // fraction of frames sent with a wrong checksum
     double noise_rate = 0.0;    // fraction of gaps between frames that get noise bytes
     bool wrong_echo = false;    // the status frame echoes a threshold one unit off

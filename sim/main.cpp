@@ -125,8 +125,12 @@ int main(int argc, char** argv) {
         QStringLiteral("write-log"),
         QStringLiteral("Log of every write to the line with the monotonic clock, for timing."),
         QStringLiteral("file"));
+    const QCommandLineOption replay_option(
+        QStringLiteral("replay"),
+        QStringLiteral("The patient breathes this curve file, recorded by the console, looping."),
+        QStringLiteral("file"));
     parser.addOptions({headless_option, script_option, app_data_option, port_option, seed_option,
-                       command_log_option, wire_log_option, write_log_option});
+                       command_log_option, wire_log_option, write_log_option, replay_option});
     parser.process(*app);
 
     zelsim::HostOptions options;
@@ -141,6 +145,7 @@ int main(int argc, char** argv) {
     QObject::connect(&host, &zelsim::SimHost::quit_requested, app.get(), &QCoreApplication::quit,
                      Qt::QueuedConnection);
     quit_on_signals(*app);
+    QObject::connect(&host, &zelsim::SimHost::message, app.get(), [](const QString& text) { fail(text); });
     if (const QString error = host.start(); !error.isEmpty()) {
         fail(error);
         return 1;
@@ -154,6 +159,8 @@ int main(int argc, char** argv) {
         window = std::make_unique<zelsim::SimWindow>(host);
         window->show();
     }
+    if (parser.isSet(replay_option))
+        host.run_line(QStringLiteral("replay ") + parser.value(replay_option));
     if (!start_script(parser.value(script_option), host, *app)) return 2;
     const int code = app->exec();
     host.stop();

@@ -142,6 +142,17 @@ ParsedLine parse_script_line(const std::string& raw) {
         return error("unknown breathing control \"" + w[1] + "\"");
     }
     if (verb == "gating") return parse_gating(w);
+    if (verb == "replay") {
+        // The rest of the line is the file's path, blanks and all.
+        const auto start = line.find_first_not_of(" \t", line.find("replay") + 6);
+        const auto end = line.find_last_not_of(" \t\r");
+        if (start == std::string::npos) return error("expected a curve file or \"off\"");
+        I i;
+        i.op = I::replay;
+        const std::string path = line.substr(start, end - start + 1);
+        if (path != "off") i.path = path;
+        return {i, {}};
+    }
     if (verb == "frame") {
         if (w.size() != 7) return error("expected six bytes in hexadecimal after \"frame\"");
         I i;
@@ -228,11 +239,28 @@ void Simulator::apply(const Instruction& i, double now) {
         case I::frame:
             module.send_chosen_frame(i.bytes);
             break;
+        case I::replay:
+            if (i.path.empty())
+                module.patient_breathing().replay(nullptr);
+            else
+                replay(i.path);
+            break;
         case I::wait:
         case I::await_command:
         case I::quit:
             break;
     }
+}
+
+bool Simulator::replay(const std::string& path) {
+    std::string error;
+    auto curve = CurveReplay::load(path, error);
+    if (!curve) {
+        messages.push_back(error + "; the patient goes on breathing as before");
+        return false;
+    }
+    module.patient_breathing().replay(std::move(curve));
+    return true;
 }
 
 void ScriptRunner::run(double now, Simulator& simulator) {

@@ -18,10 +18,13 @@
 //   gating relay-error none|opening|closing|unknown | timing-violation
 //   frame B1 B2 B3 B4 B5 B6           the next data frame carries these bytes (hexadecimal,
 //                                     behind the start byte; the checksum is added)
+//   replay FILE | replay off          the patient breathes a curve file the console recorded,
+//                                     looping; off: the model's own breathing again
 #include <array>
 #include <deque>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "control_module.h"
 #include "gating_control.h"
@@ -55,6 +58,7 @@ struct Instruction {
         gating_relay_error,
         gating_timing_violation,
         frame,
+        replay,
     } op = quit;
     double number = 0.0;
     bool on = false;
@@ -62,6 +66,7 @@ struct Instruction {
     Fault which = Fault::line;
     RelayError error = RelayError::none;
     std::array<uint8_t, 6> bytes{};  // a chosen data frame's bytes behind its start byte
+    std::string path;                // a curve file to replay; empty: the own breathing
 };
 
 struct ParsedLine {
@@ -79,6 +84,13 @@ struct Simulator {
 
     // Applies one control instruction at time now; flow instructions do nothing here.
     void apply(const Instruction& instruction, double now);
+    // Plays a recorded curve as the breathing; false, with the reason in `messages`, when the
+    // file can't be played, and the breathing goes on as it was.
+    bool replay(const std::string& path);
+
+    // What the operator should read (a file that can't be replayed), oldest first; the host
+    // takes them.
+    std::vector<std::string> messages;
 };
 
 // Runs instructions in order, holding at "wait" and "await".

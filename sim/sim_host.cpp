@@ -89,6 +89,7 @@ QString SimHost::run_line(const QString& line) {
     if (parsed.instruction) {
         runner.add(*parsed.instruction);
         runner.run(now(), sim);
+        pass_on_messages();
         write_gating_control();
         if (runner.quit_requested()) emit quit_requested();
     }
@@ -98,6 +99,7 @@ QString SimHost::run_line(const QString& line) {
 void SimHost::tick() {
     const double t = now();
     runner.run(t, sim);
+    pass_on_messages();
     write_gating_control();
     if (runner.quit_requested()) {
         emit quit_requested();
@@ -113,6 +115,11 @@ void SimHost::tick() {
         for (uint8_t b : out) text += QStringLiteral(" %1").arg(b, 2, 16, QLatin1Char('0'));
         log_line(write_log, text);
     }
+}
+
+void SimHost::pass_on_messages() {
+    for (const std::string& text : sim.messages) emit message(QString::fromStdString(text));
+    sim.messages.clear();
 }
 
 void SimHost::read_console() {

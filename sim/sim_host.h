@@ -47,9 +47,12 @@ class SimHost final : public QObject {
   signals:
     void command_received(const QString& text);
     void quit_requested();
+    // Something the operator should read, such as a curve file that can't be replayed.
+    void message(const QString& text);
 
   private:
     void tick();
+    void pass_on_messages();
     void read_console();
     void write_gating_control();
     void log_line(QFile& file, const QString& text);

@@ -135,6 +135,7 @@ SimWindow::SimWindow(SimHost& host_, QWidget* parent) : QWidget(parent), host(ho
 
     connect(&host, &SimHost::command_received, this,
             [this](const QString& text) { received->appendPlainText(text); });
+    connect(&host, &SimHost::message, this, [this](const QString& text) { error_label->setText(text); });
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &SimWindow::refresh);
     timer->start(20);

@@ -1,0 +1,95 @@
+#pragma once
+// The console's main window model over the real serial adapter on a pseudo-terminal, real
+// timers and, if asked, the simulated gating library, against zelmoor-sim as a child process.
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "app/form1.h"
+#include "fakes/fake_platform.h"
+#include "platform/qt_gating_library.h"
+#include "platform/qt_serial_port.h"
+#include "platform/qt_timer.h"
+#include "sim/sim_process.h"
+
+namespace zel::test {
+
+double monotonic_seconds();
+// A nested event loop, as a modal dialog runs one.
+void keep_event_loop_running(int milliseconds);
+
+// The real adapter, with every write stamped on the monotonic clock.
+class WatchedPort final : public SerialPort {
+public:
+    explicit WatchedPort(SerialPort& inner_) : inner(inner_) {
+        inner.OnComm = [this] {
+            if (OnComm) OnComm();
+        };
+    }
+    void set_CommPort(int number) override { inner.set_CommPort(number); }
+    int CommPort() const override { return inner.CommPort(); }
+    void set_PortOpen(bool open) override { inner.set_PortOpen(open); }
+    bool PortOpen() const override { return inner.PortOpen(); }
+    int InBufferCount() const override { return inner.InBufferCount(); }
+    uint8_t Input() override { return inner.Input(); }
+    void Output(const QByteArray& bytes) override {
+        writes.emplace_back(monotonic_seconds(), bytes);
+        inner.Output(bytes);
+    }
+    std::vector<std::pair<double, QByteArray>> writes;
+
+private:
+    SerialPort& inner;
+};
+
+struct LiveConsole {
+    explicit LiveConsole(bool simulated_gating_library)
+        : use_real_library(simulated_gating_library) {
+        if (simulated_gating_library) {
+            QDir().mkpath(app_data.filePath(QStringLiteral("lib")));
+            QFile::copy(QStringLiteral(TARROW_SIM_PATH),
+                        app_data.filePath(QStringLiteral("lib/libtarrow.so")));
+        }
+        form.end_program = [this](int code) { ended.push_back({code, monotonic_seconds()}); };
+        form.Pic.Height = 7485;
+        form.thresh_label.Height = 285;
+        form.patient_defined = true;
+        form.duration = 10;
+        form.thresh = 1.4f;
+        form.inhale = true;
+        port.OnComm = [this] {
+            ++notifications;
+            form.run_event("MSComm1_OnComm", [this] { form.MSComm1_OnComm(); });
+        };
+    }
+    // Runs the event loop until done() holds; false after the time.
+    bool run_until(const std::function<bool()>& done, int timeout_ms);
+    // Searches for the module until the stream runs.
+    bool link_up(int timeout_ms = 10000);
+
+    const bool use_real_library;
+    QTemporaryDir app_data;
+    SimProcess sim{app_data.path()};
+    FakePlatform fakes;
+    QtSerialPort real_port{app_data.path()};
+    WatchedPort port{real_port};
+    QtTimerFactory timers;
+    QtGatingLibrary real_library{app_data.path()};
+    Platform platform{port,
+                      timers,
+                      fakes.clock,
+                      fakes.locale,
+                      fakes.boxes,
+                      fakes.chart,
+                      use_real_library ? static_cast<GatingLibrary&>(real_library) : fakes.tarrow,
+                      fakes.dialogs,
+                      fakes.windows};
+    Form1 form{platform, app_data.path()};
+    std::vector<std::pair<int, double>> ended;  // end_program calls with their moments
+    int notifications = 0;
+};
+
+}  // namespace zel::test
