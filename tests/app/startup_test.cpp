@@ -155,9 +155,18 @@ TEST(Shutdown, with_a_patient_asks_to_save_and_cancel_changes_nothing) {
         Rig rig;
         rig.form.patient_defined = true;
         rig.form.Gated_Treatment = true;
+        rig.form.data_directory = rig.app_data.path();
+        rig.form.patient_last_name = QStringLiteral("Doe");
+        rig.form.patient_first_name = QStringLiteral("Jane");
+        rig.form.patient_medical_id = QStringLiteral("A1");
+        rig.form.session = QStringLiteral("1");
+        QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
         rig.form.hhkLowLevelKybd = rig.fakes.windows.install_key_guard();
         rig.fakes.windows.answer(c.button);
         rig.form.zel_exit_Click();
+        EXPECT_EQ(QFile::exists(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini")),
+                  c.button == 0)
+            << c.button;
         EXPECT_EQ(rig.fakes.windows.log.filter(QStringLiteral("ask")),
                   QStringList{QStringLiteral("ask Save session history?")});
         EXPECT_EQ(rig.ended.size(), c.ends ? 1 : 0) << c.button;
