@@ -48,13 +48,23 @@ std::vector<double> hold_end_writes(const QString& write_log) {
     return ends;
 }
 
-std::vector<double> relay_open_calls(const QString& call_log) {
-    std::vector<double> calls;
+// Every call of the gating library: its monotonic time and its text.
+std::vector<std::pair<double, QByteArray>> library_calls(const QString& call_log) {
+    std::vector<std::pair<double, QByteArray>> calls;
     QFile file(call_log);
     if (!file.open(QIODevice::ReadOnly)) return calls;
-    for (const QByteArray& line : file.readAll().split('\n'))
-        if (line.contains("SetRelayState(0)")) calls.push_back(line.split(' ')[0].toDouble());
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        const QList<QByteArray> words = line.split(' ');
+        if (words.size() >= 3) calls.emplace_back(words[0].toDouble(), words[2]);
+    }
     return calls;
+}
+
+std::vector<double> relay_open_calls(const std::vector<std::pair<double, QByteArray>>& calls) {
+    std::vector<double> opens;
+    for (const auto& [when, call] : calls)
+        if (call.contains("SetRelayState(0)")) opens.push_back(when);
+    return opens;
 }
 
 }  // namespace
@@ -111,12 +121,21 @@ int main(int argc, char** argv) {
     sim.stop();
 
     const std::vector<double> ends = hold_end_writes(write_log);
-    const std::vector<double> opens =
-        relay_open_calls(app_data.filePath(QStringLiteral("sim/tarrow-calls.log")));
+    const auto calls = library_calls(app_data.filePath(QStringLiteral("sim/tarrow-calls.log")));
+    const std::vector<double> opens = relay_open_calls(calls);
     std::vector<double> latencies;
     for (double end : ends) {
         const auto open = std::lower_bound(opens.begin(), opens.end(), end);
-        if (open != opens.end() && *open - end < 1.0) latencies.push_back((*open - end) * 1000);
+        if (open == opens.end() || *open - end >= 1.0) continue;
+        latencies.push_back((*open - end) * 1000);
+        if (*open - end < 0.002) continue;
+        // A slow one: what the console asked of the library just before and meanwhile.
+        std::printf("slow hold end at %.3f s: %.3f ms; library calls from 50 ms before:", end,
+                    (*open - end) * 1000);
+        for (const auto& [when, call] : calls)
+            if (when >= end - 0.05 && when <= *open)
+                std::printf(" %+.1f ms %s", (when - end) * 1000, call.constData());
+        std::printf("\n");
     }
     if (latencies.empty()) {
         std::fprintf(stderr, "no hold was measured (%d holds seen)\n", holds);
