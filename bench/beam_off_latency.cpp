@@ -9,6 +9,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <time.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -22,6 +24,12 @@
 #include "sim/sim_process.h"
 
 namespace {
+
+double monotonic_seconds() {
+    timespec t{};
+    clock_gettime(CLOCK_MONOTONIC, &t);
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) / 1e9;
+}
 
 // Times at which a write carried the first standby frame after a hold.
 std::vector<double> hold_end_writes(const QString& write_log) {
@@ -104,16 +112,25 @@ int main(int argc, char** argv) {
     form.thresh = 0.9f;
     int holds = 0;
     int16_t state = 0;
+    // When the console took each notification, and when it handled each hold's end.
+    std::vector<double> notified, handled;
     port.OnComm = [&] {
+        notified.push_back(monotonic_seconds());
         form.run_event("OnComm", [&] { form.MSComm1_OnComm(); });
-        if (state == 4 && form.b_state == 1) ++holds;
+        if (state == 4 && form.b_state == 1) {
+            ++holds;
+            handled.push_back(monotonic_seconds());
+        }
         state = form.b_state;
     };
     form.start_module_search();
     QElapsedTimer clock;
     clock.start();
     while (holds < wanted && clock.elapsed() < 60000 + wanted * 10000LL) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        // Sleeps until the next event, as the program's own event loop does: a loop that
+        // spins at a real-time priority is throttled by the kernel (50 ms of each second by
+        // default) and would measure the throttling, not the console.
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
         if (form.Timer_HeartBeat->Enabled() && form.b_state == 1 && form.sw_state == 1 &&
             !form.volume_in_threshold_region())
             form.Form_KeyDown(32, 0);
@@ -126,12 +143,24 @@ int main(int argc, char** argv) {
     std::vector<double> latencies;
     for (double end : ends) {
         const auto open = std::lower_bound(opens.begin(), opens.end(), end);
-        if (open == opens.end() || *open - end >= 1.0) continue;
+        if (open == opens.end() || *open - end >= 1.0) {
+            std::printf("hold end at %.3f s without a relay opening; relay calls around it:", end);
+            for (const auto& [when, call] : calls)
+                if (call.contains("SetRelayState") && when >= end - 3 && when <= end + 1)
+                    std::printf(" %+.1f ms %s", (when - end) * 1000, call.constData());
+            std::printf("\n");
+            continue;
+        }
         latencies.push_back((*open - end) * 1000);
         if (*open - end < 0.002) continue;
         // A slow one: what the console asked of the library just before and meanwhile.
-        std::printf("slow hold end at %.3f s: %.3f ms; library calls from 50 ms before:", end,
-                    (*open - end) * 1000);
+        const auto took = std::lower_bound(handled.begin(), handled.end(), end);
+        const auto first_note = std::lower_bound(notified.begin(), notified.end(), end);
+        std::printf("slow hold end at %.3f s: %.3f ms; first notification after it %+.1f ms, "
+                    "handled %+.1f ms; library calls from 50 ms before:",
+                    end, (*open - end) * 1000,
+                    first_note == notified.end() ? -1.0 : (*first_note - end) * 1000,
+                    took == handled.end() ? -1.0 : (*took - end) * 1000);
         for (const auto& [when, call] : calls)
             if (when >= end - 0.05 && when <= *open)
                 std::printf(" %+.1f ms %s", (when - end) * 1000, call.constData());
