@@ -1,0 +1,80 @@
+#pragma once
+// The review window's chart as the logic sees it: numbered elements, each a polyline with its
+// colour, line type, width and visibility, the range the chart opens on and its mouse mode.
+// The view draws the elements and reports the cursor; it keeps no element of its own.
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platform/chart_surface.h"
+
+namespace zel {
+
+struct ChartElement {
+    std::vector<double> x, y;  // the points in the order plotted; a line joins each to the next
+    Rgb color{0, 0, 0};
+    int16_t line_type = 0;  // 0 solid, 2 dotted
+    int16_t width = 1;      // pixels; 1 is what a new element gets
+    bool show = true;
+};
+
+// Mouse modes of the chart.
+enum TrackModes : int32_t { track_zoom = 2, track_pan = 3, track_pan_x = 4, track_measure = 6 };
+
+struct ChartRange {
+    double x_min = 0, x_max = 1, y_min = -2, y_max = 2;
+    friend bool operator==(const ChartRange&, const ChartRange&) = default;
+};
+
+class ReviewChart {
+public:
+    ReviewChart();
+
+    // Removes every element but element 0, which always stands and is never plotted into.
+    void ClearGraph();
+    // Adds an element at the end and makes it the current one.
+    void AddElement();
+    // Removes the element; the ones behind it move down one number. Element 0 and numbers
+    // beyond the last stay as they are.
+    void DeleteElement(int16_t element);
+    // Appends a point to the element; nothing happens for a number that has no element.
+    void PlotXY(double x, double y, int16_t element);
+    // The range shown, which the view also returns to when asked to reset its zoom.
+    void SetRange(double x_min, double x_max, double y_min, double y_max);
+
+    // Properties of the current element.
+    void Element(int16_t element);
+    void ElementLineColor(Rgb color);
+    void ElementLinetype(int16_t type);
+    void ElementWidth(int16_t width);
+    void ElementShow(bool shown);
+
+    // The press point in thousandths of an axis unit, and 1 while the left button is held in
+    // measure mode. The view keeps these current before it reports the cursor.
+    void GetTrackInfo(double& press_x, double& press_y, double& state) const;
+
+    bool ShowGrid = false;
+    QString XLabel, YLabel;
+    int32_t TrackMode = track_zoom;
+
+    // What the view reads and sets.
+    const std::vector<std::unique_ptr<ChartElement>>& elements() const { return list; }
+    int element_count() const { return static_cast<int>(list.size()) - 1; }  // element 0 aside
+    const ChartElement* element(int number) const;
+    const ChartRange& range() const { return shown_range; }
+    // Changes each time an element, the range or a property changes, so that a view redraws
+    // only what changed: `range_revision` alone moves when SetRange was called.
+    uint64_t revision = 0;
+    uint64_t range_revision = 0;
+    double track_press_x = 0, track_press_y = 0;  // thousandths of an axis unit
+    int track_state = 0;
+
+private:
+    std::vector<std::unique_ptr<ChartElement>> list;
+    int current = 0;
+    ChartRange shown_range;
+    ChartElement* current_element();
+};
+
+}  // namespace zel
