@@ -123,7 +123,7 @@ int main(int argc, char** argv) {
         QStringLiteral("file"));
     const QCommandLineOption write_log_option(
         QStringLiteral("write-log"),
-        QStringLiteral("Log of every write to the line with the monotonic clock, for timing."),
+        QStringLiteral("Log of every write to the line with the monotonic clock taken just before it, for timing."),
         QStringLiteral("file"));
     const QCommandLineOption replay_option(
         QStringLiteral("replay"),

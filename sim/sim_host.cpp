@@ -107,10 +107,12 @@ void SimHost::tick() {
     }
     const std::vector<uint8_t> out = sim.module.advance_to(t);
     if (out.empty()) return;
+    // Stamped before the write: a reader of higher priority may run at once and act on the
+    // frame before this process gets the processor back.
+    timespec written{};
+    clock_gettime(CLOCK_MONOTONIC, &written);
     port.write(out);
     if (write_log.isOpen()) {
-        timespec written{};
-        clock_gettime(CLOCK_MONOTONIC, &written);
         QString text = QString::number(written.tv_sec + written.tv_nsec / 1e9, 'f', 6);
         for (uint8_t b : out) text += QStringLiteral(" %1").arg(b, 2, 16, QLatin1Char('0'));
         log_line(write_log, text);

@@ -21,6 +21,8 @@ class MessageBoxes {
 public:
     virtual ~MessageBoxes() = default;
     virtual int MsgBox(const QString& prompt, int style = vbOKOnly, const QString& title = {}) = 0;
+    // A prompt with a text field: what was typed, or the empty string on Cancel.
+    virtual QString InputBox(const QString& prompt) = 0;
 };
 
 }  // namespace zel

@@ -10,6 +10,10 @@ class QtFileDialogs final : public FileDialogs {
 public:
     QString browse_for_folder(const QString& title) override;
     QString open_file(const QString& initial_directory, const QString& filter) override;
+    QStringList open_files(const QString& initial_directory, const QString& title,
+                           const QString& filter) override;
+    QString save_file(const QString& title, const QString& default_suffix,
+                      const QString& filter) override;
     QWidget* parent = nullptr;
 };
 

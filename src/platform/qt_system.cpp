@@ -1,5 +1,7 @@
 #include "platform/qt_system.h"
 
+#include <QInputDialog>
+#include <QLineEdit>
 #include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
@@ -55,6 +57,13 @@ int QtMessageBoxes::MsgBox(const QString& prompt, int style, const QString& titl
         case QMessageBox::No: return vbNo;
         default: return vbOK;
     }
+}
+
+QString QtMessageBoxes::InputBox(const QString& prompt) {
+    bool ok = false;
+    const QString text = QInputDialog::getText(parent, QStringLiteral("Zelmoor"), prompt,
+                                               QLineEdit::Normal, QString(), &ok);
+    return ok ? text : QString();
 }
 
 }  // namespace zel

@@ -25,6 +25,7 @@ public:
 class QtMessageBoxes final : public MessageBoxes {
 public:
     int MsgBox(const QString& prompt, int style, const QString& title) override;
+    QString InputBox(const QString& prompt) override;
     QWidget* parent = nullptr;
 };
 

@@ -96,6 +96,14 @@ int FakeMessageBoxes::MsgBox(const QString& prompt, int style, const QString&) {
     return result;
 }
 
+QString FakeMessageBoxes::InputBox(const QString& prompt) {
+    prompts.append(prompt);
+    if (typed.empty()) return {};
+    const QString text = typed.front();
+    typed.pop_front();
+    return text;
+}
+
 namespace {
 QString colour_text(Rgb c) { return QStringLiteral("%1,%2,%3").arg(c.r).arg(c.g).arg(c.b); }
 QString coords(double x1, double y1, double x2, double y2) {

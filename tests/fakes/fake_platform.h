@@ -100,12 +100,17 @@ class FakeMessageBoxes final : public MessageBoxes {
 public:
     int MsgBox(const QString& prompt, int style, const QString& title) override;
     void answer(int result) { answers.push_back(result); }
+    // The next prompt returns `text`; an unscripted prompt is cancelled.
+    QString InputBox(const QString& prompt) override;
+    void type(const QString& text) { typed.push_back(text); }
+    QStringList prompts;
     QStringList shown;
     std::vector<int> styles;  // the style of each box shown
     std::function<void()> while_shown;  // runs inside the box, as the nested event loop would
 
 private:
     std::deque<int> answers;
+    std::deque<QString> typed;
 };
 
 // A chart surface that records every drawing operation as one line of text:

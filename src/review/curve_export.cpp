@@ -1,0 +1,159 @@
+// Writing a time slice of each shown curve to a file of its own.
+#include <QFile>
+
+#include "app/helpers.h"
+#include "app/zel_error.h"
+#include "data/locale_number.h"
+#include "data/system_settings_file.h"
+#include "language/messages.h"
+#include "review/patient_curves.h"
+
+namespace zel {
+
+namespace {
+
+constexpr const char* export_source = "mnuExport_Click";
+
+[[noreturn]] void cancelled() {
+    throw ZelError(err_cancelled, QString::fromLatin1(export_source),
+                   QStringLiteral("Cancel was selected."));
+}
+
+// Numeric in the machine's own number format.
+bool is_numeric(const QString& text, QChar separator) {
+    try {
+        locale_number(text, separator, export_source);
+        return true;
+    } catch (const ZelError&) {
+        return false;
+    }
+}
+
+// The items of a text file as they are read one at a time: an item ends at a line end or at
+// a comma, and blanks in front of it are dropped.
+class Items {
+public:
+    explicit Items(const QByteArray& bytes) : bytes(bytes) {}
+    bool at_end() const { return p >= bytes.size(); }
+    QByteArray next() {
+        while (p < bytes.size() && (bytes[p] == ' ' || bytes[p] == '\t')) ++p;
+        const qsizetype first = p;
+        while (p < bytes.size() && bytes[p] != ',' && bytes[p] != '\r' && bytes[p] != '\n') ++p;
+        const QByteArray item = bytes.mid(first, p - first);
+        if (p < bytes.size() && bytes[p] == ',') {
+            ++p;
+        } else {
+            if (p < bytes.size() && bytes[p] == '\r') ++p;
+            if (p < bytes.size() && bytes[p] == '\n') ++p;
+        }
+        return item;
+    }
+
+private:
+    const QByteArray& bytes;
+    qsizetype p = 0;
+};
+
+}  // namespace
+
+bool PatientCurves::ask_export_time(const QString& prompt, double limit, const double* start,
+                                    double& value) {
+    const QChar separator = platform.locale.decimal_separator();
+    for (;;) {
+        const QString text = platform.boxes.InputBox(prompt);
+        if (text.isEmpty()) return false;
+        if (!is_numeric(text, separator)) {
+            platform.boxes.MsgBox(message_text(171), vbExclamation);
+            continue;
+        }
+        // Tested in the machine's format, read with a point: "1,5" on a comma machine is 1.
+        value = point_only_number(text);
+        if (start && !(value > *start)) {
+            platform.boxes.MsgBox(message_text(265), vbCritical);
+            continue;
+        }
+        if ((start || value >= 0) && value < limit) return true;
+        platform.boxes.MsgBox(message_text(173), vbCritical);
+    }
+}
+
+void PatientCurves::mnuExport_Click() {
+    try {
+        for (size_t k = 0; k < PatientList.items.size(); ++k) {
+            const ListView::Item& entry = PatientList.items[k];
+            const QString name = entry.text;
+            if (!entry.checked) continue;
+            if (static_cast<int>(k) >= curve_count)
+                throw ZelError(err_subscript, QString::fromLatin1(export_source),
+                               QStringLiteral("Subscript out of range"));
+            const double limit =
+                safe_upper_bound(curve_time[k]) / curve_info[k].count_frequency;
+            double start = 0, end = 0;
+            if (!ask_export_time(message_text(170) + name + QLatin1Char(' '), limit, nullptr, start))
+                cancelled();
+            if (!ask_export_time(message_text(172) + name + QLatin1Char(' '), limit, &start, end))
+                cancelled();
+            const QString path = platform.dialogs.save_file(
+                message_text(174) + name, QStringLiteral("*.dat"),
+                message_text(105) + QStringLiteral(" (*.dat)|*.dat"));
+            if (path.isEmpty()) cancelled();
+            export_curve(static_cast<int16_t>(k), start, end, path);
+        }
+    } catch (const ZelError&) {
+        // A cancel, or anything else, gives up this curve and the ones after it silently;
+        // the files already written stay.
+    }
+}
+
+void PatientCurves::export_curve(int16_t index, double start, double end, const QString& path) {
+    QFile source(curve_paths.at(index));
+    QFile out(path);
+    try {
+        const double rate = curve_info.at(index).count_frequency;
+        // Seconds become indices by the file's rate, ties to even.
+        const int32_t first = round_to_int32(rate * start);
+        const int32_t last = round_to_int32(rate * end);
+        if (!source.open(QIODevice::ReadOnly))
+            throw ZelError(err_file_not_found, QStringLiteral("export_curve"), source.fileName());
+        const QByteArray bytes = source.readAll();
+        source.close();
+        if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            throw ZelError(err_permission_denied, QStringLiteral("export_curve"), path);
+        Items items(bytes);
+        QByteArray item;
+        while (item != "HeaderEnd" && !items.at_end()) {
+            item = items.next();
+            out.write(item + "\r\n");
+        }
+        if (item != "HeaderEnd")
+            throw ZelError(err_bad_curve_file, QStringLiteral("LoadCurveData2"),
+                           curve_info[index].curve_name + message_text(184));
+        const QChar separator = platform.locale.decimal_separator();
+        const auto& session_time = curve_session_time[index];
+        const auto& volume = curve_volume[index];
+        const auto& balloon = curve_balloon[index];
+        const auto& patient_switch = curve_switch[index];
+        for (int32_t i = first; i <= last; ++i) {
+            if (i < 0 || static_cast<size_t>(i) >= session_time.size())
+                throw ZelError(err_subscript, QStringLiteral("export_curve"),
+                               QStringLiteral("Subscript out of range"));
+            const QString row = print_zones(
+                {printed_number(session_time[i], separator), printed_number(volume[i], separator),
+                 printed_number(balloon[i], separator), printed_number(patient_switch[i], separator)});
+            if (out.write((row + QStringLiteral("\r\n")).toLatin1()) < 0)
+                throw ZelError(err_device_io, QStringLiteral("export_curve"), path);
+        }
+        if (!out.flush())
+            throw ZelError(err_device_io, QStringLiteral("export_curve"), path);
+        out.close();
+        QFile::setPermissions(path, QFile::permissions(path) &
+                                        ~(QFile::WriteOwner | QFile::WriteUser |
+                                          QFile::WriteGroup | QFile::WriteOther));
+    } catch (const ZelError&) {
+        // Back to the dialogue as if nothing had happened; a part written stays writable.
+        source.close();
+        out.close();
+    }
+}
+
+}  // namespace zel
