@@ -117,6 +117,9 @@ void PatientCurves::export_curve(int16_t index, double start, double end, const 
             throw ZelError(err_file_not_found, QStringLiteral("export_curve"), source.fileName());
         const QByteArray bytes = source.readAll();
         source.close();
+        // A read-only file is not replaced, whoever runs the program.
+        if (QFile::exists(path) && !(QFile::permissions(path) & QFile::WriteOwner))
+            throw ZelError(err_permission_denied, QStringLiteral("export_curve"), path);
         if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate))
             throw ZelError(err_permission_denied, QStringLiteral("export_curve"), path);
         Items items(bytes);
