@@ -38,6 +38,7 @@ int main(int argc, char** argv) {
     struct LateWindows final : zel::Windows {
         zel::Windows* target = nullptr;
         void show_modal(zel::Window w) override { target->show_modal(w); }
+        void show_modeless(zel::Window w) override { target->show_modeless(w); }
         void unload(zel::Window w) override { target->unload(w); }
         void show_main_window(bool v) override { target->show_main_window(v); }
         int ask(const QString& c, const QString& q, const QStringList& b) override {

@@ -68,6 +68,13 @@ void Form1::save_settings_as_default_Click() {
     start_module_search();
 }
 
+void Form1::mnuVisualizePatientCurves_Click() {
+    // The menu entry is off during a hold, so any state will do here.
+    stop_module_link();
+    platform.windows.show_modeless(Window::PatientCurves);
+    start_module_search();
+}
+
 void Form1::show_patient_labels() {
     Label_last_name.Caption = patient_last_name;
     Label_first_name.Caption = patient_first_name;

@@ -16,6 +16,7 @@ enum class Window {
     Form_CorruptInfo,
     Form_WrongVersion,
     Form_NumberFormatWarning,
+    PatientCurves,
 };
 
 class Windows {
@@ -23,6 +24,9 @@ public:
     virtual ~Windows() = default;
     // Shows the window modally; returns when it is unloaded. Frames and timers go on.
     virtual void show_modal(Window window) = 0;
+    // Loads the window if it is not loaded (its load may run dialogs of its own) and shows it
+    // beside the main window; returns at once.
+    virtual void show_modeless(Window window) = 0;
     // Closes the window if it is up.
     virtual void unload(Window window) = 0;
     virtual void show_main_window(bool visible) = 0;

@@ -125,7 +125,7 @@ void Form1View::build_menus() {
     QMenu* view = menu(form.mnuView);
     add_action(view, form.mnuSessionHistory, nullptr);
     QMenu* data = menu(form.data_handle);
-    add_action(data, form.mnuVisualizePatientCurves, nullptr);
+    add_action(data, form.mnuVisualizePatientCurves, &Form1::mnuVisualizePatientCurves_Click);
     // Stands in the menu as built, and is never shown.
     add_action(data, form.export_volume_curve, nullptr)->setVisible(false);
     QMenu* help = menu(form.Help_menu);

@@ -12,6 +12,7 @@
 #include "ui/form13_view.h"
 #include "ui/form1_view.h"
 #include "ui/form5_view.h"
+#include "ui/patient_curves_view.h"
 
 namespace zel {
 
@@ -56,6 +57,23 @@ void QtWindows::show_modal(Window window) {
         slot = new Form13View(form, main_window.isVisible() ? &main_window : nullptr);
     slot->setAttribute(Qt::WA_DeleteOnClose);
     slot->exec();
+}
+
+void QtWindows::show_modeless(Window window) {
+    if (window != Window::PatientCurves) return;
+    if (!review) {
+        auto* view = new PatientCurvesView(form.data_directory, form.platform.locale,
+                                           [this](const char* source, const std::function<void()>& f) {
+                                               form.run_event(source, f);
+                                           });
+        review = view;
+        view->setAttribute(Qt::WA_DeleteOnClose);
+        view->load();
+    }
+    if (!review) return;
+    review->show();
+    review->raise();
+    review->activateWindow();
 }
 
 void QtWindows::unload(Window window) {

@@ -19,6 +19,7 @@ public:
     QtWindows(Form1& form, Form1View& main_window);
     ~QtWindows() override;
     void show_modal(Window window) override;
+    void show_modeless(Window window) override;
     void unload(Window window) override;
     void show_main_window(bool visible) override;
     int ask(const QString& caption, const QString& question, const QStringList& buttons) override;
@@ -33,6 +34,7 @@ private:
     QPointer<QDialog> banner;
     QPointer<QDialog> system_check;
     QPointer<QDialog> new_patient;
+    QPointer<QWidget> review;
     std::map<Window, QPointer<QDialog>> messages;
     std::unique_ptr<KeyGuardFilter> key_guard;
 };

@@ -112,5 +112,17 @@ TEST(PatientWorkflow, saving_the_defaults_asks_first_with_the_link_stopped) {
     }
 }
 
+TEST(PatientWorkflow, the_curve_review_opens_beside_with_the_link_stopped_while_it_loads) {
+    Rig rig;
+    rig.fakes.timers.get("Timer_HeartBeat").set_Enabled(true);
+    QByteArray sent_before_window;
+    rig.fakes.windows.during(Window::PatientCurves,
+                             [&] { sent_before_window = rig.fakes.serial.sent(); });
+    rig.form.mnuVisualizePatientCurves_Click();
+    EXPECT_TRUE(sent_before_window.startsWith("D")) << "the stream stopped before the dialog";
+    EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("show modeless PatientCurves")});
+    EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled()) << "search again";
+}
+
 }  // namespace
 }  // namespace zel::test

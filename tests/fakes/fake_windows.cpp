@@ -14,6 +14,7 @@ QString name(Window window) {
         case Window::Form_CorruptInfo: return QStringLiteral("Form_CorruptInfo");
         case Window::Form_WrongVersion: return QStringLiteral("Form_WrongVersion");
         case Window::Form_NumberFormatWarning: return QStringLiteral("Form_NumberFormatWarning");
+        case Window::PatientCurves: return QStringLiteral("PatientCurves");
     }
     return QStringLiteral("?");
 }
@@ -21,6 +22,11 @@ QString name(Window window) {
 
 void FakeWindows::show_modal(Window window) {
     log.append(QStringLiteral("show ") + name(window));
+    if (auto script = scripts.find(window); script != scripts.end()) script->second();
+}
+
+void FakeWindows::show_modeless(Window window) {
+    log.append(QStringLiteral("show modeless ") + name(window));
     if (auto script = scripts.find(window); script != scripts.end()) script->second();
 }
 

@@ -18,6 +18,7 @@ namespace zel::test {
 class FakeWindows final : public Windows {
 public:
     void show_modal(Window window) override;
+    void show_modeless(Window window) override;
     void unload(Window window) override;
     void show_main_window(bool visible) override;
     int ask(const QString& caption, const QString& question, const QStringList& buttons) override;
