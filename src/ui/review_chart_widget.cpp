@@ -34,8 +34,10 @@ QPen element_pen(const ChartElement& e) {
         pen.setStyle(Qt::DotLine);
         pen.setCapStyle(Qt::FlatCap);
     } else if (e.width > 1) {
+        // Bevelled joins: round ones cost an arc at every point of a thick curve, and at a few
+        // points per pixel column they look the same.
         pen.setCapStyle(Qt::RoundCap);
-        pen.setJoinStyle(Qt::RoundJoin);
+        pen.setJoinStyle(Qt::BevelJoin);
     } else {
         // A run shorter than a pixel still leaves its pixel.
         pen.setCapStyle(Qt::SquareCap);
@@ -149,26 +151,44 @@ void ElementsPlottable::draw_element(QCPPainter* painter, const ChartElement& e,
     auto put = [&](size_t i) {
         points.emplace_back(xm(e.x[i]), clamp_pixel(ym(e.y[i]), top, bottom));
     };
-    const size_t count = last - first + 1;
-    if (count <= 2 * size_t(area.width() + 1)) {
+    // Columns the element covers: a breath-hold of a long recording seen whole is a few pixels
+    // wide however many samples it holds.
+    double columns = area.width();
+    if (is_sorted) columns = std::min(columns, std::abs(xm(e.x[last]) - xm(e.x[first])));
+    if (last - first + 1 <= 2 * (columns + 2)) {
         for (size_t i = first; i <= last; ++i) put(i);
     } else {
         // More points than the pixel columns can show: the first, lowest, highest and last
         // point of each column draw the same pixels as all of them.
+        auto keep = [&](size_t i, size_t low, size_t high, size_t end) {
+            size_t previous = i;
+            put(i);
+            for (size_t k : {std::min(low, high), std::max(low, high), end}) {
+                if (k != previous) put(k);
+                previous = k;
+            }
+        };
         size_t i = first;
         while (i <= last) {
             const double column = std::floor(xm(e.x[i]));
             size_t low = i, high = i, j = i + 1;
-            for (; j <= last && std::floor(xm(e.x[j])) == column; ++j) {
-                if (e.y[j] < e.y[low]) low = j;
-                if (e.y[j] > e.y[high]) high = j;
+            if (is_sorted && xm.scale > 0) {
+                // Where the next column starts, so that the points of this one are found by
+                // comparing their time alone.
+                const double next = xm.origin + (column + 1 - xm.pixel0) / xm.scale;
+                double y_low = e.y[i], y_high = e.y[i];
+                for (; j <= last && e.x[j] < next; ++j) {
+                    const double y = e.y[j];
+                    if (y < y_low) y_low = y, low = j;
+                    if (y > y_high) y_high = y, high = j;
+                }
+            } else {
+                for (; j <= last && std::floor(xm(e.x[j])) == column; ++j) {
+                    if (e.y[j] < e.y[low]) low = j;
+                    if (e.y[j] > e.y[high]) high = j;
+                }
             }
-            size_t previous = i;
-            put(i);
-            for (size_t k : {std::min(low, high), std::max(low, high), j - 1}) {
-                if (k != previous) put(k);
-                previous = k;
-            }
+            keep(i, low, high, j - 1);
             i = j;
         }
     }

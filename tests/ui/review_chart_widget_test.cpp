@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <QPainter>
 #include <QTest>
 #include <cmath>
 #include <numbers>
@@ -153,6 +154,53 @@ TEST(ReviewChartWidget, a_run_narrower_than_a_pixel_stays_visible_in_a_whole_rec
     };
     for (const Case& c : cases) {
         EXPECT_GE(count_near(image, c.where, 0, 4, c.colour), c.min_pixels) << c.what;
+    }
+}
+
+TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
+    // Breathing with noise at 50 samples a second for 30 minutes: many samples per pixel column.
+    std::vector<double> t(90'000), volume(90'000);
+    uint32_t noise = 1;
+    for (size_t i = 0; i < t.size(); ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        t[i] = i / 50.0;
+        volume[i] = 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t[i] / 4) + (noise >> 24) / 2560.0;
+    }
+    const QCPRange shown[] = {{0, 1800}, {400.3, 527.9}, {900.01, 905.5}};
+    for (const QCPRange& range : shown) {
+        Chart chart(600, 400, {range.lower, range.upper, -0.5, 2.5});
+        chart.add(red, 0, 1, t, volume);
+        const QImage image = chart.picture();
+        // Every sample, straight onto a picture of the same size.
+        QImage every(image.size(), QImage::Format_RGB32);
+        every.fill(Qt::white);
+        {
+            QPainter painter(&every);
+            painter.setClipRect(chart.widget.axisRect()->rect());
+            painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::SquareCap));
+            QPolygonF line;
+            for (size_t i = 0; i < t.size(); ++i) {
+                line << QPointF(chart.widget.xAxis->coordToPixel(t[i]),
+                                chart.widget.yAxis->coordToPixel(volume[i]));
+            }
+            painter.drawPolyline(line);
+        }
+        // Inside the frame and clear of the ticks, which the chart draws over the curve.
+        const QRect inside = chart.widget.axisRect()->rect().adjusted(6, 1, -1, -6);
+        int drawn = 0, differ = 0, astray = 0;
+        for (int y = inside.top(); y <= inside.bottom(); ++y) {
+            for (int x = inside.left(); x <= inside.right(); ++x) {
+                const bool there = is(every, {x, y}, red), shown = is(image, {x, y}, red);
+                drawn += there;
+                differ += there != shown;
+                // Where a sample's line only grazes a pixel, the two may pick its neighbour.
+                astray +=
+                    there != shown && count_near(there ? image : every, {x, y}, 1, 1, red) == 0;
+            }
+        }
+        EXPECT_GT(drawn, 1000) << range.lower;
+        EXPECT_LE(differ, drawn / 100) << range.lower;
+        EXPECT_EQ(astray, 0) << range.lower;
     }
 }
 
