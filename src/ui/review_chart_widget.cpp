@@ -228,6 +228,18 @@ ReviewChartWidget::ReviewChartWidget(ReviewChart& model_, QWidget* parent)
         axis->grid()->setPen(QPen(QColor(215, 215, 215), 0, Qt::SolidLine));
         axis->grid()->setZeroLinePen(Qt::NoPen);
     }
+    // A closed frame, and room on the right for the last time label, which is centred on its
+    // tick and would otherwise be cut at the widget's edge.
+    for (QCPAxis* side : {xAxis2, yAxis2}) {
+        side->setVisible(true);
+        side->setTicks(false);
+        side->setTickLabels(false);
+    }
+    connect(xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), xAxis2,
+            qOverload<const QCPRange&>(&QCPAxis::setRange));
+    connect(yAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), yAxis2,
+            qOverload<const QCPRange&>(&QCPAxis::setRange));
+    axisRect()->setMinimumMargins(QMargins(0, 12, 30, 0));
     // The cursor is reported with no button held, too.
     setMouseTracking(true);
     sync();
