@@ -85,8 +85,8 @@ class ElementsPlottable final : public QCPAbstractPlottable {
 };
 
 void ElementsPlottable::find_sorted() {
-    if (sorted_known && sorted_revision == model.revision) return;
     const auto& list = model.elements();
+    if (sorted_known && sorted_revision == model.revision && sorted.size() == list.size()) return;
     sorted.assign(list.size(), 0);
     for (size_t n = 1; n < list.size(); ++n) {
         const std::vector<double>& x = list[n]->x;
