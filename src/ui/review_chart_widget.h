@@ -1,0 +1,45 @@
+#pragma once
+// The review window's chart on screen: draws the elements of a ReviewChart and turns the mouse
+// into zoom, pan and the measuring cursor that the logic reads.
+#include <qcustomplot.h>
+
+#include <cstdint>
+#include <functional>
+
+#include "review/review_chart.h"
+
+namespace zel {
+
+class ReviewChartWidget final : public QCustomPlot {
+  public:
+    ReviewChartWidget(ReviewChart& model, QWidget* parent);
+
+    // Called by the window's refresh: redraws when the elements changed, returns to the model's
+    // range when it was set anew, and takes the grid, axis labels and mouse mode.
+    void sync();
+    // Back to the range the model set.
+    void reset_zoom();
+
+    // The chart's cursor event, in axis units: each mouse move over the plot area in any mode,
+    // and in measure mode the press and the release of the left button.
+    std::function<void(double x, double y)> cursor_moved;
+
+  protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+  private:
+    ReviewChart& model;
+    bool synced = false;
+    uint64_t synced_revision = 0, synced_range_revision = 0;
+    int32_t applied_mode = 0;
+    bool measuring = false;
+
+    void show_model_range();
+    void apply_track_mode();
+    bool over_plot(QPointF pos) const;
+    void report(QPointF pos);
+};
+
+}  // namespace zel
