@@ -70,6 +70,22 @@ QString PatientCurves::tool_tip(const Control& control) const {
 }
 
 void PatientCurves::Form_Load() {
+    prepare_window();
+    clear_all();
+    multi_select_curve_files_from_disk();
+    refresh_curves();
+}
+
+void PatientCurves::Form_Load(const QStringList& paths) {
+    prepare_window();
+    clear_all();
+    // The first five, as many as the dialog would take.
+    for (const QString& path : paths.mid(0, 5)) curve_paths.push_back(path);
+    if (paths.size() > 5) platform.boxes.MsgBox(message_text(169), vbExclamation);
+    refresh_curves();
+}
+
+void PatientCurves::prepare_window() {
     PatientList.column_text = message_text(318);
     PatientList.column_width = 2700;
     record_layout();
@@ -87,9 +103,6 @@ void PatientCurves::Form_Load() {
     for (const auto& [control, row] : captions) control->Caption = message_text(row);
     Caption = message_text(167);
     optZoom_Click();
-    clear_all();
-    multi_select_curve_files_from_disk();
-    refresh_curves();
 }
 
 void PatientCurves::Form_Unload() {

@@ -100,6 +100,9 @@ public:
     QString tool_tip(const Control& control) const;
 
     void Form_Load();
+    // The window's load opened straight on files, as if they had been chosen in its dialog:
+    // for the review on an office machine, without a module or a patient.
+    void Form_Load(const QStringList& paths);
     void Form_Unload();
     void Form_Resize();
 
@@ -154,6 +157,8 @@ private:
     std::vector<std::array<float, 5>> layout_record;
     double recorded_width = 0, recorded_height = 0;
     void place_controls();
+    // The load's steps before the curves: list column, layout, colours, chart, captions, mode.
+    void prepare_window();
     // The option buttons of the mouse modes are one group: choosing one clears the others.
     void select_mode(Control& option);
     bool entry_checked(int curve) const;

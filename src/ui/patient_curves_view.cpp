@@ -144,6 +144,12 @@ void PatientCurvesView::load() {
     if (!curves.unloaded) take_size();
 }
 
+void PatientCurvesView::load(const QStringList& paths) {
+    run("Form_Load", [this, &paths] { curves.Form_Load(paths); });
+    loaded = true;
+    if (!curves.unloaded) take_size();
+}
+
 void PatientCurvesView::run(const char* source, const std::function<void()>& handler) {
     run_event(source, handler);
     sync();

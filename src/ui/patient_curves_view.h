@@ -29,6 +29,8 @@ public:
 
     // The window's load: the file dialog and the plotting, then the first rendering.
     void load();
+    // The same, opened straight on these files.
+    void load(const QStringList& paths);
     PatientCurves& model() { return curves; }
     ReviewChartWidget& chart() { return *chart_widget; }
     // Puts the model's state on the widgets.

@@ -1,6 +1,7 @@
 // Choosing and reading curve files: the limit of five, bad files and the list of curves.
 #include <gtest/gtest.h>
 
+#include "language/messages.h"
 #include "review/review_rig.h"
 
 namespace zel::test {
@@ -115,6 +116,21 @@ TEST(CurveLoading, check_marks_survive_an_import_and_a_clear_empties_everything)
     EXPECT_FALSE(rig.window.mnuClearPlot.Enabled);
     EXPECT_EQ(rig.window.NTGraph1.element_count(), 0);
     EXPECT_EQ(rig.window.default_rate, 1.0);
+}
+
+TEST(CurveLoading, opened_straight_on_files_it_takes_the_first_five_without_a_dialog) {
+    ReviewRig rig;
+    const int dialogs_before = static_cast<int>(rig.dialogs.titles.size());
+    QStringList paths;
+    for (int k = 0; k < 6; ++k)
+        paths.append(rig.write_curve(QStringLiteral("c%1.dat").arg(k), samples_of("1111")));
+    rig.window.Form_Unload();
+    rig.window.Form_Load(paths);
+    EXPECT_EQ(rig.dialogs.titles.size(), dialogs_before);
+    EXPECT_EQ(rig.window.curve_count, 5);
+    EXPECT_EQ(rig.window.PatientList.items.back().text, QStringLiteral("c4"));
+    EXPECT_EQ(rig.boxes.shown, QStringList{message_text(169)});
+    EXPECT_EQ(rig.window.Caption, QStringLiteral("Patient Respiratory Curve(s) View Window"));
 }
 
 }  // namespace
