@@ -20,10 +20,27 @@ namespace {
 QString record(const QString& out_folder, int number, int holds, const char* script,
                const QStringList& sim_options) {
     LiveConsole c(false);
+    // The port is closed before the next recording: its lock would otherwise stand for the
+    // pseudo-terminal number the next simulator gets.
+    struct ClosePort {
+        QtSerialPort& port;
+        ~ClosePort() {
+            if (port.PortOpen()) port.set_PortOpen(false);
+        }
+    } close_port{c.real_port};
+    auto failed = [number](const char* what) {
+        std::fprintf(stderr, "recording %d: %s\n", number, what);
+        return QString();
+    };
     if (!c.sim.start(script, QStringList{QStringLiteral("--seed"), QString::number(number)} +
                                        sim_options))
-        return {};
-    if (!c.link_up()) return {};
+        return failed("the simulator did not start");
+    if (!c.link_up()) {
+        for (const QString& box : c.fakes.boxes.shown) std::fprintf(stderr, "  box: %s\n", qPrintable(box));
+        std::fprintf(stderr, "  port %d open %d, notifications %d, sim: %s\n", c.form.ComPort,
+                     c.real_port.PortOpen(), c.notifications, qPrintable(c.sim.commands().join(' ')));
+        return failed("the link never came up");
+    }
     c.form.data_directory = c.app_data.path();
     c.form.patient_last_name = QStringLiteral("Doe");
     c.form.patient_first_name = QStringLiteral("Jane");
@@ -38,16 +55,17 @@ QString record(const QString& out_folder, int number, int holds, const char* scr
     for (int k = 0; k < holds; ++k) {
         if (!c.run_until([&] { return c.form.b_state == 1 && !c.form.volume_in_threshold_region(); },
                          15000))
-            return {};
+            return failed("the patient never left the threshold region");
         c.form.Form_KeyDown(32, 0);
-        if (!c.run_until([&] { return c.form.b_state == 4; }, 15000)) return {};
-        if (!c.run_until([&] { return c.form.b_state == 1; }, 15000)) return {};
+        if (!c.run_until([&] { return c.form.b_state == 4; }, 15000)) return failed("no hold began");
+        if (!c.run_until([&] { return c.form.b_state == 1; }, 15000))
+            return failed("the hold never ended");
         c.run_until([] { return false; }, 2000);
     }
     c.form.cmdPause_Click();
     const QString target = out_folder + QStringLiteral("/Doe_%1.dat").arg(number);
     QFile::remove(target);
-    if (!QFile::copy(c.form.curve_file_path(), target)) return {};
+    if (!QFile::copy(c.form.curve_file_path(), target)) return failed("no curve file");
     return target;
 }
 

@@ -59,6 +59,7 @@ void Form1::stop_after_failure() {
     for (const auto* timer : {&Timer_module_connect, &Timer_HeartBeat, &Timer1, &pauseBeamTimer,
                               &Timer_form13_close_delay, &logo_banner, &Timer2})
         if (*timer) regardless([&] { (*timer)->set_Enabled(false); });
+    if (form_gating) regardless([&] { form_gating->Timer_Tarrow_Diagnostics->set_Enabled(false); });
     // The beam goes off before anything else: the relay closed is the beam on.
     const bool relay_may_be_closed = (Gated_Treatment && b_state > 1) || relay_close_commanded;
     if (relay_may_be_closed) regardless([&] { _Tarrow_SetRelayState(0); });

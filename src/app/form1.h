@@ -14,8 +14,10 @@
 #include "app/zel_error.h"
 #include "breathhold/cycle_state.h"
 #include "data/settings_state.h"
+#include "dialogs/form10.h"
 #include "dialogs/form5.h"
 #include "display/display_state.h"
+#include "gating/form_gating.h"
 #include "gating/gating_state.h"
 #include "language/language_state.h"
 #include "link/link_state.h"
@@ -188,6 +190,13 @@ public:
     // closed; form5 stays until the next opening, so that the caller reads Cancel_status.
     void show_Form5();
     std::unique_ptr<Form5> form5;
+
+    // The Help menu's windows: the About box with the module's levels, and the gating
+    // system's service view. Each stands while it is open.
+    void About_Click();
+    void Gating_Diagnostics_Click();
+    std::unique_ptr<Form10> form10;
+    std::unique_ptr<FormGating> form_gating;
 
     // The system check window while it stands.
     Form13 form13;

@@ -1,17 +1,10 @@
 // The half-second supervision of the gating system in a gated treatment: the poll, the
 // analysis of what it read, and the calls into the gating library made by the cycle.
-#include <cstring>
-
 #include "app/form1.h"
+#include "gating/tarrow_texts.h"
 #include "language/messages.h"
 
 namespace zel {
-
-namespace {
-QString fixed_text(const char* field, size_t size) {
-    return QString::fromLatin1(field, static_cast<qsizetype>(strnlen(field, size)));
-}
-}  // namespace
 
 void Form1::_Tarrow_SetRelayState(uint8_t close_relay) {
     // Behind a failure report the beam may only be stopped, never started.

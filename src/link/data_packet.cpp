@@ -4,6 +4,7 @@
 
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "gating/tarrow_texts.h"
 #include "language/messages.h"
 #include "link/data_packet.h"
 
@@ -111,22 +112,8 @@ QString Form1::recording_line() const {
                                      : message_text(268);
     QString enable = QStringLiteral("-"), relay = QStringLiteral("-");
     if (Gated_Treatment) {
-        switch (tarrow_status.enable_state) {
-            case 'D': enable = message_text(121); break;
-            case 'E': enable = message_text(323); break;
-            case 'F': enable = message_text(122); break;
-            default: enable.clear();
-        }
-        switch (tarrow_status.relay_state) {
-            case 'O': relay = message_text(326); break;
-            case 'o': relay = message_text(327); break;
-            case 'C': relay = message_text(328); break;
-            case 'c': relay = message_text(329); break;
-            case 'X': relay = message_text(330); break;
-            case 'Y': relay = message_text(331); break;
-            case 'U': relay = message_text(332); break;
-            default: relay.clear();
-        }
+        enable = enable_state_text(tarrow_status.enable_state);
+        relay = relay_state_text(tarrow_status.relay_state);
     }
     return line + mode + QLatin1Char(';') + enable + QLatin1Char(';') + relay;
 }

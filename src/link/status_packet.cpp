@@ -33,6 +33,9 @@ void Form1::process_status_packet() {
     pneumatics_check = pressure_level > pressure_cutoff_level && vacuum_level > vacuum_cutoff_level;
     if (form13_open)
         form13.show_status(turbine_check, battery_check, line_check, pneumatics_check);
+    if (about_visible && form10)
+        form10->show_levels(line_level, battery_level, pressure_level, vacuum_level,
+                            platform.locale.decimal_separator());
 
     echo_thresh = static_cast<float>(decode_volume(packet[24], packet[25]));
     echo_forward = static_cast<float>((packet[26] * 256 + packet[27]) / 8192000.0);

@@ -17,6 +17,8 @@ enum class Window {
     Form_WrongVersion,
     Form_NumberFormatWarning,
     PatientCurves,
+    Form10,
+    Form_Gating,
 };
 
 class Windows {

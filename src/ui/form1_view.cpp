@@ -129,8 +129,8 @@ void Form1View::build_menus() {
     // Stands in the menu as built, and is never shown.
     add_action(data, form.export_volume_curve, nullptr)->setVisible(false);
     QMenu* help = menu(form.Help_menu);
-    add_action(help, form.About, nullptr);
-    add_action(help, form.Gating_Diagnostics, nullptr);
+    add_action(help, form.About, &Form1::About_Click);
+    add_action(help, form.Gating_Diagnostics, &Form1::Gating_Diagnostics_Click);
 }
 
 void Form1View::sync() {

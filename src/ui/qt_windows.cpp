@@ -9,9 +9,11 @@
 
 #include "app/form1.h"
 #include "ui/control_widgets.h"
+#include "ui/form10_view.h"
 #include "ui/form13_view.h"
 #include "ui/form1_view.h"
 #include "ui/form5_view.h"
+#include "ui/form_gating_view.h"
 #include "ui/patient_curves_view.h"
 
 namespace zel {
@@ -42,6 +44,14 @@ QtWindows::QtWindows(Form1& form_, Form1View& main_window_)
 QtWindows::~QtWindows() { remove_key_guard(); }
 
 void QtWindows::show_modal(Window window) {
+    if (window == Window::Form10 || window == Window::Form_Gating) {
+        QWidget* parent = main_window.isVisible() ? &main_window : nullptr;
+        QDialog* view = window == Window::Form10 ? make_form10_view(form, parent)
+                                                 : make_form_gating_view(form, parent);
+        view->setAttribute(Qt::WA_DeleteOnClose);
+        view->exec();
+        return;
+    }
     if (window == Window::Form5) {
         if (!form.form5) return;
         new_patient =
