@@ -17,6 +17,7 @@ public:
     // The letters of the command log, in order ("V", "L", "E", ...).
     QStringList commands() const;
     QString wire_log() const;
+    qint64 pid() const { return process.processId(); }
 
 private:
     QString app_data;
