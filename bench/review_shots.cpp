@@ -8,6 +8,7 @@
 #include <QTest>
 #include <cstdio>
 
+#include "language/messages.h"
 #include "sim/live_console.h"
 #include "ui/patient_curves_view.h"
 #include "ui/review_chart_widget.h"
@@ -74,6 +75,7 @@ QString record(const QString& out_folder, int number, int holds, const char* scr
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    zel::load_default_messages();
     if (argc < 2) {
         std::fprintf(stderr, "usage: zel_review_shots DIR\n");
         return 2;

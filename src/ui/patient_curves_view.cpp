@@ -23,7 +23,10 @@ namespace {
 QIcon legend_bar(Rgb colour) {
     QPixmap bar(15, 3);
     bar.fill(QColor(colour.r, colour.g, colour.b));
-    return QIcon(bar);
+    QIcon icon(bar);
+    // The list is locked while the curves are aligned; the colours still name the curves.
+    icon.addPixmap(bar, QIcon::Disabled);
+    return icon;
 }
 
 }  // namespace
