@@ -105,6 +105,9 @@ void BM_ReviewLoadFive(benchmark::State& state) {
     // What the window holds for the five curves, beyond the files' generation.
     state.counters["window_MB"] = loaded - before;
     state.counters["process_MB"] = loaded;
+    Review shown;
+    state.counters["elements"] = shown.window.element_total;
+    state.counters["holds"] = static_cast<double>(shown.window.curve_info[0].breath_hold_times.size());
 }
 
 void BM_ReviewAlign(benchmark::State& state) {
@@ -123,15 +126,25 @@ void BM_ReviewPanZoom(benchmark::State& state) {
     QCPAxis* x = review.chart.xAxis;
     int step = 0;
     for (auto _ : state) {
-        // Pans along the whole recording, then zooms in and out again.
-        if (step % 2 == 0)
-            x->moveRange(30.0);
-        else
-            x->scaleRange(step % 4 == 1 ? 0.5 : 2.0, x->range().center());
+        // Pans right, zooms in, pans back, zooms out: the view returns every four steps.
+        switch (step % 4) {
+            case 0: x->moveRange(30.0); break;
+            case 1: x->scaleRange(0.5, x->range().center()); break;
+            case 2: x->moveRange(-30.0); break;
+            default: x->scaleRange(2.0, x->range().center()); break;
+        }
         review.chart.replot(QCustomPlot::rpImmediateRefresh);
         ++step;
     }
 }
+
+void BM_ReviewRedrawAt(benchmark::State& state) {
+    Review review;
+    QCPAxis* x = review.chart.xAxis;
+    x->setRange(0, static_cast<double>(state.range(0)));
+    for (auto _ : state) review.chart.replot(QCustomPlot::rpImmediateRefresh);
+}
+BENCHMARK(BM_ReviewRedrawAt)->Arg(1800)->Arg(600)->Arg(60)->Unit(benchmark::kMillisecond);
 
 BENCHMARK(BM_ReviewLoadFive)->Unit(benchmark::kMillisecond)->MinTime(3.0);
 BENCHMARK(BM_ReviewAlign)->Unit(benchmark::kMillisecond)->MinTime(3.0);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace zel {
@@ -142,6 +143,65 @@ void ElementsPlottable::draw(QCPPainter* painter) {
     }
 }
 
+// A point that lies on the straight way from the one before to the one after, along a row or
+// a column of pixels, adds nothing to the picture: the threshold and zero lines of a long
+// curve are one segment each, not thousands for the stroker of a wide pen to join.
+void drop_straight_through(std::vector<QPointF>& points) {
+    if (points.size() < 3) return;
+    size_t kept = 1;
+    for (size_t k = 1; k + 1 < points.size(); ++k) {
+        const QPointF& a = points[kept - 1];
+        const QPointF& b = points[k];
+        const QPointF& c = points[k + 1];
+        const bool along_row = a.y() == b.y() && b.y() == c.y() &&
+                               (a.x() - b.x()) * (b.x() - c.x()) >= 0;
+        const bool along_column = a.x() == b.x() && b.x() == c.x() &&
+                                  (a.y() - b.y()) * (b.y() - c.y()) >= 0;
+        if (!along_row && !along_column) points[kept++] = b;
+    }
+    points[kept++] = points.back();
+    points.resize(kept);
+}
+
+// A solid line far denser than the pixel columns, drawn as what it covers in each column:
+// from its lowest to its highest point there and the point it comes from, as thick as the
+// pen. The same pixels as the polyline, without a wide pen's joins at every sample.
+void draw_envelope(QCPPainter* painter, const ChartElement& e, size_t first, size_t last,
+                   const AxisMap& xm, const AxisMap& ym, const QRect& area) {
+    const double w = std::max<int>(1, e.width);
+    const double left = area.left(), right = area.right() + 1.0;
+    const double top = area.top() - w, bottom = area.bottom() + 1.0 + w;
+    std::vector<QRectF> rects;
+    rects.reserve(static_cast<size_t>(area.width()) + 2);
+    double previous_y = std::numeric_limits<double>::quiet_NaN();
+    size_t i = first;
+    while (i <= last) {
+        const double column = std::floor(xm(e.x[i]));
+        const double next = xm.origin + (column + 1 - xm.pixel0) / xm.scale;
+        double y_low = e.y[i], y_high = e.y[i];
+        size_t j = i + 1;
+        for (; j <= last && e.x[j] < next; ++j) {
+            y_low = std::min(y_low, e.y[j]);
+            y_high = std::max(y_high, e.y[j]);
+        }
+        double a = ym(y_low), b = ym(y_high);
+        if (a > b) std::swap(a, b);
+        if (!std::isnan(previous_y)) {
+            a = std::min(a, previous_y);
+            b = std::max(b, previous_y);
+        }
+        previous_y = ym(e.y[j - 1]);
+        a = std::clamp(a, top, bottom);
+        b = std::clamp(b, top, bottom);
+        const double x = column + 0.5;
+        if (x >= left - w && x <= right + w) rects.emplace_back(x - w / 2, a - w / 2, w, b - a + w);
+        i = j;
+    }
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(QColor(e.color.r, e.color.g, e.color.b));
+    painter->drawRects(rects.data(), static_cast<int>(rects.size()));
+}
+
 void ElementsPlottable::draw_element(QCPPainter* painter, const ChartElement& e, bool is_sorted,
                                      size_t first, size_t last, const AxisMap& xm,
                                      const AxisMap& ym, const QRect& area) {
@@ -155,7 +215,15 @@ void ElementsPlottable::draw_element(QCPPainter* painter, const ChartElement& e,
     // wide however many samples it holds.
     double columns = area.width();
     if (is_sorted) columns = std::min(columns, std::abs(xm(e.x[last]) - xm(e.x[first])));
-    if (last - first + 1 <= 2 * (columns + 2)) {
+    const bool dense = last - first + 1 > 2 * (columns + 2);
+    // Where a column holds many samples the envelope is the polyline's picture; where it
+    // holds a few, their slopes still show and the polyline is drawn.
+    const bool very_dense = last - first + 1 > 16 * (columns + 2);
+    if (very_dense && is_sorted && xm.scale > 0 && e.line_type != 2) {
+        draw_envelope(painter, e, first, last, xm, ym, area);
+        return;
+    }
+    if (!dense) {
         for (size_t i = first; i <= last; ++i) put(i);
     } else {
         // More points than the pixel columns can show: the first, lowest, highest and last
@@ -206,6 +274,7 @@ void ElementsPlottable::draw_element(QCPPainter* painter, const ChartElement& e,
             pull_in(points.back(), points[points.size() - 2]);
     }
     for (QPointF& p : points) p.setX(clamp_pixel(p.x(), left, right));
+    drop_straight_through(points);
     if (points.size() == 1) points.push_back(points.front());
     painter->setPen(element_pen(e));
     painter->setBrush(Qt::NoBrush);
