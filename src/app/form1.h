@@ -14,6 +14,8 @@
 #include "app/zel_error.h"
 #include "breathhold/cycle_state.h"
 #include "data/settings_state.h"
+#include "dialogs/form11.h"
+#include "dialogs/form12.h"
 #include "dialogs/form5.h"
 #include "display/display_state.h"
 #include "gating/gating_state.h"
@@ -188,6 +190,15 @@ public:
     // closed; form5 stays until the next opening, so that the caller reads Cancel_status.
     void show_Form5();
     std::unique_ptr<Form5> form5;
+
+    // The Settings menu (app): the patient's and the system's settings dialogs, refused while a
+    // hold is under way. Each dialog is opened fresh and stays until the next opening.
+    void Patient_Settings_Click();
+    void Control_Panel_Click();
+    void show_Form12();
+    void show_Form11();
+    std::unique_ptr<Form12> form12;
+    std::unique_ptr<Form11> form11;
 
     // The system check window while it stands.
     Form13 form13;

@@ -17,6 +17,8 @@ enum class Window {
     Form_WrongVersion,
     Form_NumberFormatWarning,
     PatientCurves,
+    Form12,
+    Form11,
 };
 
 class Windows {

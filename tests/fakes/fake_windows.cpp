@@ -15,6 +15,8 @@ QString name(Window window) {
         case Window::Form_WrongVersion: return QStringLiteral("Form_WrongVersion");
         case Window::Form_NumberFormatWarning: return QStringLiteral("Form_NumberFormatWarning");
         case Window::PatientCurves: return QStringLiteral("PatientCurves");
+        case Window::Form12: return QStringLiteral("Form12");
+        case Window::Form11: return QStringLiteral("Form11");
     }
     return QStringLiteral("?");
 }
