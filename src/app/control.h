@@ -2,6 +2,7 @@
 // A control of a window as the logic sees it: caption, colours, state and place. Views
 // render these; the logic never touches a widget.
 #include <QString>
+#include <QStringList>
 
 #include "platform/chart_surface.h"
 
@@ -24,6 +25,12 @@ struct Control {
     double Left = 0, Top = 0, Width = 0, Height = 0;
     Font font;
     int Value = 0;  // check boxes, option buttons, scroll bars
+};
+
+// A drop-down list; ListIndex -1 when nothing is selected.
+struct ComboBox : Control {
+    QStringList items;
+    int ListIndex = -1;
 };
 
 constexpr double twips_per_pixel = 15.0;

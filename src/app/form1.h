@@ -15,6 +15,8 @@
 #include "breathhold/cycle_state.h"
 #include "data/settings_state.h"
 #include "dialogs/form10.h"
+#include "dialogs/form11.h"
+#include "dialogs/form12.h"
 #include "dialogs/form5.h"
 #include "display/display_state.h"
 #include "gating/form_gating.h"
@@ -197,6 +199,14 @@ public:
     void Gating_Diagnostics_Click();
     std::unique_ptr<Form10> form10;
     std::unique_ptr<FormGating> form_gating;
+    // The Settings menu (app): the patient's and the system's settings dialogs, refused while a
+    // hold is under way. Each dialog is opened fresh and stays until the next opening.
+    void Patient_Settings_Click();
+    void Control_Panel_Click();
+    void show_Form12();
+    void show_Form11();
+    std::unique_ptr<Form12> form12;
+    std::unique_ptr<Form11> form11;
 
     // The system check window while it stands.
     Form13 form13;

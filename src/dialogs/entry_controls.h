@@ -7,12 +7,17 @@ namespace zel {
 
 // The colour a text box returns to after it was marked.
 constexpr Rgb text_box_background{255, 255, 255};
+// The numeric fields stand out from the name fields.
+constexpr Rgb numeric_background{255, 255, 192};
+// The one line of a dialog that tells why an entry was refused.
+constexpr Rgb message_colour{192, 0, 0};
 
 struct TextBox : Control {
     TextBox() { BackColor = text_box_background; }
     QString Text;
     int SelStart = 0;   // the caret, in characters from the start
     int MaxLength = 0;  // the most characters the operator may type; 0 for no limit
+    bool Locked = false;  // shown and selectable, never typed in
 };
 
 struct ScrollBar : Control {
@@ -21,5 +26,13 @@ struct ScrollBar : Control {
     int SmallChange = 1;
     int LargeChange = 1;
 };
+
+// A control's place given in screen pixels, kept in twips as every control's place.
+inline void place_pixels(Control& c, double left, double top, double width, double height) {
+    c.Left = left * twips_per_pixel;
+    c.Top = top * twips_per_pixel;
+    c.Width = width * twips_per_pixel;
+    c.Height = height * twips_per_pixel;
+}
 
 }  // namespace zel

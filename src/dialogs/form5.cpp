@@ -3,12 +3,12 @@
 #include <QDir>
 #include <QFile>
 #include <algorithm>
-#include <cmath>
 
 #include "app/form1.h"
 #include "app/helpers.h"
 #include "data/locale_number.h"
 #include "data/text_reader.h"
+#include "dialogs/entry_rules.h"
 #include "language/messages.h"
 
 namespace zel {
@@ -17,15 +17,8 @@ namespace {
 
 // A field that repeats a patient already on disk, or a session already held.
 constexpr Rgb marked_background{255, 192, 192};
-constexpr Rgb numeric_background{255, 255, 192};
-constexpr Rgb message_colour{192, 0, 0};
 
-void place(Control& c, double left, double top, double width, double height) {
-    c.Left = left * twips_per_pixel;
-    c.Top = top * twips_per_pixel;
-    c.Width = width * twips_per_pixel;
-    c.Height = height * twips_per_pixel;
-}
+constexpr auto place = place_pixels;
 
 }  // namespace
 
@@ -336,17 +329,7 @@ void Form5::medical_id_exists(const QString& id, bool& result) {
 // ---- Numeric fields -------------------------------------------------------------------------
 
 bool Form5::entered_number(const QString& text, double& value) const {
-    // A number in the other machine's form is no number here: the files written from it
-    // would not read back.
-    const QChar refused =
-        form.number_format == QLatin1String("comma") ? QLatin1Char('.') : QLatin1Char(',');
-    if (text.contains(refused)) return false;
-    try {
-        value = locale_number(text, decimal_separator(), "Form5");
-    } catch (const ZelError&) {
-        return false;
-    }
-    return true;
+    return zel::entered_number(text, form.number_format, decimal_separator(), value);
 }
 
 void Form5::BreathHold_Text_KeyPress(int key_ascii) {
@@ -530,10 +513,7 @@ void Form5::done_checks_and_writes() {
     form.thresh = threshold_temp;
     form.inhale = temp_inhale;
     form.patient_defined = true;
-    if (!session_mode() && std::fabs(form.max_y * 0.75) < std::fabs(form.thresh)) {
-        form.max_y = std::fabs(round_to_places(static_cast<double>(form.thresh) * 1.25, 1));
-        form.min_y = -form.max_y;
-    }
+    if (!session_mode()) widen_chart_for_threshold(form.max_y, form.min_y, form.thresh);
     form.Gated_Treatment = Check_automatic.Value == 1;
     form.breath_holds = 0;
     Cancel_status = false;

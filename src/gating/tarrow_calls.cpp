@@ -165,6 +165,7 @@ void Form1::show_Form_OverRide_Enable() {
         gating_label.Caption = message_text(269);
         Gating_OverRide = true;
         tarrow_error_lock = false;
+        if (form12_open && form12) form12->Check_overide.Value = 1;
         gating_start_mode = message_text(316);
     }
 }
@@ -175,6 +176,7 @@ void Form1::show_Form_OverRide_Disable() {
                                                       {message_text(293)});
     if (pressed == 0) {
         Gating_OverRide = false;
+        if (form12_open && form12) form12->Check_overide.Value = 0;
         if (!pause_cue_visible) gating_label.Caption = message_text(268);
         tarrow_error_lock = false;
     }

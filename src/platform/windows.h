@@ -19,6 +19,8 @@ enum class Window {
     PatientCurves,
     Form10,
     Form_Gating,
+    Form12,
+    Form11,
 };
 
 class Windows {

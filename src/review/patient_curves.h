@@ -46,12 +46,6 @@ struct ListView : Control {
     double column_width = 0;  // twips
 };
 
-// A drop-down list; ListIndex -1 when nothing is selected.
-struct ComboBox : Control {
-    QStringList items;
-    int ListIndex = -1;
-};
-
 class PatientCurves {
 public:
     PatientCurves(ReviewPlatform platform, QString data_directory);

@@ -120,8 +120,8 @@ void Form1View::build_menus() {
     file->addSeparator();
     add_action(file, form.zel_exit, &Form1::zel_exit_Click);
     QMenu* settings = menu(form.set_params);
-    add_action(settings, form.Control_Panel, nullptr);
-    add_action(settings, form.Patient_Settings, nullptr);
+    add_action(settings, form.Control_Panel, &Form1::Control_Panel_Click);
+    add_action(settings, form.Patient_Settings, &Form1::Patient_Settings_Click);
     QMenu* view = menu(form.mnuView);
     add_action(view, form.mnuSessionHistory, nullptr);
     QMenu* data = menu(form.data_handle);

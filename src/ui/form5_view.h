@@ -1,47 +1,34 @@
 #pragma once
 // The Create New Patient dialog on screen: renders Form5 and hands it what the operator does.
-#include <QDialog>
-#include <map>
-#include <vector>
-
 #include "dialogs/form5.h"
-
-class QLineEdit;
-class QScrollBar;
-class QAbstractButton;
-class QGroupBox;
+#include "ui/entry_dialog_view.h"
 
 namespace zel {
 
 class Form1;
 
-class Form5View final : public QDialog {
+class Form5View final : public EntryDialogView {
   public:
     Form5View(Form1& form, Form5& model, QWidget* parent);
-    // Puts the model's state on the widgets; closes the window once the model has unloaded.
-    void sync();
 
     void setVisible(bool visible) override;
 
   protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    QString caption() const override { return model.Caption; }
+    bool model_unloaded() const override { return model.unloaded; }
+    int closing_result() const override { return model.Cancel_status ? Rejected : Accepted; }
+    void type_text(TextBox& box, const QString& text, int caret) override {
+        model.type_text(box, text, caret);
+    }
+    void key_press(TextBox& box, int key_ascii) override { model.key_press(box, key_ascii); }
+    void lost_focus(TextBox& box) override { model.lost_focus(box); }
+    void scroll(ScrollBar& bar, int value) override { model.scroll(bar, value); }
+    void click(Control& control) override { model.click(control); }
     // Escape and the window's close button count as Cancel, which asks before changes are lost.
     void reject() override;
 
   private:
-    Form1& form;
     Form5& model;
-    std::vector<std::pair<Control*, QWidget*>> bound;
-    std::vector<std::pair<TextBox*, QLineEdit*>> fields;
-    // The caret each field was last given, so that a selection the operator made stands until
-    // the model moves the caret or changes the text.
-    std::map<const TextBox*, int> synced_caret;
-    std::vector<std::pair<ScrollBar*, QScrollBar*>> bars;
-    std::vector<std::pair<Control*, QAbstractButton*>> ticks;
-    std::vector<std::pair<Control*, QGroupBox*>> frames;
-    bool syncing = false;
-
-    void run(const char* source, const std::function<void()>& handler);
 };
 
 }  // namespace zel

@@ -11,6 +11,8 @@
 #include "ui/control_widgets.h"
 #include "ui/form10_view.h"
 #include "ui/form13_view.h"
+#include "ui/form11_view.h"
+#include "ui/form12_view.h"
 #include "ui/form1_view.h"
 #include "ui/form5_view.h"
 #include "ui/form_gating_view.h"
@@ -60,6 +62,19 @@ void QtWindows::show_modal(Window window) {
         new_patient->exec();
         return;
     }
+    if (window == Window::Form12 || window == Window::Form11) {
+        QWidget* parent = main_window.isVisible() ? &main_window : nullptr;
+        QPointer<QDialog>& dialog = settings[window];
+        if (window == Window::Form12 && form.form12)
+            dialog = new Form12View(form, *form.form12, parent);
+        else if (window == Window::Form11 && form.form11)
+            dialog = new Form11View(form, *form.form11, parent);
+        else
+            return;
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->exec();
+        return;
+    }
     QPointer<QDialog>& slot = window == Window::Form6 ? banner : system_check;
     if (window == Window::Form6)
         slot = new Form6View(main_window.isVisible() ? &main_window : nullptr);
@@ -89,6 +104,10 @@ void QtWindows::show_modeless(Window window) {
 void QtWindows::unload(Window window) {
     if (window == Window::Form5) {
         if (new_patient) new_patient->done(QDialog::Accepted);
+        return;
+    }
+    if (auto open = settings.find(window); open != settings.end()) {
+        if (open->second) open->second->done(QDialog::Accepted);
         return;
     }
     if (window != Window::Form6 && window != Window::Form13) {

@@ -34,6 +34,7 @@ private:
     QPointer<QDialog> banner;
     QPointer<QDialog> system_check;
     QPointer<QDialog> new_patient;
+    std::map<Window, QPointer<QDialog>> settings;  // the settings dialogs while they stand
     QPointer<QWidget> review;
     std::map<Window, QPointer<QDialog>> messages;
     std::unique_ptr<KeyGuardFilter> key_guard;

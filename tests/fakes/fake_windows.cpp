@@ -17,6 +17,8 @@ QString name(Window window) {
         case Window::PatientCurves: return QStringLiteral("PatientCurves");
         case Window::Form10: return QStringLiteral("Form10");
         case Window::Form_Gating: return QStringLiteral("Form_Gating");
+        case Window::Form12: return QStringLiteral("Form12");
+        case Window::Form11: return QStringLiteral("Form11");
     }
     return QStringLiteral("?");
 }

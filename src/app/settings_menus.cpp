@@ -1,0 +1,48 @@
+// The Settings menu: the patient's settings and the system's, neither while a hold is armed or
+// running.
+#include "app/form1.h"
+
+namespace zel {
+
+void Form1::Patient_Settings_Click() {
+    if (b_state > 1) return;
+    patient_settings_cancel = false;
+    form12_open = true;
+    // The link runs on behind this dialog: the gating supervision keeps polling, and an
+    // override taken meanwhile shows in the dialog's gating box.
+    show_Form12();
+    if (patient_defined && !patient_settings_cancel) {
+        save_patient_parameters();
+        upload_settings();
+        // A wider chart or a new threshold shows at once.
+        update_chart_labels();
+        draw_chart();
+    }
+}
+
+void Form1::Control_Panel_Click() {
+    if (b_state > 1) return;
+    // The folder browser and the boxes of this dialog may stand for long: the link is
+    // suspended behind it and searched for again afterwards.
+    stop_module_link();
+    show_Form11();
+    start_module_search();
+    // The file's date and checksum change even when nothing else did.
+    if (patient_defined) save_patient_parameters();
+    draw_chart();
+    update_chart_labels();
+}
+
+void Form1::show_Form12() {
+    form12 = std::make_unique<Form12>(*this);
+    form12->Form_Load();
+    platform.windows.show_modal(Window::Form12);
+}
+
+void Form1::show_Form11() {
+    form11 = std::make_unique<Form11>(*this);
+    form11->Form_Load();
+    platform.windows.show_modal(Window::Form11);
+}
+
+}  // namespace zel

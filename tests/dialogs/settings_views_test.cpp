@@ -1,0 +1,147 @@
+// The settings dialogs' windows: they hand the operator's actions to the models and show the
+// models' state; the rules are the models'.
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include "fakes/rig.h"
+#include "language/messages.h"
+#include "platform/qt_chart_surface.h"
+#include "ui/form11_view.h"
+#include "ui/form12_view.h"
+#include "ui/form1_view.h"
+#include "ui/qt_windows.h"
+
+namespace zel::test {
+namespace {
+
+struct ViewRig : Rig {
+    QTemporaryDir data;
+    ViewRig() {
+        form.number_format = QStringLiteral("dot");
+        form.data_directory = data.path();
+        form.duration = 15;
+        form.thresh = 1.2f;
+        form.language_file = QStringLiteral("English");
+        form.language_name = {QStringLiteral("Deutsch")};
+    }
+};
+
+template <class W>
+W* find(QWidget* in, const QString& text) {
+    for (W* w : in->findChildren<W*>())
+        if (w->text() == text) return w;
+    return nullptr;
+}
+
+// Every caption fits its control; with ZEL_SCREENSHOT_DIR set, the window is saved as a
+// picture for a look.
+void expect_captions_fit(QWidget& view, const char* picture) {
+    for (QLabel* label : view.findChildren<QLabel*>()) {
+        if (label->wordWrap())
+            EXPECT_LE(label->heightForWidth(label->width()), label->height())
+                << label->text().toStdString();
+        else
+            EXPECT_LE(label->sizeHint().width(), label->width()) << label->text().toStdString();
+    }
+    for (QAbstractButton* button : view.findChildren<QAbstractButton*>())
+        EXPECT_LE(button->sizeHint().width(), button->width()) << button->text().toStdString();
+    for (QGroupBox* box : view.findChildren<QGroupBox*>())
+        EXPECT_LE(box->minimumSizeHint().width(), box->width()) << box->title().toStdString();
+    const QString dir = qEnvironmentVariable("ZEL_SCREENSHOT_DIR");
+    if (!dir.isEmpty()) view.grab().save(dir + QLatin1Char('/') + picture);
+}
+
+TEST(Form12View, shows_its_captions_and_passes_a_choice_of_trigger) {
+    ViewRig rig;
+    rig.form.inhale = true;
+    rig.form.Gated_Treatment = true;
+    rig.form.form12 = std::make_unique<Form12>(rig.form);
+    Form12& f = *rig.form.form12;
+    f.Form_Load();
+    Form12View view(rig.form, f, nullptr);
+    view.show();
+    EXPECT_EQ(view.windowTitle(), message_text(281));
+    auto* save = find<QPushButton>(&view, message_text(266));
+    ASSERT_NE(save, nullptr);
+    EXPECT_FALSE(save->isEnabled());
+    auto* exhalation = find<QRadioButton>(&view, message_text(237));
+    ASSERT_NE(exhalation, nullptr);
+    QTest::mouseClick(exhalation, Qt::LeftButton);
+    EXPECT_EQ(f.Exhalation_button.Value, 1);
+    EXPECT_FALSE(find<QRadioButton>(&view, message_text(236))->isChecked());
+    EXPECT_TRUE(save->isEnabled());
+
+    // A refused entry: both warnings and the standing one fit.
+    f.type_text(f.BreathHold_Text, QStringLiteral("100"), 3);
+    f.key_press(f.BreathHold_Text, 13);
+    f.type_text(f.Threshold_Text, QStringLiteral("abc"), 3);
+    f.key_press(f.Threshold_Text, 13);
+    view.sync();
+    ASSERT_NE(find<QLabel>(&view, message_text(185)), nullptr);
+    expect_captions_fit(view, "form12.png");
+}
+
+TEST(Form11View, shows_its_captions_and_passes_a_language_choice) {
+    ViewRig rig;
+    rig.form.form11 = std::make_unique<Form11>(rig.form);
+    Form11& f = *rig.form.form11;
+    f.Form_Load();
+    Form11View view(rig.form, f, nullptr);
+    view.show();
+    EXPECT_EQ(view.windowTitle(), message_text(315));
+    auto* combo = view.findChild<QComboBox*>();
+    ASSERT_NE(combo, nullptr);
+    EXPECT_EQ(combo->currentText(), QStringLiteral("English"));
+    combo->setFocus();
+    QTest::keyClick(combo, Qt::Key_Down);
+    EXPECT_EQ(f.LangCombo.ListIndex, 1);
+    EXPECT_TRUE(f.languageChanged);
+    EXPECT_TRUE(find<QPushButton>(&view, message_text(113))->isEnabled());
+    ASSERT_NE(find<QLabel>(&view, message_text(301)), nullptr);
+    auto* directory = find<QLineEdit>(&view, rig.data.path());
+    ASSERT_NE(directory, nullptr);
+    EXPECT_TRUE(directory->isReadOnly());
+    f.type_text(f.Y_Range_Text, QStringLiteral("0.5"), 3);
+    f.key_press(f.Y_Range_Text, 13);
+    view.sync();
+    expect_captions_fit(view, "form11.png");
+}
+
+TEST(SettingsViews, the_console_shows_them_modally_until_cancel_closes_them) {
+    ViewRig rig;
+    QtChartSurface surface(870, 499);
+    Form1View main_window(rig.form, surface);
+    QtWindows windows(rig.form, main_window);
+    for (Window window : {Window::Form12, Window::Form11}) {
+        QTimer::singleShot(0, [] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            ASSERT_NE(dialog, nullptr);
+            find<QPushButton>(dialog, message_text(114))->click();
+        });
+        if (window == Window::Form12) {
+            rig.form.form12 = std::make_unique<Form12>(rig.form);
+            rig.form.form12->Form_Load();
+        } else {
+            rig.form.form11 = std::make_unique<Form11>(rig.form);
+            rig.form.form11->Form_Load();
+        }
+        windows.show_modal(window);
+        EXPECT_TRUE(window == Window::Form12 ? rig.form.form12->unloaded
+                                             : rig.form.form11->unloaded);
+    }
+    EXPECT_TRUE(rig.form.patient_settings_cancel);
+}
+
+}  // namespace
+}  // namespace zel::test
