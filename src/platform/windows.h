@@ -17,6 +17,7 @@ enum class Window {
     Form_WrongVersion,
     Form_NumberFormatWarning,
     PatientCurves,
+    DialogSessionHistory,
 };
 
 class Windows {

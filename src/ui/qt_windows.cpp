@@ -9,6 +9,7 @@
 
 #include "app/form1.h"
 #include "ui/control_widgets.h"
+#include "ui/dialog_session_history_view.h"
 #include "ui/form13_view.h"
 #include "ui/form1_view.h"
 #include "ui/form5_view.h"
@@ -48,6 +49,12 @@ void QtWindows::show_modal(Window window) {
             new Form5View(form, *form.form5, main_window.isVisible() ? &main_window : nullptr);
         new_patient->setAttribute(Qt::WA_DeleteOnClose);
         new_patient->exec();
+        return;
+    }
+    if (window == Window::DialogSessionHistory) {
+        DialogSessionHistoryView history(form, main_window.isVisible() ? &main_window : nullptr);
+        history.load();
+        if (!history.model().unloaded) history.exec();
         return;
     }
     QPointer<QDialog>& slot = window == Window::Form6 ? banner : system_check;

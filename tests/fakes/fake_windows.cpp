@@ -15,6 +15,7 @@ QString name(Window window) {
         case Window::Form_WrongVersion: return QStringLiteral("Form_WrongVersion");
         case Window::Form_NumberFormatWarning: return QStringLiteral("Form_NumberFormatWarning");
         case Window::PatientCurves: return QStringLiteral("PatientCurves");
+        case Window::DialogSessionHistory: return QStringLiteral("DialogSessionHistory");
     }
     return QStringLiteral("?");
 }
