@@ -27,16 +27,17 @@ constexpr const char* column_keys[] = {
 
 DialogSessionHistory::DialogSessionHistory(Form1& form, Printer& printer)
     : form(form), printer(printer) {
-    // An 840 by 420 pixel inner area: the heading, the list, the two buttons under it.
-    ScaleWidth = 12600;
+    // A 920 by 420 pixel inner area: the heading, the list with room for its seven columns,
+    // the two buttons under it.
+    ScaleWidth = 13800;
     ScaleHeight = 6300;
     place(LabelSession, 240, 180, 6000, 360);
     LabelSession.font.size = 12;
     LabelSession.font.bold = true;
-    place(ListView1, 240, 660, 12120, 4620);
+    place(ListView1, 240, 660, 13320, 4620);
     ListView1.BackColor = Rgb{255, 255, 255};
-    place(DoneButton, 10740, 5580, 1620, 480);
-    place(cmdPrint, 8880, 5580, 1620, 480);
+    place(DoneButton, 11940, 5580, 1620, 480);
+    place(cmdPrint, 10080, 5580, 1620, 480);
 }
 
 std::vector<Control*> DialogSessionHistory::layout_controls() {

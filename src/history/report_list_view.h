@@ -17,8 +17,8 @@ struct ReportListView : Control {
         QString text;
         std::vector<QString> sub_items;  // sub-item k at k - 1
     };
-    // The width of a column added without one.
-    static constexpr double default_column_width = 1440;
+    // The width of a column added without one: room for a heading of some 18 letters.
+    static constexpr double default_column_width = 1700;
 
     std::vector<Column> columns;
     std::vector<Item> items;

@@ -17,8 +17,11 @@ constexpr double twips_per_inch = 1440;
 
 }  // namespace
 
+// The printer's own font is 8 points: the seven columns of the history, measured with the
+// blanks of their headings, then fit an A4 or letter page upright, which holds a whole course
+// of sessions on its one page.
 QtPrinter::QtPrinter()
-    : printer(QPrinter::HighResolution), font(QStringLiteral("Liberation Sans"), 10) {
+    : printer(QPrinter::HighResolution), font(QStringLiteral("Liberation Sans"), 8) {
     // Without a printer on the machine, the page goes to a PDF file that the dialog names.
     if (QPrinterInfo::availablePrinterNames().isEmpty()) {
         printer.setOutputFormat(QPrinter::PdfFormat);
@@ -65,9 +68,10 @@ QPainter& QtPrinter::page() {
     if (!painter->isActive()) {
         if (!painter->begin(&printer))
             throw ZelError(err_printer, QStringLiteral("Printer"), QStringLiteral("Printer error"));
-        // A thin rule: about a hundredth of an inch.
+        // A fine rule, a two-hundredth of an inch: the column rules stand 30 twips before
+        // the next column's text.
         QPen pen(Qt::black);
-        pen.setWidthF(device_units(14));
+        pen.setWidthF(device_units(7));
         painter->setPen(pen);
         painter->setBrush(Qt::NoBrush);
     }

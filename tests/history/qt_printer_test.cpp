@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 
 #include "history/history_printout.h"
+#include "language/messages.h"
 #include "platform/qt_printer.h"
 
 namespace zel::test {
@@ -13,17 +14,33 @@ namespace {
 
 TEST(QtPrinter, measures_the_default_font_in_twips) {
     QtPrinter printer;
-    // A 10 point line is 200 twips of type and a little leading.
-    EXPECT_EQ(printer.font_size(), 10);
-    EXPECT_GT(printer.text_height(QStringLiteral("X")), 200);
-    EXPECT_LT(printer.text_height(QStringLiteral("X")), 300);
+    // An 8 point line is 160 twips of type and a little more.
+    EXPECT_EQ(printer.font_size(), 8);
+    EXPECT_GT(printer.text_height(QStringLiteral("X")), 160);
+    EXPECT_LT(printer.text_height(QStringLiteral("X")), 240);
     const double date = printer.text_width(QStringLiteral("Date and Time"));
-    EXPECT_GT(date, 1000);
-    EXPECT_LT(date, 2000);
-    EXPECT_GT(printer.text_width(QStringLiteral("Date and Time      ")), date + 200);
+    EXPECT_GT(date, 800);
+    EXPECT_LT(date, 1600);
+    EXPECT_GT(printer.text_width(QStringLiteral("Date and Time      ")), date + 150);
     // A letter or A4 page, less its margins.
     EXPECT_GT(printer.page_width(), 10000);
     EXPECT_GT(printer.page_height(), 14000);
+}
+
+TEST(QtPrinter, the_history_table_fits_the_width_of_an_upright_page) {
+    QtPrinter printer;
+    for (QPageSize::PageSizeId size : {QPageSize::A4, QPageSize::Letter}) {
+        printer.device().setPageSize(QPageSize(size));
+        const QString row[] = {"12", "23.11.2026 at 14:17:52", "1.5", "15", "Inhale", "12",
+                               "Manual Overide"};
+        double right = 1440 + 60 + 60;
+        int k = 0;
+        for (int heading : {156, 157, 158, 159, 160, 161, 300}) {
+            right += std::max(printer.text_width(message_text(heading)),
+                              printer.text_width(row[k++])) + 240;
+        }
+        EXPECT_LT(right, printer.page_width()) << int(size);
+    }
 }
 
 TEST(QtPrinter, draws_the_history_page_into_a_pdf_file) {
