@@ -19,8 +19,13 @@ void place(Control& c, double left, double top, double width, double height) {
 
 // The keys of a session's section, in the order of its columns.
 constexpr const char* column_keys[] = {
-    "ID",        "Date", "Threshold", "Breath_Hold_Duration", "Trigger_on_Inhale",
-    "Number_of_breath_holds", "Gating Mode",
+    "ID",
+    "Date",
+    "Threshold",
+    "Breath_Hold_Duration",
+    "Trigger_on_Inhale",
+    "Number_of_breath_holds",
+    "Gating Mode",
 };
 
 }  // namespace

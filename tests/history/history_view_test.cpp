@@ -22,9 +22,9 @@ QPushButton* button(QWidget& window, const QString& text) {
 
 TEST(DialogSessionHistoryView, shows_the_sessions_under_their_headings) {
     HistoryRig rig;
-    rig.write_history(2, {{" 1", "04-Mar-26 at 09:05:07", "1.2", " 15", "Inhale", " 2", "Manual"},
-                          {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Exhale", " 0",
-                           "Automated"}});
+    rig.write_history(2,
+                      {{" 1", "04-Mar-26 at 09:05:07", "1.2", " 15", "Inhale", " 2", "Manual"},
+                       {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Exhale", " 0", "Automated"}});
     DialogSessionHistoryView view(rig.form, nullptr);
     view.load();
     EXPECT_EQ(view.windowTitle(), QStringLiteral("Session History"));

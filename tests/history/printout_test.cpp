@@ -43,10 +43,11 @@ TEST(HistoryPrintout, one_session_is_a_heading_line_a_rule_and_one_row_in_a_rule
     const std::vector<Op>& ops = rig.printer.ops;
     // dialog, 3 lines of heading and an empty one, 7 headings and the line end, the rule,
     // 7 cells, the box, 6 column rules, the end of the document.
-    ASSERT_EQ(ops.size(), 1u + 4 + 8 + 1 + 7 + 1 + 6 + 1) << rig.printer.kinds().join(' ').toStdString();
+    ASSERT_EQ(ops.size(), 1u + 4 + 8 + 1 + 7 + 1 + 6 + 1)
+        << rig.printer.kinds().join(' ').toStdString();
     EXPECT_EQ(ops.front().kind, QStringLiteral("dialog"));
-    expect_text(ops[1], 1500, 1440, QStringLiteral("ZEL Patient Session History (22-Nov-26 09:05:07)"),
-                "heading");
+    expect_text(ops[1], 1500, 1440,
+                QStringLiteral("ZEL Patient Session History (22-Nov-26 09:05:07)"), "heading");
     EXPECT_TRUE(ops[1].line_end);
     expect_text(ops[2], 1500, 1740, QStringLiteral("Name: Doe, Jane"), "name");
     expect_text(ops[3], 1500, 2040, QStringLiteral("Medical ID: A1"), "medical id");
@@ -73,12 +74,13 @@ TEST(HistoryPrintout, one_session_is_a_heading_line_a_rule_and_one_row_in_a_rule
 
 TEST(HistoryPrintout, three_sessions_widen_their_columns_and_deepen_the_box) {
     HistoryRig rig;
-    rig.write_history(3, {
-        first,
-        {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Inhale", " 0", "Automated"},
-        {"Evening session 2", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12",
-         "Manual Overide"},
-    });
+    rig.write_history(
+        3, {
+               first,
+               {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Inhale", " 0", "Automated"},
+               {"Evening session 2", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12",
+                "Manual Overide"},
+           });
     rig.history.Form_Load();
     rig.history.cmdPrint_Click();
     const std::vector<Op> texts = rig.printer.texts();
@@ -164,8 +166,12 @@ TEST(HistoryPrintout, fit_text_cuts_characters_from_the_end_until_the_text_fits)
         const char* fitted;
     };
     const Case cases[] = {
-        {"Inhale", 600, "Inhale"}, {"Inhale", 599, "Inhal"}, {"Inhale", 350, "Inh"},
-        {"Inhale", 99, ""},        {"", 0, ""},              {"A  ", 250, "A "},
+        {"Inhale", 600, "Inhale"},
+        {"Inhale", 599, "Inhal"},
+        {"Inhale", 350, "Inh"},
+        {"Inhale", 99, ""},
+        {"", 0, ""},
+        {"A  ", 250, "A "},
     };
     for (const Case& c : cases)
         EXPECT_EQ(fit_text(printer, QString::fromLatin1(c.text), c.width),

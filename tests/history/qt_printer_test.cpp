@@ -1,5 +1,7 @@
 // The printer through Qt, printing to a PDF file as on a machine without a printer: the page
 // is a PDF, twips measure as twips, and a document ended without drawing writes nothing.
+#include "platform/qt_printer.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -7,7 +9,6 @@
 
 #include "history/history_printout.h"
 #include "language/messages.h"
-#include "platform/qt_printer.h"
 
 namespace zel::test {
 namespace {
@@ -31,13 +32,14 @@ TEST(QtPrinter, the_history_table_fits_the_width_of_an_upright_page) {
     QtPrinter printer;
     for (QPageSize::PageSizeId size : {QPageSize::A4, QPageSize::Letter}) {
         printer.device().setPageSize(QPageSize(size));
-        const QString row[] = {"12", "23.11.2026 at 14:17:52", "1.5", "15", "Inhale", "12",
-                               "Manual Overide"};
+        const QString row[] = {"12", "23.11.2026 at 14:17:52", "1.5", "15", "Inhale",
+                               "12", "Manual Overide"};
         double right = 1440 + 60 + 60;
         int k = 0;
         for (int heading : {156, 157, 158, 159, 160, 161, 300}) {
-            right += std::max(printer.text_width(message_text(heading)),
-                              printer.text_width(row[k++])) + 240;
+            right +=
+                std::max(printer.text_width(message_text(heading)), printer.text_width(row[k++])) +
+                240;
         }
         EXPECT_LT(right, printer.page_width()) << int(size);
     }

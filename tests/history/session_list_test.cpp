@@ -15,12 +15,13 @@ const StoredSession morning{" 1", "04-Mar-26 at 09:05:07", "1.2", " 15", "Inhale
 
 TEST(SessionList, shows_each_session_as_stored_in_file_order) {
     HistoryRig rig;
-    rig.write_history(3, {
-        morning,
-        // Saved under another language: its trigger word stays.
-        {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Einatmen", " 0", "Automated"},
-        {"Evening", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12", "Manual Overide"},
-    });
+    rig.write_history(
+        3, {
+               morning,
+               // Saved under another language: its trigger word stays.
+               {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Einatmen", " 0", "Automated"},
+               {"Evening", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12", "Manual Overide"},
+           });
     rig.history.Form_Load();
     const std::vector<Row> expected = {
         {"1", "04-Mar-26 at 09:05:07", "1.2", "15", "Inhale", "2", "Manual"},
@@ -123,8 +124,8 @@ TEST(SessionList, controls_grow_with_the_window_in_proportion) {
         double width_factor, height_factor;
         bool minimized;
     };
-    const Case cases[] = {{2.0, 1.5, false}, {0.5, 0.75, false}, {1.0, 1.0, false},
-                          {0.1, 0.1, true}};
+    const Case cases[] = {
+        {2.0, 1.5, false}, {0.5, 0.75, false}, {1.0, 1.0, false}, {0.1, 0.1, true}};
     for (const Case& c : cases) {
         HistoryRig rig;
         DialogSessionHistory& h = rig.history;
