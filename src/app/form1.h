@@ -163,6 +163,8 @@ public:
     void create_new_patient_Click();
     // The review of recorded curves, beside the console, with the link stopped while it loads.
     void mnuVisualizePatientCurves_Click();
+    // The patient's session history, modal (history).
+    void mnuSessionHistory_Click();
     void save_session();
     void load_chosen_patient();
     // The names, session and medical ID of the patient in force on the main window.

@@ -21,6 +21,7 @@ enum class Window {
     Form_Gating,
     Form12,
     Form11,
+    DialogSessionHistory,
 };
 
 class Windows {

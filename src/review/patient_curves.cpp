@@ -176,13 +176,7 @@ std::vector<Control*> PatientCurves::layout_controls() {
 }
 
 void PatientCurves::record_layout() {
-    layout_record.clear();
-    for (const Control* c : layout_controls())
-        layout_record.push_back({static_cast<float>(c->Left), static_cast<float>(c->Top),
-                                 static_cast<float>(c->Width), static_cast<float>(c->Height),
-                                 static_cast<float>(c->font.size)});
-    recorded_width = ScaleWidth;
-    recorded_height = ScaleHeight;
+    layout.record(layout_controls(), ScaleWidth, ScaleHeight);
 }
 
 void PatientCurves::Form_Resize() {
@@ -190,19 +184,8 @@ void PatientCurves::Form_Resize() {
 }
 
 void PatientCurves::scale_layout() {
-    if (layout_record.empty() || recorded_width <= 0 || recorded_height <= 0) return;
-    const double xs = ScaleWidth / recorded_width;
-    const double ys = ScaleHeight / recorded_height;
-    const std::vector<Control*> controls = layout_controls();
-    for (size_t k = 0; k < controls.size(); ++k) {
-        Control& c = *controls[k];
-        const auto& kept = layout_record[k];
-        c.Left = xs * kept[0];
-        c.Top = ys * kept[1];
-        c.Width = xs * kept[2];
-        // The drop-down list keeps the height the system gives it.
-        if (&c != &comboAlign) c.Height = ys * kept[3];
-    }
+    // The drop-down list keeps the height the system gives it.
+    layout.scale(layout_controls(), ScaleWidth, ScaleHeight, &comboAlign);
 }
 
 }  // namespace zel

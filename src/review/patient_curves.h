@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/control.h"
+#include "app/proportional_layout.h"
 #include "platform/file_dialogs.h"
 #include "platform/locale.h"
 #include "platform/message_box.h"
@@ -148,8 +149,7 @@ public:
 private:
     // The controls in the window's collection order, with what record_layout kept of each.
     std::vector<Control*> layout_controls();
-    std::vector<std::array<float, 5>> layout_record;
-    double recorded_width = 0, recorded_height = 0;
+    ProportionalLayout layout;
     void place_controls();
     // The load's steps before the curves: list column, layout, colours, chart, captions, mode.
     void prepare_window();

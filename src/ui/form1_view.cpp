@@ -123,7 +123,7 @@ void Form1View::build_menus() {
     add_action(settings, form.Control_Panel, &Form1::Control_Panel_Click);
     add_action(settings, form.Patient_Settings, &Form1::Patient_Settings_Click);
     QMenu* view = menu(form.mnuView);
-    add_action(view, form.mnuSessionHistory, nullptr);
+    add_action(view, form.mnuSessionHistory, &Form1::mnuSessionHistory_Click);
     QMenu* data = menu(form.data_handle);
     add_action(data, form.mnuVisualizePatientCurves, &Form1::mnuVisualizePatientCurves_Click);
     // Stands in the menu as built, and is never shown.

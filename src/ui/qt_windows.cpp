@@ -10,6 +10,7 @@
 #include "app/form1.h"
 #include "ui/control_widgets.h"
 #include "ui/form10_view.h"
+#include "ui/dialog_session_history_view.h"
 #include "ui/form13_view.h"
 #include "ui/form11_view.h"
 #include "ui/form12_view.h"
@@ -73,6 +74,12 @@ void QtWindows::show_modal(Window window) {
             return;
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         dialog->exec();
+        return;
+    }
+    if (window == Window::DialogSessionHistory) {
+        DialogSessionHistoryView history(form, main_window.isVisible() ? &main_window : nullptr);
+        history.load();
+        if (!history.model().unloaded) history.exec();
         return;
     }
     QPointer<QDialog>& slot = window == Window::Form6 ? banner : system_check;

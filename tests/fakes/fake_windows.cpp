@@ -19,6 +19,7 @@ QString name(Window window) {
         case Window::Form_Gating: return QStringLiteral("Form_Gating");
         case Window::Form12: return QStringLiteral("Form12");
         case Window::Form11: return QStringLiteral("Form11");
+        case Window::DialogSessionHistory: return QStringLiteral("DialogSessionHistory");
     }
     return QStringLiteral("?");
 }

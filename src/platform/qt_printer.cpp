@@ -1,0 +1,132 @@
+#include "platform/qt_printer.h"
+
+#include <QDir>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPrintDialog>
+#include <QPrinterInfo>
+
+#include "app/zel_error.h"
+
+namespace zel {
+
+namespace {
+
+constexpr int err_printer = 482;
+constexpr double twips_per_inch = 1440;
+
+}  // namespace
+
+// The printer's own font is 8 points: the seven columns of the history, measured with the
+// blanks of their headings, then fit an A4 or letter page upright, which holds a whole course
+// of sessions on its one page.
+QtPrinter::QtPrinter()
+    : printer(QPrinter::HighResolution), font(QStringLiteral("Liberation Sans"), 8) {
+    // Without a printer on the machine, the page goes to a PDF file that the dialog names.
+    if (QPrinterInfo::availablePrinterNames().isEmpty()) {
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(QDir::homePath() + QStringLiteral("/session-history.pdf"));
+    }
+    printer.setDocName(QStringLiteral("ZEL Patient Session History"));
+}
+
+QtPrinter::~QtPrinter() {
+    if (painter && painter->isActive()) painter->end();
+}
+
+bool QtPrinter::choose_printer() {
+    QPrintDialog dialog(&printer, parent);
+    // One page, always the whole of it.
+    dialog.setOption(QAbstractPrintDialog::PrintPageRange, false);
+    dialog.setOption(QAbstractPrintDialog::PrintSelection, false);
+    return dialog.exec() == QDialog::Accepted;
+}
+
+double QtPrinter::device_units(double value) const {
+    return value * printer.resolution() / twips_per_inch;
+}
+
+double QtPrinter::twips(double value) const {
+    return value * twips_per_inch / printer.resolution();
+}
+
+double QtPrinter::page_width() const {
+    return twips(printer.pageLayout().paintRectPixels(printer.resolution()).width());
+}
+
+double QtPrinter::page_height() const {
+    return twips(printer.pageLayout().paintRectPixels(printer.resolution()).height());
+}
+
+void QtPrinter::set_font(const QString& name, double size) {
+    font = QFont(name);
+    font.setPointSizeF(size);
+}
+
+QPainter& QtPrinter::page() {
+    if (!painter) painter = std::make_unique<QPainter>();
+    if (!painter->isActive()) {
+        if (!painter->begin(&printer))
+            throw ZelError(err_printer, QStringLiteral("Printer"), QStringLiteral("Printer error"));
+        // A fine rule, a two-hundredth of an inch: the column rules stand 30 twips before
+        // the next column's text.
+        QPen pen(Qt::black);
+        pen.setWidthF(device_units(7));
+        painter->setPen(pen);
+        painter->setBrush(Qt::NoBrush);
+    }
+    return *painter;
+}
+
+double QtPrinter::text_width(const QString& text) const {
+    return twips(QFontMetricsF(font, &printer).horizontalAdvance(text));
+}
+
+double QtPrinter::text_height(const QString&) const {
+    return twips(QFontMetricsF(font, &printer).height());
+}
+
+void QtPrinter::print_text(const QString& text, bool line_end) {
+    QPainter& p = page();
+    if (!text.isEmpty()) {
+        p.setFont(QFont(font, &printer));
+        const double ascent = QFontMetricsF(font, &printer).ascent();
+        p.drawText(QPointF(device_units(x), device_units(y) + ascent), text);
+    }
+    if (line_end) {
+        x = 0;
+        y += text_height(text);
+    } else {
+        x += text_width(text);
+    }
+}
+
+void QtPrinter::line(double x1, double y1, double x2, double y2) {
+    page().drawLine(QPointF(device_units(x1), device_units(y1)),
+                    QPointF(device_units(x2), device_units(y2)));
+    x = x2;
+    y = y2;
+}
+
+void QtPrinter::box(double x1, double y1, double x2, double y2) {
+    page().drawRect(QRectF(QPointF(device_units(x1), device_units(y1)),
+                           QPointF(device_units(x2), device_units(y2))));
+    x = x2;
+    y = y2;
+}
+
+void QtPrinter::new_page() {
+    if (!printer.newPage())
+        throw ZelError(err_printer, QStringLiteral("Printer"), QStringLiteral("Printer error"));
+    x = 0;
+    y = 0;
+}
+
+void QtPrinter::end_document() {
+    if (painter && painter->isActive()) painter->end();
+    painter.reset();
+    x = 0;
+    y = 0;
+}
+
+}  // namespace zel

@@ -1,0 +1,87 @@
+#include "fakes/fake_printer.h"
+
+#include <QStringList>
+
+#include "app/zel_error.h"
+
+namespace zel::test {
+
+namespace {
+
+FakePrinter::Op op(const char* kind, double x = 0, double y = 0, double x2 = 0, double y2 = 0) {
+    FakePrinter::Op out;
+    out.kind = QString::fromLatin1(kind);
+    out.x = x;
+    out.y = y;
+    out.x2 = x2;
+    out.y2 = y2;
+    return out;
+}
+
+}  // namespace
+
+bool FakePrinter::choose_printer() {
+    ops.push_back(op("dialog"));
+    return !cancel;
+}
+
+void FakePrinter::set_font(const QString& font, double points) {
+    name = font;
+    size = points;
+}
+
+void FakePrinter::drawing() {
+    if (++drawn == failing)
+        throw ZelError(482, QStringLiteral("Printer"), QStringLiteral("Printer error"));
+}
+
+void FakePrinter::print_text(const QString& text, bool line_end) {
+    drawing();
+    Op printed = op("text", x, y);
+    printed.text = text;
+    printed.line_end = line_end;
+    ops.push_back(printed);
+    if (line_end) {
+        x = 0;
+        y += line_height;
+    } else {
+        x += text_width(text);
+    }
+}
+
+void FakePrinter::line(double x1, double y1, double x2, double y2) {
+    drawing();
+    ops.push_back(op("line", x1, y1, x2, y2));
+    x = x2;
+    y = y2;
+}
+
+void FakePrinter::box(double x1, double y1, double x2, double y2) {
+    drawing();
+    ops.push_back(op("box", x1, y1, x2, y2));
+    x = x2;
+    y = y2;
+}
+
+void FakePrinter::new_page() { ops.push_back(op("new page")); }
+
+void FakePrinter::end_document() {
+    ops.push_back(op("end"));
+    x = 0;
+    y = 0;
+}
+
+QStringList FakePrinter::kinds() const {
+    QStringList out;
+    for (const Op& op : ops) out.append(op.kind);
+    return out;
+}
+
+std::vector<FakePrinter::Op> FakePrinter::of_kind(const char* kind) const {
+    std::vector<Op> out;
+    for (const Op& op : ops)
+        if (op.kind == QLatin1String(kind)) out.push_back(op);
+    return out;
+}
+
+}  // namespace zel::test
