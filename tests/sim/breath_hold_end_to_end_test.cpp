@@ -12,6 +12,7 @@
 #include "platform/qt_serial_port.h"
 #include "platform/qt_timer.h"
 #include "sim/sim_process.h"
+#include "sim/live_console.h"
 
 namespace zel::test {
 namespace {
@@ -51,7 +52,7 @@ struct Console {
         waited.start();
         while (!done()) {
             if (waited.elapsed() > timeout_ms) return false;
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            handle_events();
         }
         return true;
     }

@@ -84,7 +84,7 @@ TEST(FailSafe, a_bad_volume_word_in_a_gated_hold_opens_the_relay_then_reports_on
     while (c.fakes.boxes.shown.isEmpty() && armed.elapsed() < 20000) {
         if (c.form.b_state == 1 && c.form.sw_state == 1 && !c.form.volume_in_threshold_region())
             c.form.Form_KeyDown(32, 0);
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        handle_events();
     }
     c.run_until([] { return false; }, 500);
 
@@ -147,7 +147,7 @@ TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
         QElapsedTimer shown;
         shown.start();
         while (shown.elapsed() < 1000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            handle_events();
             if (c.form.Timer_module_connect->Enabled()) link_lost = true;
         }
         counted_after = c.form.total_counts;

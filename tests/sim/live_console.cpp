@@ -15,6 +15,13 @@ double monotonic_seconds() {
     return static_cast<double>(t.tv_sec) + t.tv_nsec / 1e9;
 }
 
+void handle_events() {
+    QTimer wake;
+    wake.setSingleShot(true);
+    wake.start(5);
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+
 void keep_event_loop_running(int milliseconds) {
     QEventLoop loop;
     QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
@@ -26,7 +33,7 @@ bool LiveConsole::run_until(const std::function<bool()>& done, int timeout_ms) {
     waited.start();
     while (!done()) {
         if (waited.elapsed() > timeout_ms) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        handle_events();
     }
     return true;
 }

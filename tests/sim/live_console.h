@@ -18,6 +18,9 @@
 namespace zel::test {
 
 double monotonic_seconds();
+// Handles what is pending, or sleeps until something comes (at most a few milliseconds):
+// a test that spins instead takes the processor from the simulator it waits for.
+void handle_events();
 // A nested event loop, as a modal dialog runs one.
 void keep_event_loop_running(int milliseconds);
 

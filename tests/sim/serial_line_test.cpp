@@ -15,6 +15,7 @@
 #include "app/form1.h"
 #include "fakes/fake_platform.h"
 #include "platform/qt_serial_port.h"
+#include "sim/live_console.h"
 
 namespace zelsim::test {
 namespace {
@@ -103,7 +104,7 @@ TEST(SimulatorOnPseudoTerminal,
     QElapsedTimer clock;
     clock.start();
     while (received.size() < wanted && clock.elapsed() < 30000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        zel::test::handle_events();
     port.Output("d");
     port.set_PortOpen(false);
     simulator.terminate();
