@@ -17,9 +17,11 @@
 #include "fakes/rig.h"
 #include "language/messages.h"
 #include "platform/qt_chart_surface.h"
+#include "ui/form10_view.h"
 #include "ui/form11_view.h"
 #include "ui/form12_view.h"
 #include "ui/form1_view.h"
+#include "ui/form_gating_view.h"
 #include "ui/qt_windows.h"
 
 namespace zel::test {
@@ -141,6 +143,33 @@ TEST(SettingsViews, the_console_shows_them_modally_until_cancel_closes_them) {
                                              : rig.form.form11->unloaded);
     }
     EXPECT_TRUE(rig.form.patient_settings_cancel);
+}
+
+TEST(HelpWindows, show_their_captions_and_done_closes_them) {
+    ViewRig rig;
+    rig.form.Gated_Treatment = true;
+    rig.form.tarrow_DLL_firmware = QStringLiteral("1.0.0.7");
+    rig.form.form10 = std::make_unique<Form10>();
+    rig.form.form10->Form_Load(rig.form);
+    std::unique_ptr<QDialog> about(make_form10_view(rig.form, nullptr));
+    about->show();
+    expect_captions_fit(*about, "form10.png");
+    EXPECT_EQ(about->windowTitle(), message_text(136));
+    ASSERT_NE(find<QLabel>(about.get(), QStringLiteral("1.0.0.7")), nullptr);
+    QTest::mouseClick(find<QPushButton>(about.get(), message_text(113)), Qt::LeftButton);
+    EXPECT_FALSE(rig.form.about_visible);
+    EXPECT_FALSE(about->isVisible());
+
+    rig.form.form_gating = std::make_unique<FormGating>(rig.fakes.tarrow, rig.fakes.timers);
+    rig.form.form_gating->Form_Load();
+    rig.form.form_gating->Timer_Tarrow_Diagnostics_Timer();
+    std::unique_ptr<QDialog> gating(make_form_gating_view(rig.form, nullptr));
+    gating->show();
+    expect_captions_fit(*gating, "form_gating.png");
+    ASSERT_NE(find<QLabel>(gating.get(), message_text(333)), nullptr);
+    QTest::mouseClick(find<QPushButton>(gating.get(), message_text(113)), Qt::LeftButton);
+    EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled());
+    EXPECT_FALSE(gating->isVisible());
 }
 
 }  // namespace

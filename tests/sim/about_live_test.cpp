@@ -1,0 +1,41 @@
+// The About box open over a running link: the levels it shows follow the module's.
+#include <gtest/gtest.h>
+
+#include "sim/live_console.h"
+
+namespace zel::test {
+namespace {
+
+TEST(AboutLive, the_levels_follow_the_module_while_the_box_is_open) {
+    LiveConsole c(false);
+    // The battery runs down and the pressure reservoir fills while the box is up.
+    ASSERT_TRUE(c.sim.start("battery 9.0\npressure 10.0\nwait 4\nbattery 7.5\npressure 14.0\n"
+                            "wait 60\nquit\n"));
+    ASSERT_TRUE(c.link_up()) << "the link never came up";
+    QStringList batteries, pressures;
+    c.fakes.windows.during(Window::Form10, [&] {
+        Form10& about = *c.form.form10;
+        c.run_until([&] {
+            if (batteries.isEmpty() || batteries.back() != about.battery_voltage.Caption)
+                batteries.append(about.battery_voltage.Caption);
+            if (pressures.isEmpty() || pressures.back() != about.Label_pressure.Caption)
+                pressures.append(about.Label_pressure.Caption);
+            return batteries.size() >= 3 && pressures.size() >= 3;
+        }, 12000);
+        about.Done_Click(c.form);
+    });
+    c.form.About_Click();
+    // What the box opened with, then the module's 9 V, then its 7.5 V (to the counts' step).
+    ASSERT_GE(batteries.size(), 3) << batteries.join(' ').toStdString();
+    EXPECT_NEAR(batteries[batteries.size() - 2].toDouble(), 9.0, 0.04) << batteries.join(' ').toStdString();
+    EXPECT_NEAR(batteries.back().toDouble(), 7.5, 0.04) << batteries.join(' ').toStdString();
+    EXPECT_EQ(pressures.front(), QString()) << "empty until the first status frame";
+    ASSERT_GE(pressures.size(), 3) << pressures.join(' ').toStdString();
+    EXPECT_NEAR(pressures.back().toDouble(), 14.0, 0.1) << pressures.join(' ').toStdString();
+    EXPECT_FALSE(c.form.about_visible);
+    // One "V" a second asked the levels while the box stood.
+    EXPECT_GE(c.sim.commands().count(QStringLiteral("V")), 4);
+}
+
+}  // namespace
+}  // namespace zel::test
