@@ -11,22 +11,17 @@ void Form1::Patient_Settings_Click() {
     // The link runs on behind this dialog: the gating supervision keeps polling, and an
     // override taken meanwhile shows in the dialog's gating box.
     show_Form12();
+    // The chart is redrawn once the module confirms the new settings.
     if (patient_defined && !patient_settings_cancel) {
         save_patient_parameters();
         upload_settings();
-        // A wider chart or a new threshold shows at once.
-        update_chart_labels();
-        draw_chart();
     }
 }
 
 void Form1::Control_Panel_Click() {
     if (b_state > 1) return;
-    // The folder browser and the boxes of this dialog may stand for long: the link is
-    // suspended behind it and searched for again afterwards.
-    stop_module_link();
+    // Frames and the gating supervision go on under the dialog, as under every modal one.
     show_Form11();
-    start_module_search();
     // The file's date and checksum change even when nothing else did.
     if (patient_defined) save_patient_parameters();
     draw_chart();

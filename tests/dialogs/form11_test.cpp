@@ -264,7 +264,7 @@ TEST(SystemSettingsMenu, does_nothing_while_a_hold_is_armed_or_running) {
     }
 }
 
-TEST(SystemSettingsMenu, suspends_the_link_saves_the_patient_and_redraws) {
+TEST(SystemSettingsMenu, keeps_the_link_saves_the_patient_and_redraws) {
     for (bool defined : {true, false}) {
         DialogRig rig;
         rig.form.b_state = 1;
@@ -277,14 +277,13 @@ TEST(SystemSettingsMenu, suspends_the_link_saves_the_patient_and_redraws) {
         rig.fakes.serial.set_PortOpen(true);
         rig.form.Timer_HeartBeat->set_Enabled(true);
         rig.fakes.windows.during(Window::Form11, [&] {
-            EXPECT_FALSE(rig.form.Timer_HeartBeat->Enabled());
-            EXPECT_FALSE(rig.form.Timer_module_connect->Enabled());
-            EXPECT_TRUE(rig.fakes.serial.sent().endsWith('D'));
+            EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled());
+            EXPECT_TRUE(rig.fakes.serial.sent().isEmpty());
             // Closed with nothing changed: the patient file is written all the same.
             rig.form.form11->click(rig.form.form11->Cancel);
         });
         rig.form.Control_Panel_Click();
-        EXPECT_TRUE(rig.form.Timer_module_connect->Enabled());
+        EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled());
         EXPECT_EQ(QFile::exists(rig.data.path() + QStringLiteral("/Doe_Jane_MR7/Doe.zel")),
                   defined);
         EXPECT_EQ(rig.fakes.chart.clears, 1);
