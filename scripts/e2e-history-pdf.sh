@@ -25,20 +25,7 @@ e2e_sim "$E2E_DIR/sim-script.txt"
 
 # ---- The patient loaded -----------------------------------------------------------------------
 e2e_console
-main=$(wait_window "Zelmoor  3.00.01" 60)
-question=$(wait_window "Zelmoor  ")
-keys_to "$question" Return  # Load Existing
-chooser=$(wait_window "Open")
-type_to "$chooser" "$patient/Doe.zel"
-keys_to "$chooser" Return
-wait_gone "$chooser"
-dialog=$(wait_window "ZEL Patient Settings")
-click_at "$dialog" 350 510  # Done, with the session suggested
-wait_gone "$dialog"
-question=$(wait_window "Zelmoor  ")
-keys_to "$question" Tab Return  # No recording
-wait_gone "$question"
-e2e_log "the patient was loaded"
+main=$(load_patient "$patient/Doe.zel")
 
 # ---- View, Session History, Print ---------------------------------------------------------------
 keys_to "$main" alt+v

@@ -197,6 +197,7 @@ replace_field() {
 }
 
 first_start() {
+    set -e  # run inside $(...): a failed step ends it, and with it the run
     local folder=$1 box chooser main question
     box=$(wait_window "Zelmoor")  # no settings file yet: save the defaults from the File menu
     keys_to "$box" Return
@@ -219,6 +220,30 @@ first_start() {
     wait_gone "$question"
     [ -f "$E2E_APP_DATA/zel.ini" ] || e2e_fail "the defaults were not saved"
     e2e_log "the defaults were saved"
+    echo "$main"
+}
+
+# A later start: Load Existing, the patient's file through the file dialog, Done with the
+# session suggested, no recording. Prints the main window. With SHOT, a screenshot of the
+# patient dialog in session mode goes there.
+load_patient() {
+    set -e  # run inside $(...): a failed step ends it, and with it the run
+    local file=$1 shot=${2:-} main question chooser dialog
+    main=$(wait_window "Zelmoor  3.00.01" 60)
+    question=$(wait_window "Zelmoor  ")
+    keys_to "$question" Return  # Load Existing
+    chooser=$(wait_window "Open")
+    type_to "$chooser" "$file"
+    keys_to "$chooser" Return
+    wait_gone "$chooser"
+    dialog=$(wait_window "ZEL Patient Settings")
+    if [ -n "$shot" ]; then import -window root "$shot"; fi
+    click_at "$dialog" 350 510  # Done, with the session suggested
+    wait_gone "$dialog"
+    question=$(wait_window "Zelmoor  ")
+    keys_to "$question" Tab Return  # No recording
+    wait_gone "$question"
+    e2e_log "the patient was loaded"
     echo "$main"
 }
 

@@ -34,6 +34,20 @@ struct ComboBox : Control {
 };
 
 constexpr double twips_per_pixel = 15.0;
+
+// A control's place and size in twips.
+inline void place_twips(Control& c, double left, double top, double width, double height) {
+    c.Left = left;
+    c.Top = top;
+    c.Width = width;
+    c.Height = height;
+}
+
+// The same given in screen pixels.
+inline void place_pixels(Control& c, double left, double top, double width, double height) {
+    place_twips(c, left * twips_per_pixel, top * twips_per_pixel, width * twips_per_pixel,
+                height * twips_per_pixel);
+}
 // The main window's background, which fault and status labels return to.
 constexpr Rgb window_background{224, 224, 224};
 

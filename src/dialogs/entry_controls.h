@@ -27,12 +27,4 @@ struct ScrollBar : Control {
     int LargeChange = 1;
 };
 
-// A control's place given in screen pixels, kept in twips as every control's place.
-inline void place_pixels(Control& c, double left, double top, double width, double height) {
-    c.Left = left * twips_per_pixel;
-    c.Top = top * twips_per_pixel;
-    c.Width = width * twips_per_pixel;
-    c.Height = height * twips_per_pixel;
-}
-
 }  // namespace zel

@@ -8,12 +8,6 @@ namespace zel {
 
 namespace {
 
-void place(Control& c, double left, double top, double width, double height) {
-    c.Left = left;
-    c.Top = top;
-    c.Width = width;
-    c.Height = height;
-}
 
 constexpr Rgb button_face{240, 240, 240};
 
@@ -22,9 +16,9 @@ constexpr Rgb button_face{240, 240, 240};
 Form10::Form10() {
     Width = 7800;
     Height = 7380;
-    place(Label2, 240, 180, 7320, 360);
+    place_twips(Label2, 240, 180, 7320, 360);
     Label2.font = Font{QStringLiteral("Liberation Sans"), 12, true};
-    place(Label1, 240, 600, 7320, 660);
+    place_twips(Label1, 240, 600, 7320, 660);
     // Caption and value side by side, one row each.
     Control* rows[][2] = {
         {&Label3, &software_version}, {&Label20, &firmware_version},
@@ -33,30 +27,30 @@ Form10::Form10() {
     };
     double top = 1380;
     for (auto& row : rows) {
-        place(*row[0], 240, top, 4200, 300);
-        place(*row[1], 4560, top, 1800, 300);
+        place_twips(*row[0], 240, top, 4200, 300);
+        place_twips(*row[1], 4560, top, 1800, 300);
         top += 360;
     }
-    place(Frame_gating, 240, top + 60, 7320, 1380);
+    place_twips(Frame_gating, 240, top + 60, 7320, 1380);
     Control* gating_rows[][2] = {
         {&Label12, &Label_tarrow_dll}, {&Label13, &Label_tarrow_control},
         {&Label14, &Label_tarrow_relay},
     };
     double inner = 300;
     for (auto& row : gating_rows) {
-        place(*row[0], 120, inner, 4080, 300);
-        place(*row[1], 4320, inner, 1800, 300);
+        place_twips(*row[0], 120, inner, 4080, 300);
+        place_twips(*row[1], 4320, inner, 1800, 300);
         inner += 330;
     }
     top += 1560;
     for (Control* line : {&Label4, &Label5, &Label6, &Label7, &Label8, &Label11}) {
-        place(*line, 240, top, 5400, 270);
+        place_twips(*line, 240, top, 5400, 270);
         top += 270;
     }
-    place(WARNING, 240, top + 120, 5400, 300);
+    place_twips(WARNING, 240, top + 120, 5400, 300);
     WARNING.ForeColor = Rgb{192, 0, 0};
     WARNING.font.bold = true;
-    place(Done, 6120, Height - 720, 1440, 420);
+    place_twips(Done, 6120, Height - 720, 1440, 420);
 }
 
 void Form10::Form_Load(Form1& form) {

@@ -7,12 +7,6 @@ namespace zel {
 
 namespace {
 
-void place(Control& c, double left, double top, double width, double height) {
-    c.Left = left;
-    c.Top = top;
-    c.Width = width;
-    c.Height = height;
-}
 
 // A letter's words, or the label as it was for a letter it does not know.
 void show_letter(Control& label, const QString& text) {
@@ -37,12 +31,12 @@ FormGating::FormGating(GatingLibrary& tarrow_, TimerFactory& timers)
     };
     double top = 240;
     for (auto& row : rows) {
-        if (row[0]) place(*row[0], 240, top, 2760, 300);
-        place(*row[1], row[0] ? 3120 : 240, top, row[0] ? 3240 : 6120, 300);
+        if (row[0]) place_twips(*row[0], 240, top, 2760, 300);
+        place_twips(*row[1], row[0] ? 3120 : 240, top, row[0] ? 3240 : 6120, 300);
         row[1]->font.bold = true;
         top += 420;
     }
-    place(Done_Button, 4920, top + 60, 1440, 420);
+    place_twips(Done_Button, 4920, top + 60, 1440, 420);
 }
 
 void FormGating::Form_Load() {

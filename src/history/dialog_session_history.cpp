@@ -10,12 +10,6 @@ namespace zel {
 
 namespace {
 
-void place(Control& c, double left, double top, double width, double height) {
-    c.Left = left;
-    c.Top = top;
-    c.Width = width;
-    c.Height = height;
-}
 
 // The keys of a session's section, in the order of its columns.
 constexpr const char* column_keys[] = {
@@ -36,13 +30,13 @@ DialogSessionHistory::DialogSessionHistory(Form1& form, Printer& printer)
     // the two buttons under it.
     ScaleWidth = 13800;
     ScaleHeight = 6300;
-    place(LabelSession, 240, 180, 6000, 360);
+    place_twips(LabelSession, 240, 180, 6000, 360);
     LabelSession.font.size = 12;
     LabelSession.font.bold = true;
-    place(ListView1, 240, 660, 13320, 4620);
+    place_twips(ListView1, 240, 660, 13320, 4620);
     ListView1.BackColor = Rgb{255, 255, 255};
-    place(DoneButton, 11940, 5580, 1620, 480);
-    place(cmdPrint, 10080, 5580, 1620, 480);
+    place_twips(DoneButton, 11940, 5580, 1620, 480);
+    place_twips(cmdPrint, 10080, 5580, 1620, 480);
 }
 
 std::vector<Control*> DialogSessionHistory::layout_controls() {

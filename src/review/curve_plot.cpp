@@ -243,15 +243,8 @@ void PatientCurves::NTGraph1_CursorPosition(double x, double y) {
     if (round_to_integer(state) == 1) {
         if (!measure_dragging) {
             clear_measurement();
-            NTGraph1.AddElement();
-            NTGraph1.ElementLineColor(measure_grey);
-            NTGraph1.ElementLinetype(0);
-            NTGraph1.ElementWidth(4);
-            element_total = add_i16(element_total, 1, "NTGraph1_CursorPosition");
-            measure_start_element = element_total;
             // Twice the same point: a dot.
-            NTGraph1.PlotXY(X, Y, measure_start_element);
-            NTGraph1.PlotXY(X, Y, measure_start_element);
+            measure_start_element = add_measure_element(0, 4, X, Y, X, Y);
             measure_dragging = true;
         }
         Measured_label.Caption = message_text(252);
@@ -263,24 +256,22 @@ void PatientCurves::NTGraph1_CursorPosition(double x, double y) {
     }
     if (!measure_dragging) return;
     // The button was let go: the line to here, and the end dot.
-    NTGraph1.AddElement();
-    NTGraph1.ElementLineColor(measure_grey);
-    NTGraph1.ElementLinetype(2);
-    NTGraph1.ElementWidth(1);
-    element_total = add_i16(element_total, 1, "NTGraph1_CursorPosition");
-    measure_line_element = element_total;
-    NTGraph1.PlotXY(X, Y, measure_line_element);
-    NTGraph1.PlotXY(x, y, measure_line_element);
-    NTGraph1.AddElement();
-    NTGraph1.ElementLineColor(measure_grey);
-    NTGraph1.ElementLinetype(0);
-    NTGraph1.ElementWidth(4);
-    element_total = add_i16(element_total, 1, "NTGraph1_CursorPosition");
-    measure_end_element = element_total;
-    NTGraph1.PlotXY(x, y, measure_end_element);
-    NTGraph1.PlotXY(x, y, measure_end_element);
+    measure_line_element = add_measure_element(2, 1, X, Y, x, y);
+    measure_end_element = add_measure_element(0, 4, x, y, x, y);
     measure_dragging = false;
     measure_present = true;
+}
+
+int16_t PatientCurves::add_measure_element(int16_t type, int16_t width, double x1, double y1,
+                                           double x2, double y2) {
+    NTGraph1.AddElement();
+    NTGraph1.ElementLineColor(measure_grey);
+    NTGraph1.ElementLinetype(type);
+    NTGraph1.ElementWidth(width);
+    element_total = add_i16(element_total, 1, "NTGraph1_CursorPosition");
+    NTGraph1.PlotXY(x1, y1, element_total);
+    NTGraph1.PlotXY(x2, y2, element_total);
+    return element_total;
 }
 
 QString PatientCurves::TimeString(int32_t seconds) {

@@ -6,17 +6,6 @@
 
 namespace zel {
 
-namespace {
-
-void place(Control& c, double left, double top, double width, double height) {
-    c.Left = left;
-    c.Top = top;
-    c.Width = width;
-    c.Height = height;
-}
-
-}  // namespace
-
 PatientCurves::PatientCurves(ReviewPlatform platform, QString data_directory)
     : platform(platform), data_directory(std::move(data_directory)) {
     place_controls();
@@ -26,29 +15,29 @@ void PatientCurves::place_controls() {
     // A 1010 by 680 pixel inner area: the chart on the left, the list and tools on the right.
     ScaleWidth = 15150;
     ScaleHeight = 10200;
-    place(NTGraph1_place, 120, 120, 11400, 9960);
+    place_twips(NTGraph1_place, 120, 120, 11400, 9960);
     const double x = 11640, w = 3390;
-    place(PatientList, x, 120, w, 2400);
+    place_twips(PatientList, x, 120, w, 2400);
     PatientList.BackColor = Rgb{255, 255, 255};
-    place(Mode_frame, x, 2640, w, 2280);
-    place(optZoom, 180, 300, 1500, 300);
-    place(optPan, 180, 660, 1500, 300);
-    place(optPanX, 180, 1020, 1500, 300);
-    place(optMeasure, 180, 1380, 1500, 300);
-    place(buttonResetZoom, 1800, 300, 1380, 420);
-    place(Breath_Holds_Frame, x, 5040, w, 1200);
-    place(comboAlign, 180, 420, 1500, 330);
-    place(buttonApply, 1800, 360, 1380, 420);
-    place(Frame1, x, 6360, w, 3720);
-    place(time_label, 180, 300, 3000, 255);
-    place(XYInfo2, 180, 570, 3000, 510);
-    place(volume_label, 180, 1140, 3000, 255);
-    place(XYInfo3, 180, 1410, 3000, 255);
-    place(Measured_label, 180, 1860, 3000, 255);
-    place(measured_time_label, 180, 2160, 3000, 255);
-    place(XYInfo, 180, 2430, 3000, 255);
-    place(measured_volume_label, 180, 2820, 3000, 255);
-    place(XYInfo4, 180, 3090, 3000, 255);
+    place_twips(Mode_frame, x, 2640, w, 2280);
+    place_twips(optZoom, 180, 300, 1500, 300);
+    place_twips(optPan, 180, 660, 1500, 300);
+    place_twips(optPanX, 180, 1020, 1500, 300);
+    place_twips(optMeasure, 180, 1380, 1500, 300);
+    place_twips(buttonResetZoom, 1800, 300, 1380, 420);
+    place_twips(Breath_Holds_Frame, x, 5040, w, 1200);
+    place_twips(comboAlign, 180, 420, 1500, 330);
+    place_twips(buttonApply, 1800, 360, 1380, 420);
+    place_twips(Frame1, x, 6360, w, 3720);
+    place_twips(time_label, 180, 300, 3000, 255);
+    place_twips(XYInfo2, 180, 570, 3000, 510);
+    place_twips(volume_label, 180, 1140, 3000, 255);
+    place_twips(XYInfo3, 180, 1410, 3000, 255);
+    place_twips(Measured_label, 180, 1860, 3000, 255);
+    place_twips(measured_time_label, 180, 2160, 3000, 255);
+    place_twips(XYInfo, 180, 2430, 3000, 255);
+    place_twips(measured_volume_label, 180, 2820, 3000, 255);
+    place_twips(XYInfo4, 180, 3090, 3000, 255);
     for (Control* info : {&XYInfo, &XYInfo2, &XYInfo3, &XYInfo4}) info->font.bold = true;
 }
 

@@ -156,6 +156,9 @@ private:
     // The option buttons of the mouse modes are one group: choosing one clears the others.
     void select_mode(Control& option);
     bool entry_checked(int curve) const;
+    // A grey element of the measurement from one point to another; its number.
+    int16_t add_measure_element(int16_t type, int16_t width, double x1, double y1, double x2,
+                                double y2);
     // One time of the export dialogue, asked until accepted; false when cancelled.
     bool ask_export_time(const QString& prompt, double limit, const double* start, double& value);
 };
