@@ -119,10 +119,11 @@ for line in open(wire_path):
         units = int(w[5] + w[6], 16)
         frames.append((float(w[0]), units - 65536 if units >= 32768 else units, int(w[4], 16)))
 
-# The link's cut: a long silence of the wire. Until the console, searching again, has sent its
-# first command on the reopened port, what reaches the line finds no reader.
-commands = [float(l.split()[0]) for l in open(commands_path)
-            if not l.startswith("#") and len(l.split()) >= 2]
+# The link's cut: a long silence of the wire. Until the console, searching again, has found the
+# module, what reaches the line may find no reader: the search opens and closes the port as it
+# tries each one. It has found the module when it uploads the settings ("L").
+uploads = [float(l.split()[0]) for l in open(commands_path)
+           if not l.startswith("#") and len(l.split()) >= 2 and l.split()[1] == "L"]
 gaps = [(a[0], b[0]) for a, b in zip(frames, frames[1:]) if b[0] - a[0] > 1.0]
 
 # Each sample is matched to the next wire frame with its volume and balloon state. A gating
@@ -163,10 +164,10 @@ for i in range(1, len(samples)):
     elif skipped > 0 and counted == 1 and any(g0 <= at <= g1 + 0.05 for g0, g1 in gaps):
         # Frames that reached the line while the console had no link: not taken in.
         unseen += skipped
-        reopened = next((c for c in commands if c > at), None)
-        assert reopened is not None, "no command after the cut"
-        assert all(f[0] < reopened for f in frames[matched[i - 1] + 1:matched[i]]), (
-            "frames lost after the port was open again")
+        found = next((c for c in uploads if c > at), None)
+        assert found is not None, "the module was not found again after the cut"
+        assert all(f[0] < found for f in frames[matched[i - 1] + 1:matched[i]]), (
+            "frames lost after the module was found again")
     else:
         raise AssertionError("at %.2f s: %d frames skipped, time moved %d frames" % (
             samples[i - 1][0], skipped, counted))
@@ -177,8 +178,8 @@ assert len(gaps) >= 1, "no cut of the link on the wire"
 duration = (frames[matched[-1]][0] - frames[matched[0]][0])
 assert duration >= 120, "only %.0f s recorded" % duration
 print("e2e: curve: %d sample lines = the good data frames while recording, over %.0f s of wire "
-      "time; one pause; %d frames reached the line during the link's loss before the port was "
-      "open again; %d corrupt frames on the wire; %d frames written twice, each by the handler's "
+      "time; one pause; %d frames reached the line during the link's loss before the module was "
+      "found again; %d corrupt frames on the wire; %d frames written twice, each by the handler's "
       "second pass under a gating dialog that its first pass opened" % (
           len(samples), duration, unseen,
           sum(1 for l in open(wire_path) if " data " in l and l.rstrip().endswith("corrupt")),
