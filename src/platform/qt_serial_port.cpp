@@ -1,6 +1,7 @@
 #include "platform/qt_serial_port.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QSerialPortInfo>
 #include <QTimer>
 #include <algorithm>
@@ -9,17 +10,31 @@
 
 namespace zel {
 
+namespace {
+// The machine's ports come from the device database, which takes tens of milliseconds to ask;
+// the search asks once per port number, twenty times in one tick of 350 ms. Asked again only
+// after a second, a port plugged in is still found on the next pass.
+QStringList machine_port_paths() {
+    static QStringList cached;
+    static QElapsedTimer age;
+    if (!age.isValid() || age.elapsed() > 1000) {
+        cached.clear();
+        for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
+            cached.append(info.systemLocation());
+        std::sort(cached.begin(), cached.end());
+        age.start();
+    }
+    return cached;
+}
+}  // namespace
+
 QStringList serial_port_paths(const QString& app_data_path) {
     QStringList paths;
     const QDir links(app_data_path + QStringLiteral("/ports"));
     for (const QString& name : links.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
                                                QDir::Name))
         paths.append(links.filePath(name));
-    QStringList system;
-    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
-        system.append(info.systemLocation());
-    std::sort(system.begin(), system.end());
-    paths.append(system);
+    paths.append(machine_port_paths());
     while (paths.size() > 20) paths.removeLast();
     return paths;
 }

@@ -131,5 +131,22 @@ TEST(SimulatorOnPseudoTerminal,
                 wanted, corrupt, clock.elapsed() / 1000.0);
 }
 
+// The search lists the ports by trying to open each of twenty numbers in one tick of its
+// 350 ms timer. A pass that overran the tick made the next tick fall due at once, which closed
+// the simulator's port a moment after its "V" went out, every pass: the module was never heard.
+TEST(SimulatorOnPseudoTerminal, the_search_lists_twenty_port_numbers_well_inside_one_tick) {
+    zel::test::LiveConsole c(false);
+    ASSERT_TRUE(c.sim.start("wait 60\nquit\n"));
+    for (int pass = 0; pass < 5; ++pass) {
+        QElapsedTimer took;
+        took.start();
+        c.form.enumerate_com_ports();
+        // The first pass also loads the device database.
+        EXPECT_LT(took.elapsed(), pass == 0 ? 300 : 100) << "pass " << pass;
+        ASSERT_GE(c.form.num_ports, 1);
+        EXPECT_EQ(c.form.port_list[0], 1) << "the simulator's link comes first";
+    }
+}
+
 }  // namespace
 }  // namespace zelsim::test
