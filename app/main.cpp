@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "app/form1.h"
+#include "review_mode.h"
 #include "language/messages.h"
 #include "platform/qt_chart_surface.h"
 #include "platform/qt_file_dialogs.h"
@@ -19,6 +20,10 @@
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    // zelmoor --review FILE...: the review window alone, on those curve files.
+    if (const QStringList args = QApplication::arguments();
+        args.size() > 1 && args[1] == QLatin1String("--review"))
+        return zel::run_review(args.mid(2));
     std::fprintf(stderr, "zelmoor: %s\n", qPrintable(zel::raise_scheduling_priority()));
     zel::init_images();
     const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");

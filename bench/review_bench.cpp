@@ -6,60 +6,26 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <cmath>
-#include <numbers>
 
 #include "fakes/rig.h"
+#include "recorded_curves.h"
 #include "review/patient_curves.h"
 #include "ui/review_chart_widget.h"
 
 namespace zel::test {
 namespace {
 
-constexpr int samples_per_curve = 90000;  // 30 minutes at 50 frames a second
-
-// Records one curve file through the console's own recording and returns its path.
-QString record_curve(const QString& folder, int number) {
-    Rig rig;
-    rig.form.data_directory = folder;
-    rig.form.patient_last_name = QStringLiteral("Curve%1").arg(number);
-    rig.form.patient_first_name = QStringLiteral("Bench");
-    rig.form.patient_medical_id = QStringLiteral("B%1").arg(number);
-    rig.form.session = QStringLiteral("1");
-    rig.form.thresh = 1.4f;
-    rig.form.patient_defined = true;
-    rig.form.cmdRecord.Enabled = true;
-    const QString patient = folder + QStringLiteral("/Curve%1_Bench_B%1").arg(number);
-    QDir().mkpath(patient);
-    rig.form.cmdRecord_Click();
-    const double period = 3.6 + 0.3 * number;
-    for (int i = 0; i < samples_per_curve; ++i) {
-        const double t = i / 50.0;
-        const bool holding = std::fmod(t, 60.0) >= 30.0 && std::fmod(t, 60.0) < 50.0;
-        const double litres = holding ? 1.55 : 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t / period);
-        rig.fakes.serial.receive(data_frame(0x06, holding ? 4 : 1,
-                                            static_cast<int16_t>(std::lround(litres / 0.004))));
-    }
-    rig.form.cmdPause_Click();
-    const QStringList files = QDir(patient).entryList({QStringLiteral("*.dat")}, QDir::Files);
-    return files.isEmpty() ? QString() : patient + QLatin1Char('/') + files.front();
-}
-
 // The five files side by side in one folder, as the file dialog returns several files.
 struct Files {
     QTemporaryDir folder;
     QStringList parts;
     Files() {
-        const QString review = folder.path() + QStringLiteral("/review");
-        QDir().mkpath(review);
-        parts.append(review);
-        for (int n = 1; n <= 5; ++n) {
-            const QString name = QStringLiteral("Curve%1.dat").arg(n);
-            QFile::copy(record_curve(folder.path(), n), review + QLatin1Char('/') + name);
-            parts.append(name);
-        }
+        parts.append(folder.path());
+        for (const QString& path : record_review_curves(folder.path(), 5))
+            parts.append(QFileInfo(path).fileName());
     }
 };
 

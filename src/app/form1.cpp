@@ -73,26 +73,13 @@ void Form1::stop_after_failure() {
 void Form1::run_event(const char* source, const std::function<void()>& handler) {
     // Behind a failure report nothing runs: not a frame, a tick, a key or a menu.
     if (stopped_by_failure) return;
-    QString description;
-    int number = 0;
-    try {
-        handler();
-        return;
-    } catch (const ZelError& e) {
-        number = e.number;
-        description = e.description;
-        if (!e.source.isEmpty()) description += QStringLiteral(" (%1)").arg(e.source);
-    } catch (const std::exception& e) {
-        description = QString::fromLocal8Bit(e.what());
-    }
+    const QString report = run_time_error(source, handler);
+    if (report.isNull()) return;
     // A handler resumed behind the report (a modal dialog it had opened was ended with the
     // program) may fail again: the one report has been made.
     if (stopped_by_failure) return;
     stop_after_failure();
-    platform.boxes.MsgBox(QStringLiteral("Run-time error %1 in %2: %3")
-                              .arg(number)
-                              .arg(QString::fromLatin1(source), description),
-                          vbCritical, message_text(108).trimmed());
+    platform.boxes.MsgBox(report, vbCritical, message_text(108).trimmed());
     if (end_program) end_program(1);
 }
 

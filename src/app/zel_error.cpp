@@ -8,6 +8,24 @@ ZelError::ZelError(int number_, QString source_, QString description_)
       source(std::move(source_)),
       description(std::move(description_)) {}
 
+QString run_time_error(const char* source, const std::function<void()>& handler) {
+    QString description;
+    int number = 0;
+    try {
+        handler();
+        return {};
+    } catch (const ZelError& e) {
+        number = e.number;
+        description = e.description;
+        if (!e.source.isEmpty()) description += QStringLiteral(" (%1)").arg(e.source);
+    } catch (const std::exception& e) {
+        description = QString::fromLocal8Bit(e.what());
+    }
+    return QStringLiteral("Run-time error %1 in %2: %3")
+        .arg(number)
+        .arg(QString::fromLatin1(source), description);
+}
+
 void raise_overflow(const char* source) {
     throw ZelError(err_overflow, QString::fromLatin1(source), QStringLiteral("Overflow"));
 }

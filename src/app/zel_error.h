@@ -3,6 +3,7 @@
 // handler (a catch at its end) or, failing that, the event entry point deals with it.
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <stdexcept>
 
 namespace zel {
@@ -37,6 +38,10 @@ public:
     QString source;
     QString description;
 };
+
+// Runs an event's handler. A failure that escapes it comes back as the text of its report,
+// "Run-time error N in SOURCE: description"; a null string when the handler went through.
+QString run_time_error(const char* source, const std::function<void()>& handler);
 
 [[noreturn]] void raise_overflow(const char* source);
 
