@@ -11,6 +11,10 @@ packages=(
 if [ "${1:-}" = "--fuzz" ]; then
     packages+=(clang libclang-rt-14-dev)
 fi
+# The side-by-side measurement of the review (bench/compare-review.sh) needs kst.
+if [ "${1:-}" = "--kst" ]; then
+    packages+=(kst)
+fi
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
