@@ -11,6 +11,10 @@ packages=(
 if [ "${1:-}" = "--fuzz" ]; then
     packages+=(clang libclang-rt-14-dev)
 fi
+# The profile library held against Windows under Wine (scripts/profile-vs-wine.sh).
+if [ "${1:-}" = "--wine" ]; then
+    packages+=(wine64 gcc-mingw-w64-x86-64 python3)
+fi
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
