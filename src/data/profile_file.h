@@ -10,9 +10,10 @@
 // to the caller's buffer less its closing NUL (255 characters for the usual 256). A missing
 // file, section or key gives the default, less its trailing spaces.
 //
-// Writing replaces the value of a key in place (the key keeps its spelling in the file), puts
-// a new key behind the last key of its section and a new section at the end of the file, each
-// line written ending in CR LF; every other byte of the file stays as it was. Deleting a
+// Writing replaces the value of a key in place (the line keeps its spelling of the key and
+// all up to "="), puts a new key behind the last entry of its section (before its trailing
+// comments and blank lines) and a new section at the end of the file, each line written
+// ending in CR LF; every other byte of the file stays as it was. Deleting a
 // section keeps the comment lines inside it; deleting from a missing file leaves an empty one.
 // The file is replaced whole through a temporary file. A write fails (false) when the file
 // can't be read or written, or when a name or value would not read back the same: a line
