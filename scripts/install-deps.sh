@@ -7,14 +7,12 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev zlib1g-dev
     xvfb xauth fonts-liberation2 fontconfig poppler-utils imagemagick xdotool
 )
-# The fuzz harnesses (fuzz/) need clang and its sanitizer and libFuzzer runtimes.
-if [ "${1:-}" = "--fuzz" ]; then
-    packages+=(clang libclang-rt-14-dev)
-fi
-# The side-by-side measurement of the review (bench/compare-review.sh) needs kst.
-if [ "${1:-}" = "--kst" ]; then
-    packages+=(kst)
-fi
+# What the longer runs need besides (one option at most):
+case "${1:-}" in
+    --fuzz) packages+=(clang libclang-rt-14-dev) ;;           # fuzz/: clang, sanitizers, libFuzzer
+    --kst) packages+=(kst) ;;                                  # bench/compare-review.sh
+    --wine) packages+=(wine64 gcc-mingw-w64-x86-64 python3) ;; # scripts/profile-vs-wine.sh
+esac
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -11,16 +11,21 @@ namespace zel {
 
 namespace {
 
-bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f'; }
+// Blanks around a value and at the start of a line.
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f'; }
 
-QByteArray trimmed(QByteArrayView text) {
+// Names are trimmed of spaces only: a tab belongs to the name.
+bool is_space(char c) { return c == ' '; }
+
+QByteArray trimmed(QByteArrayView text, bool (*blank)(char)) {
     qsizetype begin = 0, end = text.size();
-    while (begin < end && is_blank(text[begin])) ++begin;
-    while (end > begin && is_blank(text[end - 1])) --end;
+    while (begin < end && blank(text[begin])) ++begin;
+    while (end > begin && blank(text[end - 1])) --end;
     return text.sliced(begin, end - begin).toByteArray();
 }
 
-// One line of the file: its text and the line end behind it ("" for a last line without one).
+// One line of the file: its text and the line break behind it: CR LF, a lone CR or LF, or ""
+// for a last line without one.
 struct Line {
     QByteArray text;
     QByteArray end;
@@ -28,15 +33,16 @@ struct Line {
 
 std::vector<Line> split_lines(const QByteArray& contents) {
     std::vector<Line> lines;
+    const qsizetype size = contents.size();
     qsizetype start = 0;
-    while (start < contents.size()) {
-        const qsizetype lf = contents.indexOf('\n', start);
-        const qsizetype stop = lf < 0 ? contents.size() : lf;
-        qsizetype text_end = stop;
-        if (lf >= 0 && text_end > start && contents[text_end - 1] == '\r') --text_end;
-        lines.push_back({contents.mid(start, text_end - start),
-                         lf < 0 ? QByteArray() : contents.mid(text_end, lf + 1 - text_end)});
-        start = lf < 0 ? contents.size() : lf + 1;
+    while (start < size) {
+        qsizetype stop = start;
+        while (stop < size && contents[stop] != '\r' && contents[stop] != '\n') ++stop;
+        qsizetype next = stop;
+        if (next < size)
+            next += contents[next] == '\r' && next + 1 < size && contents[next + 1] == '\n' ? 2 : 1;
+        lines.push_back({contents.mid(start, stop - start), contents.mid(stop, next - stop)});
+        start = next;
     }
     return lines;
 }
@@ -47,34 +53,39 @@ QByteArray join_lines(const std::vector<Line>& lines) {
     return contents;
 }
 
+QByteArrayView without_indent(const QByteArray& text) {
+    qsizetype begin = 0;
+    while (begin < text.size() && is_blank(text[begin])) ++begin;
+    return QByteArrayView(text).sliced(begin);
+}
+
+bool is_comment(const QByteArray& text) { return without_indent(text).startsWith(';'); }
+
 // The section's name when the line is a header, such as "[ZEL]".
 std::optional<QByteArray> section_name(const QByteArray& text) {
-    const QByteArray line = trimmed(text);
+    const QByteArrayView line = without_indent(text);
     if (!line.startsWith('[')) return std::nullopt;
     const qsizetype close = line.lastIndexOf(']');
     if (close < 1) return std::nullopt;
-    return trimmed(QByteArrayView(line).sliced(1, close - 1));
+    return trimmed(line.sliced(1, close - 1), is_space);
 }
 
-// The key's name when the line is "key=value".
+// The key's name when the line is "key=value"; a comment line has none.
 std::optional<QByteArray> key_name(const QByteArray& text) {
-    const qsizetype equals = text.indexOf('=');
-    if (equals < 0) return std::nullopt;
-    return trimmed(QByteArrayView(text).first(equals));
+    const QByteArrayView line = without_indent(text);
+    const qsizetype equals = line.indexOf('=');
+    if (equals < 0 || line.startsWith(';')) return std::nullopt;
+    return trimmed(line.first(equals), is_space);
 }
 
-// Names are trimmed of the same blanks on both sides, so that what is written is found again.
+QByteArray bare_name(const QString& name) { return trimmed(name.toLatin1(), is_space); }
+
 bool same_name(const QByteArray& in_file, const QString& wanted) {
-    QString bare = wanted;
-    while (!bare.isEmpty() && bare.back().unicode() < 0x80 && is_blank(char(bare.back().unicode())))
-        bare.chop(1);
-    while (!bare.isEmpty() && bare.front().unicode() < 0x80 &&
-           is_blank(char(bare.front().unicode())))
-        bare.remove(0, 1);
-    return QString::fromLatin1(in_file).compare(bare, Qt::CaseInsensitive) == 0;
+    return QString::fromLatin1(in_file).compare(QString::fromLatin1(bare_name(wanted)),
+                                                Qt::CaseInsensitive) == 0;
 }
 
-// Lines [first, last) of the first section of that name: first is its header.
+// Lines [header, end) of the first section of that name.
 struct SectionSpan {
     size_t header = 0;
     size_t end = 0;
@@ -100,22 +111,29 @@ std::optional<size_t> find_key(const std::vector<Line>& lines, const SectionSpan
     return std::nullopt;
 }
 
-bool writable_text(const QString& text, bool is_key) {
-    for (QChar ch : text) {
+bool writable_text(const QString& text) {
+    for (QChar ch : text)
         if (ch.unicode() > 0xFF || ch == QLatin1Char('\r') || ch == QLatin1Char('\n')) return false;
-        if (is_key && ch == QLatin1Char('=')) return false;
-    }
     return true;
 }
 
-void end_with_line_break(std::vector<Line>& lines, size_t index) {
-    if (lines[index].end.isEmpty()) lines[index].end = "\r\n";
+// A key written must read back as that key: no "=" in it, and not the start of a comment
+// or of a section header.
+bool writable_key(const QString& key) {
+    const QByteArray name = bare_name(key);
+    return writable_text(key) && !name.contains('=') && !name.startsWith(';') &&
+           !name.startsWith('[');
 }
 
-bool read_file(const QString& path, QByteArray& contents) {
+void end_with_line_break(Line& line) {
+    if (line.end.isEmpty()) line.end = "\r\n";
+}
+
+bool read_file(const QString& path, QByteArray& contents, bool& exists) {
     contents.clear();
     const QFileInfo info(path);
-    if (!info.exists()) return true;
+    exists = info.exists();
+    if (!exists) return true;
     QFile file(path);
     if (info.isDir() || !file.open(QIODevice::ReadOnly)) return false;
     contents = file.readAll();
@@ -125,10 +143,13 @@ bool read_file(const QString& path, QByteArray& contents) {
 bool edit_file(const QString& path, const QString& section, const QString* key,
                const QString* value) {
     QByteArray contents;
-    if (!read_file(path, contents)) return false;
+    bool exists = false;
+    if (!read_file(path, contents, exists)) return false;
     const QByteArray before = contents;
     if (!edit_profile(contents, section, key, value)) return false;
-    if (contents == before && (key == nullptr || value == nullptr)) return true;
+    // A deletion that finds nothing leaves the file alone; on a missing file it leaves an
+    // empty one, as Windows does.
+    if (exists && contents == before && (key == nullptr || value == nullptr)) return true;
     return replace_whole_file(path, contents);
 }
 
@@ -138,11 +159,12 @@ QString profile_value(const QByteArray& contents, const QString& section, const 
                       const QString& default_value, int buffer_size) {
     const int limit = buffer_size > 0 ? buffer_size - 1 : 0;
     QString value = default_value;
+    while (value.endsWith(QLatin1Char(' '))) value.chop(1);
     const std::vector<Line> lines = split_lines(contents);
     if (const auto span = find_section(lines, section)) {
         if (const auto at = find_key(lines, *span, key)) {
             const QByteArray& text = lines[*at].text;
-            QByteArray raw = trimmed(QByteArrayView(text).sliced(text.indexOf('=') + 1));
+            QByteArray raw = trimmed(QByteArrayView(text).sliced(text.indexOf('=') + 1), is_blank);
             if (raw.size() >= 2 && (raw.front() == '"' || raw.front() == '\'') &&
                 raw.back() == raw.front())
                 raw = raw.sliced(1, raw.size() - 2);
@@ -154,37 +176,42 @@ QString profile_value(const QByteArray& contents, const QString& section, const 
 
 bool edit_profile(QByteArray& contents, const QString& section, const QString* key,
                   const QString* value) {
-    if (!writable_text(section, false) || (key && !writable_text(*key, true)) ||
-        (value && !writable_text(*value, false)))
+    if (!writable_text(section) || (key && !writable_text(*key)) ||
+        (key && value && !writable_key(*key)) || (value && !writable_text(*value)))
         return false;
     std::vector<Line> lines = split_lines(contents);
     const auto span = find_section(lines, section);
-    const auto first = lines.begin();
+    const auto at = [&lines](size_t i) { return lines.begin() + static_cast<std::ptrdiff_t>(i); };
 
     if (key == nullptr) {
-        if (span)
-            lines.erase(first + static_cast<std::ptrdiff_t>(span->header),
-                        first + static_cast<std::ptrdiff_t>(span->end));
+        // Comment lines stay behind when their section goes, as Windows leaves them.
+        if (span) {
+            std::vector<Line> kept;
+            for (size_t i = span->header + 1; i < span->end; ++i)
+                if (is_comment(lines[i].text)) kept.push_back(lines[i]);
+            lines.erase(at(span->header), at(span->end));
+            lines.insert(at(span->header), kept.begin(), kept.end());
+        }
     } else if (value == nullptr) {
         if (span) {
-            if (const auto at = find_key(lines, *span, *key))
-                lines.erase(first + static_cast<std::ptrdiff_t>(*at));
+            if (const auto found = find_key(lines, *span, *key)) lines.erase(at(*found));
         }
+    } else if (!span) {
+        if (!lines.empty()) end_with_line_break(lines.back());
+        lines.push_back({'[' + bare_name(section) + ']', "\r\n"});
+        lines.push_back({bare_name(*key) + '=' + value->toLatin1(), "\r\n"});
+    } else if (const auto found = find_key(lines, *span, *key)) {
+        // The key keeps its spelling and layout up to "="; only the value is replaced.
+        Line& line = lines[*found];
+        line.text = line.text.first(line.text.indexOf('=') + 1) + value->toLatin1();
+        end_with_line_break(line);
     } else {
-        const QByteArray entry = key->toLatin1() + '=' + value->toLatin1();
-        if (!span) {
-            if (!lines.empty()) end_with_line_break(lines, lines.size() - 1);
-            lines.push_back({'[' + section.toLatin1() + ']', "\r\n"});
-            lines.push_back({entry, "\r\n"});
-        } else if (const auto at = find_key(lines, *span, *key)) {
-            lines[*at].text = entry;
-        } else {
-            size_t last = span->header;
-            for (size_t i = span->header + 1; i < span->end; ++i)
-                if (!trimmed(lines[i].text).isEmpty()) last = i;
-            end_with_line_break(lines, last);
-            lines.insert(first + static_cast<std::ptrdiff_t>(last + 1), Line{entry, "\r\n"});
-        }
+        // Behind the section's last entry: blank lines and comments after it stay after it.
+        size_t last = span->header;
+        for (size_t i = span->header + 1; i < span->end; ++i)
+            if (!without_indent(lines[i].text).isEmpty() && !is_comment(lines[i].text)) last = i;
+        end_with_line_break(lines[last]);
+        lines.insert(at(last + 1), Line{bare_name(*key) + '=' + value->toLatin1(), "\r\n"});
     }
     contents = join_lines(lines);
     return true;
@@ -193,7 +220,8 @@ bool edit_profile(QByteArray& contents, const QString& section, const QString* k
 QString read_profile_string(const QString& path, const QString& section, const QString& key,
                             const QString& default_value, int buffer_size) {
     QByteArray contents;
-    if (!read_file(path, contents)) contents.clear();
+    bool exists = false;
+    if (!read_file(path, contents, exists)) contents.clear();
     return profile_value(contents, section, key, default_value, buffer_size);
 }
 

@@ -1,17 +1,24 @@
 #pragma once
-// Profile files ("datapath.ini", "session.ini"): sections in brackets, "key=value" lines,
-// Latin-1 text with CR LF line ends. Section and key names match without regard to case;
-// the first section and the first key of a name are the ones read and written.
+// Profile files ("datapath.ini", "session.ini") read and written as Windows does, since
+// sites bring files that Windows wrote and people edited by hand: sections in brackets,
+// "key=value" lines, Latin-1 text. CR LF, a lone CR or LF each end a line. A line whose first
+// character after blanks is ";" is a comment. Section and key names match without regard to
+// case and are trimmed of spaces (not tabs); the first section and the first key of a name are
+// the ones read and written.
 //
 // Reading strips blanks around a value and one pair of enclosing quotes, and cuts the value
 // to the caller's buffer less its closing NUL (255 characters for the usual 256). A missing
-// file, section or key gives the default.
+// file, section or key gives the default, less its trailing spaces.
 //
-// Writing replaces a key's line in place, puts a new key behind the last line of its section
-// and a new section at the end of the file; every other byte of the file stays as it was.
+// Writing replaces the value of a key in place (the line keeps its spelling of the key and
+// all up to "="), puts a new key behind the last entry of its section (before its trailing
+// comments and blank lines) and a new section at the end of the file, each line written
+// ending in CR LF; every other byte of the file stays as it was. Deleting a
+// section keeps the comment lines inside it; deleting from a missing file leaves an empty one.
 // The file is replaced whole through a temporary file. A write fails (false) when the file
 // can't be read or written, or when a name or value would not read back the same: a line
-// break in any of them, "=" in a key, a character outside Latin-1.
+// break in any of them, a key with "=" or beginning with ";" or "[", a character outside
+// Latin-1.
 #include <QByteArray>
 #include <QString>
 

@@ -83,10 +83,10 @@ TEST(ProfileWrite, changes_only_the_lines_it_must) {
     };
     const Case cases[] = {
         {"replace in place", "header", "total_sessions", " 2",
-         "; kept comment\r\n[HEADER]\r\ntotal_sessions= 2\r\n\r\n[Session1]\nID = 7   \n"
+         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 2\r\n\r\n[Session1]\nID = 7   \n"
          "Date=today\r\n\r\n"},
         {"replace keeps the line's own end", "Session1", "ID", " 8",
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\n\r\n[Session1]\nID= 8\n"
+         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\n\r\n[Session1]\nID = 8\n"
          "Date=today\r\n\r\n"},
         {"new key behind the section's last line", "HEADER", "Extra", "x",
          "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\nExtra=x\r\n\r\n[Session1]\n"
@@ -114,7 +114,7 @@ TEST(ProfileWrite, changes_only_the_lines_it_must) {
     }
 }
 
-TEST(ProfileWrite, ends_an_unfinished_last_line_before_adding) {
+TEST(ProfileWrite, ends_an_unfinished_last_line_it_adds_behind_or_replaces) {
     struct Case {
         QByteArray before;
         const char* section;
@@ -125,7 +125,7 @@ TEST(ProfileWrite, ends_an_unfinished_last_line_before_adding) {
         {"[ZEL]", "ZEL", "[ZEL]\r\nDataPath=/d\r\n"},
         {"[A]\r\nk=v", "ZEL", "[A]\r\nk=v\r\n[ZEL]\r\nDataPath=/d\r\n"},
         {"[ZEL]\r\nk=v", "ZEL", "[ZEL]\r\nk=v\r\nDataPath=/d\r\n"},
-        {"[ZEL]\r\nDataPath=/old", "ZEL", "[ZEL]\r\nDataPath=/d"},
+        {"[ZEL]\r\nDataPath=/old", "ZEL", "[ZEL]\r\nDataPath=/d\r\n"},
     };
     const QString key = QStringLiteral("DataPath"), value = QStringLiteral("/d");
     for (const auto& c : cases) {
@@ -145,6 +145,8 @@ TEST(ProfileWrite, refuses_what_would_not_read_back) {
         {"ZEL", QStringLiteral("DataPath"), QStringLiteral("/a\nb")},
         {"ZEL", QStringLiteral("DataPath"), QStringLiteral("/a\rb")},
         {"ZEL", QStringLiteral("Data=Path"), QStringLiteral("/a")},
+        {"ZEL", QStringLiteral(" ;DataPath"), QStringLiteral("/a")},
+        {"ZEL", QStringLiteral("[DataPath]"), QStringLiteral("/a")},
         {"Z\nEL", QStringLiteral("DataPath"), QStringLiteral("/a")},
         {"ZEL", QStringLiteral("DataPath"), QString::fromUtf8("/\xC5\x81\xC3\xB3\x64\xC5\xBA")},
     };
@@ -167,8 +169,7 @@ class ProfileFiles : public ::testing::Test {
 
 TEST_F(ProfileFiles, a_missing_file_gives_the_default_and_a_write_creates_it) {
     EXPECT_EQ(read_profile_string(path, "HEADER", "TOTAL_SESSIONS", "none"), "none");
-    EXPECT_TRUE(delete_profile_section(path, "HEADER"));
-    EXPECT_EQ(contents(path), "<absent>") << "deleting from nothing creates nothing";
+    EXPECT_EQ(contents(path), "<absent>") << "reading creates nothing";
 
     const char* keys[][2] = {{"ID", " 7"}, {"Date", "22/11/2026 at 09:05:07"}};
     for (const auto& kv : keys)
