@@ -13,6 +13,11 @@
 #                      the new-patient dialog filled and saved, recording started or not
 #   exit_console MAIN yes|no   File, Exit, the session saved or not; waits for the end
 
+# The programs under test: the build's, or others named here (an installed package's).
+E2E_CONSOLE_PROGRAM=${ZEL_CONSOLE:-build/app/zelmoor}
+E2E_SIM_PROGRAM=${ZEL_SIM:-build/sim/zelmoor-sim}
+E2E_TARROW_LIBRARY=${ZEL_TARROW:-build/sim/libtarrow-sim.so}
+
 e2e_fail() {
     echo "e2e: FAILED: $*" >&2
     [ -n "${E2E_DIR:-}" ] && import -window root "$E2E_DIR/failure.png" 2>/dev/null &&
@@ -28,7 +33,7 @@ e2e_start() {
     export HOME=$E2E_DIR
     E2E_APP_DATA=$HOME/.local/share/zelmoor
     mkdir -p "$E2E_APP_DATA/lib" "$E2E_APP_DATA/sim"
-    cp -f build/sim/libtarrow-sim.so "$E2E_APP_DATA/lib/libtarrow.so"
+    cp -f "$E2E_TARROW_LIBRARY" "$E2E_APP_DATA/lib/libtarrow.so"
     touch "$E2E_APP_DATA/sim/libtarrow-is-simulated"
     local n
     for n in $(seq 90 130); do
@@ -58,7 +63,7 @@ e2e_sim() {
     local fifo=$E2E_DIR/sim-input
     rm -f "$fifo"
     mkfifo "$fifo"
-    QT_QPA_PLATFORM=offscreen build/sim/zelmoor-sim --headless --app-data "$E2E_APP_DATA" \
+    QT_QPA_PLATFORM=offscreen "$E2E_SIM_PROGRAM" --headless --app-data "$E2E_APP_DATA" \
         --script - --wire-log "$E2E_DIR/wire.log" <"$fifo" >"$E2E_DIR/sim.log" 2>&1 &
     E2E_SIM=$!
     exec {E2E_SIM_IN}>"$fifo"
@@ -74,7 +79,7 @@ sim_line() { echo "$1" >&"$E2E_SIM_IN"; }
 
 e2e_console() {
     E2E_CONSOLE_RUNS=$((E2E_CONSOLE_RUNS + 1))
-    build/app/zelmoor >"$E2E_DIR/console-$E2E_CONSOLE_RUNS.log" 2>&1 &
+    "$E2E_CONSOLE_PROGRAM" >"$E2E_DIR/console-$E2E_CONSOLE_RUNS.log" 2>&1 &
     E2E_CONSOLE=$!
 }
 
