@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "data/profile_edit.h"
+
 namespace zel {
 namespace {
 
@@ -106,10 +108,7 @@ TEST(ProfileWrite, changes_only_the_lines_it_must) {
     };
     for (const auto& c : cases) {
         QByteArray contents = base;
-        const QString key = QString::fromLatin1(c.key), value = QString::fromLatin1(c.value);
-        ASSERT_TRUE(edit_profile(contents, QString::fromLatin1(c.section), c.key ? &key : nullptr,
-                                 c.value ? &value : nullptr))
-            << c.name;
+        ASSERT_TRUE(test::edit(contents, c.section, c.key, c.value)) << c.name;
         EXPECT_EQ(contents, c.expected) << c.name;
     }
 }

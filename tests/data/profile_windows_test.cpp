@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "data/profile_edit.h"
 #include "data/profile_file.h"
 
 namespace zel {
@@ -49,10 +50,7 @@ TEST(ProfileWindows, edits_a_file_as_windows_does) {
     };
     for (const auto& c : cases) {
         QByteArray contents = c.before;
-        const QString key = QString::fromLatin1(c.key), value = QString::fromLatin1(c.value);
-        ASSERT_TRUE(edit_profile(contents, QString::fromLatin1(c.section), c.key ? &key : nullptr,
-                                 c.value ? &value : nullptr))
-            << c.story;
+        ASSERT_TRUE(test::edit(contents, c.section, c.key, c.value)) << c.story;
         EXPECT_EQ(contents, c.after) << c.story;
     }
 }
