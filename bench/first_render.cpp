@@ -21,7 +21,9 @@ double now_ms() {
     return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
 }
 
-QImage grab(QScreen& screen) { return screen.grabWindow(0).toImage(); }
+QImage grab(QScreen& screen, int width, int height) {
+    return screen.grabWindow(0, 0, 0, width, height).toImage();
+}
 
 }  // namespace
 
@@ -30,14 +32,18 @@ int main(int argc, char** argv) {
     QStringList args = app.arguments().mid(1);
     double settle_ms = 2000;
     double timeout_ms = 30000;
+    int width = 1000, height = 800;
     while (args.size() >= 2 && args.front().startsWith(QLatin1String("--"))) {
         const QString option = args.takeFirst();
         const double value = args.takeFirst().toDouble();
         if (option == QLatin1String("--settle")) settle_ms = value;
         else if (option == QLatin1String("--timeout")) timeout_ms = value * 1000;
+        else if (option == QLatin1String("--width")) width = static_cast<int>(value);
+        else if (option == QLatin1String("--height")) height = static_cast<int>(value);
     }
     if (args.isEmpty()) {
-        std::fprintf(stderr, "usage: zel_first_render [--settle MS] [--timeout S] PROGRAM [ARGUMENTS...]\n");
+        std::fprintf(stderr, "usage: zel_first_render [--settle MS] [--timeout S] [--width PIXELS] "
+                             "[--height PIXELS] PROGRAM [ARGUMENTS...]\n");
         return 2;
     }
     QScreen* screen = QGuiApplication::primaryScreen();
@@ -45,7 +51,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "zel_first_render: no screen\n");
         return 2;
     }
-    const QImage empty = grab(*screen);
+    const QImage empty = grab(*screen, width, height);
 
     QProcess program;
     program.setProcessChannelMode(QProcess::ForwardedChannels);
@@ -55,7 +61,7 @@ int main(int argc, char** argv) {
     double last_change = -1;
     int grabs = 0;
     for (;;) {
-        const QImage image = grab(*screen);
+        const QImage image = grab(*screen, width, height);
         const double t = now_ms();
         ++grabs;
         if (image != last) {
@@ -69,7 +75,7 @@ int main(int argc, char** argv) {
             program.waitForFinished(3000);
             return 1;
         }
-        QThread::msleep(2);
+        QThread::msleep(10);
     }
     program.terminate();
     if (!program.waitForFinished(3000)) program.kill();
