@@ -47,18 +47,28 @@ void PatientCurves::load_all_curves() {
     if (count == 0) return;
     erase_curves();
     clear_chart();
+    // The files are read side by side, one to a thread, as reading is most of the load; they
+    // are taken up in their order, so that a bad one stops the load at its place.
+    const QChar separator = platform.locale.decimal_separator();
+    std::vector<std::future<CurveData>> readings;
+    for (int k = 0; k < count; ++k)
+        readings.push_back(std::async(std::launch::async, [path = curve_paths[k], separator] {
+            CurveData data;
+            LoadCurveData2(path, data, separator);
+            return data;
+        }));
     int i = 0;
     try {
-        for (i = 0; i < count; ++i) load_next_curve(curve_paths[i]);
+        for (i = 0; i < count; ++i) load_next_curve(readings[static_cast<size_t>(i)]);
     } catch (const ZelError&) {
-        // One message for every kind of bad file; the files behind it are dropped unread.
+        // One message for every kind of bad file; the files behind it are dropped.
         platform.boxes.MsgBox(message_text(168) + curve_paths[i], vbCritical);
         curve_paths.resize(curve_count);
         fill_patient_list();
     }
 }
 
-void PatientCurves::load_next_curve(const QString&) {
+void PatientCurves::load_next_curve(std::future<CurveData>& reading) {
     const int n = curve_count;
     const auto size = static_cast<size_t>(n) + 1;
     auto resize_all = [this](size_t to) {
@@ -71,8 +81,7 @@ void PatientCurves::load_next_curve(const QString&) {
     };
     resize_all(size);
     try {
-        CurveData data;
-        LoadCurveData2(curve_paths[n], data, platform.locale.decimal_separator());
+        CurveData data = reading.get();
         curve_time[n] = std::move(data.time);
         curve_volume[n] = std::move(data.volume);
         curve_balloon[n] = std::move(data.balloon);

@@ -6,10 +6,12 @@
 #include <QStringList>
 #include <array>
 #include <cstdint>
+#include <future>
 #include <vector>
 
 #include "app/control.h"
 #include "app/proportional_layout.h"
+#include "data/curve_file_reader.h"
 #include "platform/file_dialogs.h"
 #include "platform/locale.h"
 #include "platform/message_box.h"
@@ -105,7 +107,8 @@ public:
     void multi_select_curve_files_from_disk();
     void refresh_curves();
     void load_all_curves();
-    void load_next_curve(const QString& path);
+    // Takes up the next curve from its reading, which fails here if the file was bad.
+    void load_next_curve(std::future<CurveData>& reading);
     void erase_curves();
     void clear_all();
     void fill_patient_list();
