@@ -112,7 +112,19 @@ void end_with_line_break(std::vector<Line>& lines, size_t index) {
     if (lines[index].end.isEmpty()) lines[index].end = "\r\n";
 }
 
-bool read_file(const QString& path, QByteArray& contents) {
+bool edit_file(const QString& path, const QString& section, const QString* key,
+               const QString* value) {
+    QByteArray contents;
+    if (!read_profile_file(path, contents)) return false;
+    const QByteArray before = contents;
+    if (!edit_profile(contents, section, key, value)) return false;
+    if (contents == before && (key == nullptr || value == nullptr)) return true;
+    return replace_whole_file(path, contents);
+}
+
+}  // namespace
+
+bool read_profile_file(const QString& path, QByteArray& contents) {
     contents.clear();
     const QFileInfo info(path);
     if (!info.exists()) return true;
@@ -121,18 +133,6 @@ bool read_file(const QString& path, QByteArray& contents) {
     contents = file.readAll();
     return file.error() == QFileDevice::NoError;
 }
-
-bool edit_file(const QString& path, const QString& section, const QString* key,
-               const QString* value) {
-    QByteArray contents;
-    if (!read_file(path, contents)) return false;
-    const QByteArray before = contents;
-    if (!edit_profile(contents, section, key, value)) return false;
-    if (contents == before && (key == nullptr || value == nullptr)) return true;
-    return replace_whole_file(path, contents);
-}
-
-}  // namespace
 
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
                       const QString& default_value, int buffer_size) {
@@ -193,7 +193,7 @@ bool edit_profile(QByteArray& contents, const QString& section, const QString* k
 QString read_profile_string(const QString& path, const QString& section, const QString& key,
                             const QString& default_value, int buffer_size) {
     QByteArray contents;
-    if (!read_file(path, contents)) contents.clear();
+    if (!read_profile_file(path, contents)) contents.clear();
     return profile_value(contents, section, key, default_value, buffer_size);
 }
 
