@@ -15,7 +15,8 @@ namespace {
 // The rename that puts the new file in place is a change of its folder: synchronising the
 // folder makes the replacement itself last through a power loss.
 bool sync_folder(const QString& folder) {
-    const int fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd =
+        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return false;
     const bool synced = ::fsync(fd) == 0;
     ::close(fd);

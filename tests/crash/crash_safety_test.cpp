@@ -286,12 +286,14 @@ TEST(CrashSafety, every_file_is_whole_after_kills_at_random_moments) {
     for (long k = 0; k < kills && !HasFatalFailure(); ++k) crash.kill_once(delay_ms(random));
 
     const Tally& t = crash.tally;
-    std::printf("[          ] seed %u: %ld kills, %ld versions begun, %ld files checked, "
-                "%ld mixtures, %ld curve lines checked, %ld lines cut by a kill, "
-                "%ld loads accepted, %ld patients quarantined, %zu stray files\n",
-                seed, t.kills, t.versions, t.files_checked, t.mixtures, t.lines_checked,
-                t.partial_lines, t.accepted, t.quarantined, t.strays.size());
-    for (const QString& stray : t.strays) std::printf("[          ] stray: %s\n", qPrintable(stray));
+    std::printf(
+        "[          ] seed %u: %ld kills, %ld versions begun, %ld files checked, "
+        "%ld mixtures, %ld curve lines checked, %ld lines cut by a kill, "
+        "%ld loads accepted, %ld patients quarantined, %zu stray files\n",
+        seed, t.kills, t.versions, t.files_checked, t.mixtures, t.lines_checked, t.partial_lines,
+        t.accepted, t.quarantined, t.strays.size());
+    for (const QString& stray : t.strays)
+        std::printf("[          ] stray: %s\n", qPrintable(stray));
     EXPECT_EQ(t.mixtures, 0);
     EXPECT_EQ(t.kills, kills);
 }

@@ -25,7 +25,8 @@ void say(const std::string& text) {
 // A save the console would have reported in a box: the run is void.
 void check_no_box(const zel::test::FakeMessageBoxes& boxes, const char* what) {
     if (boxes.shown.isEmpty()) return;
-    std::fprintf(stderr, "zel_crash_writer: %s failed: %s\n", what, qPrintable(boxes.shown.front()));
+    std::fprintf(stderr, "zel_crash_writer: %s failed: %s\n", what,
+                 qPrintable(boxes.shown.front()));
     std::_Exit(4);
 }
 
