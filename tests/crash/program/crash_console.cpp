@@ -92,28 +92,37 @@ QByteArray Expected::written(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QByteArray Expected::patient_file(long version) {
+template <class Make>
+QByteArray Expected::remembered(std::map<long, QByteArray>& made, long version, const QString& path,
+                                Make make) {
+    const auto found = made.find(version);
+    if (found != made.end()) return found->second;
     scratch.set_version(version);
-    scratch.form.save_patient_parameters();
-    return written(scratch.folder.patient_file);
+    make();
+    if (made.size() > 16) made.erase(made.begin());
+    return made[version] = written(path);
+}
+
+QByteArray Expected::patient_file(long version) {
+    return remembered(patient_files, version, scratch.folder.patient_file,
+                      [this] { scratch.form.save_patient_parameters(); });
 }
 
 QByteArray Expected::companion_file(long version) {
-    patient_file(version);
-    return written(scratch.folder.companion_file);
+    return remembered(companion_files, version, scratch.folder.companion_file,
+                      [this] { scratch.form.save_patient_parameters(); });
 }
 
 QByteArray Expected::settings_file(long version) {
-    scratch.set_version(version);
-    scratch.form.save_ini_file();
-    return written(scratch.folder.settings_file);
+    return remembered(settings_files, version, scratch.folder.settings_file,
+                      [this] { scratch.form.save_ini_file(); });
 }
 
 QByteArray Expected::session_file(long version) {
-    QFile::remove(scratch.folder.session_file);
-    scratch.set_version(version);
-    scratch.save_session_entry();
-    return written(scratch.folder.session_file);
+    return remembered(session_files, version, scratch.folder.session_file, [this] {
+        QFile::remove(scratch.folder.session_file);
+        scratch.save_session_entry();
+    });
 }
 
 QByteArray Expected::curve_header(long run, long first_version) {

@@ -4,6 +4,7 @@
 // expects to find after each kill.
 #include <QByteArray>
 #include <QString>
+#include <map>
 
 #include "app/form1.h"
 #include "fakes/fake_platform.h"
@@ -61,6 +62,11 @@ public:
 
 private:
     QByteArray written(const QString& path);
+    // Each version made once: the checks ask for the same few again and again.
+    template <class Make>
+    QByteArray remembered(std::map<long, QByteArray>& made, long version, const QString& path,
+                          Make make);
+    std::map<long, QByteArray> patient_files, companion_files, settings_files, session_files;
     QString scratch_root;
     CrashConsole scratch;
 };
