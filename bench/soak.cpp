@@ -3,12 +3,14 @@
 // throughout. At the end the curve file is held against the simulator's wire log, and the
 // console's resident memory and open file handles against their values at the start.
 //
-//   zel_soak [seconds]          default 1800
+//   zel_soak [seconds [folder]]     default 1800 s; the wire log, command log and curve file
+//                                   are copied into the folder at the end
 //
 // Prints the figures and exits 0 only when every check held.
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -76,7 +78,7 @@ std::string script_for(double seconds, long& cuts) {
     return script + "wait 86400\nquit\n";
 }
 
-int run(double seconds) {
+int run(double seconds, const QString& keep) {
     NullSurface chart;
     LiveConsole c(false, &chart);
     struct ClosePort {
@@ -161,6 +163,12 @@ int run(double seconds) {
     const Comparison r =
         compare(wire, upload_times(c.app_data.path() + QStringLiteral("/sim/module-commands.log")),
                 samples, first_count, last_count);
+    if (!keep.isEmpty()) {
+        QDir().mkpath(keep);
+        for (const QString& f : {c.sim.wire_log(), curve,
+                                 c.app_data.path() + QStringLiteral("/sim/module-commands.log")})
+            QFile::copy(f, keep + QLatin1Char('/') + QFileInfo(f).fileName());
+    }
 
     std::printf("soak over %.0f s of real time\n", seconds);
     std::printf("  frames sent %zu: good %ld, corrupt %ld\n", wire.size(),
@@ -172,6 +180,20 @@ int run(double seconds) {
         "frame %ld, frames the console took in and did not write %ld\n",
         r.expected, r.missing, r.duplicated, r.foreign, r.count_gaps);
     std::printf("  frames sent after a cut before the module was found again: %ld\n", r.unread);
+    // What the wire carried around each missing frame, and the last time the module was found.
+    const std::vector<double> uploads =
+        upload_times(c.app_data.path() + QStringLiteral("/sim/module-commands.log"));
+    for (double t : r.missing_times) {
+        double found = 0;
+        for (double u : uploads)
+            if (u < t) found = u;
+        std::printf("    missing: the frame at %.3f s (module found at %.3f s); around it:", t,
+                    found);
+        for (const WireFrame& w : wire)
+            if (std::fabs(w.time - t) < 0.07)
+                std::printf(" %.3f%s", w.time, w.corrupt ? " corrupt" : "");
+        std::printf("\n");
+    }
     std::printf("  cuts on the wire %ld, losses found by the console %d\n", cuts, losses_found);
     std::printf("  holds armed %d, holds begun %d\n", arms, holds);
     std::printf("  resident memory %ld kB at the start, %ld kB after a minute, %ld kB at the end\n",
@@ -208,8 +230,8 @@ int main(int argc, char** argv) {
     zel::load_default_messages();
     const double seconds = argc > 1 ? std::atof(argv[1]) : 1800;
     if (seconds < 60) {
-        std::fprintf(stderr, "usage: zel_soak [seconds], at least 60\n");
+        std::fprintf(stderr, "usage: zel_soak [seconds [folder]], at least 60 s\n");
         return 2;
     }
-    return zel::test::run(seconds);
+    return zel::test::run(seconds, argc > 2 ? QString::fromLocal8Bit(argv[2]) : QString());
 }

@@ -142,7 +142,14 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
             ++r.foreign;
             continue;
         }
-        for (size_t n = k; n < j; ++n) (excused(good[n].time) ? r.unread : r.missing) += 1;
+        for (size_t n = k; n < j; ++n) {
+            if (excused(good[n].time)) {
+                ++r.unread;
+            } else {
+                ++r.missing;
+                r.missing_times.push_back(good[n].time);
+            }
+        }
         last_matched = j;
         k = j + 1;
     }

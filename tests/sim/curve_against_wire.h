@@ -38,6 +38,7 @@ struct Comparison {
     long foreign = 0;     // lines that stand for no good frame on the wire (a corrupt one's)
     long unread = 0;      // good frames that reached the line before the module was found again
     long count_gaps = 0;  // frames the console took in and did not write (by its own count)
+    std::vector<double> missing_times;  // the wire's times of the missing frames
 };
 
 // `first_count`: the console's frame count when recording began; `last_count`: when it ended.
