@@ -161,7 +161,7 @@ int run(double seconds, const QString& keep) {
     bool well_formed = false;
     const std::vector<Sample> samples = curve_samples(curve, well_formed);
     const Comparison r =
-        compare(wire, upload_times(c.app_data.path() + QStringLiteral("/sim/module-commands.log")),
+        compare(wire, stream_starts(c.app_data.path() + QStringLiteral("/sim/module-commands.log")),
                 samples, first_count, last_count);
     if (!keep.isEmpty()) {
         QDir().mkpath(keep);
@@ -181,11 +181,11 @@ int run(double seconds, const QString& keep) {
         r.expected, r.missing, r.duplicated, r.foreign, r.count_gaps);
     std::printf("  frames sent after a cut before the module was found again: %ld\n", r.unread);
     // What the wire carried around each missing frame, and the last time the module was found.
-    const std::vector<double> uploads =
-        upload_times(c.app_data.path() + QStringLiteral("/sim/module-commands.log"));
+    const std::vector<double> starts =
+        stream_starts(c.app_data.path() + QStringLiteral("/sim/module-commands.log"));
     for (double t : r.missing_times) {
         double found = 0;
-        for (double u : uploads)
+        for (double u : starts)
             if (u < t) found = u;
         std::printf("    missing: the frame at %.3f s (module found at %.3f s); around it:", t,
                     found);

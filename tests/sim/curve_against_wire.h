@@ -24,9 +24,9 @@ struct Sample {
 };
 
 std::vector<WireFrame> wire_frames(const QString& wire_log);
-// Times of the console's uploads of its settings ("L" in the command log): each follows a
-// search that found the module.
-std::vector<double> upload_times(const QString& command_log);
+// Times the console started the stream ("E" in the command log): each ends a search that
+// found the module and confirmed its settings.
+std::vector<double> stream_starts(const QString& command_log);
 // The sample lines behind the header; `well_formed` false when a line is not a sample or the
 // file does not end with a line end.
 std::vector<Sample> curve_samples(const QString& curve_file, bool& well_formed);
@@ -42,7 +42,7 @@ struct Comparison {
 };
 
 // `first_count`: the console's frame count when recording began; `last_count`: when it ended.
-Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>& uploads,
+Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>& starts,
                    const std::vector<Sample>& samples, long first_count, long last_count);
 
 }  // namespace zel::test

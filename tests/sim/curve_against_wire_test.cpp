@@ -1,6 +1,6 @@
 // The soak's check of a curve file against the wire log finds each kind of fault it is there
 // for, on a made-up recording: 300 frames with a cut of the line after frame 199, the module
-// found again (settings uploaded) between frames 202 and 203.
+// found again (the stream started) between frames 202 and 203.
 #include "sim/curve_against_wire.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ struct Recording {
     std::vector<WireFrame> wire;
     std::vector<int> written;       // the wire frames with a line, in the file's order
     std::set<int> taken_unwritten;  // frames the console counted and wrote no line for
-    std::vector<double> uploads;
+    std::vector<double> starts;
 };
 
 Recording every_frame_recorded() {
@@ -31,7 +31,7 @@ Recording every_frame_recorded() {
         r.wire.push_back({time, k * 7 % 1000 - 500, k % 40 < 20 ? 1 : 4, true, false});
     }
     for (int k = first_recorded; k < frames_sent; ++k) r.written.push_back(k);
-    r.uploads = {0.5, r.wire[202].time + 0.01};
+    r.starts = {0.5, r.wire[202].time + 0.01};
     return r;
 }
 
@@ -112,6 +112,19 @@ TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_modul
              erase(r.written, 206);
          },
          287, 1, 0, 0, 3, 0},
+        {"a hold over the moment the module is found, its first frames unread",
+         [](Recording& r) {
+             for (int k = 200; k < 211; ++k) r.wire[static_cast<size_t>(k)].units = 700;
+             erase(r.written, 200);
+             erase(r.written, 201);
+         },
+         288, 0, 0, 0, 2, 0},
+        {"a hold over the moment the module is found, more frames lost than were sent before",
+         [](Recording& r) {
+             for (int k = 200; k < 211; ++k) r.wire[static_cast<size_t>(k)].units = 700;
+             for (int k = 200; k < 205; ++k) erase(r.written, k);
+         },
+         287, 2, 0, 0, 3, 0},
         {"frames lost once the module was found",
          [](Recording& r) {
              erase(r.written, 204);
@@ -124,7 +137,7 @@ TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_modul
         c.change(r);
         long last_count = 0;
         const std::vector<Sample> samples = lines_of(r, last_count);
-        const Comparison found = compare(r.wire, r.uploads, samples, 0, last_count);
+        const Comparison found = compare(r.wire, r.starts, samples, 0, last_count);
         EXPECT_EQ(found.missing, c.missing) << c.what;
         EXPECT_EQ(found.duplicated, c.duplicated) << c.what;
         EXPECT_EQ(found.foreign, c.foreign) << c.what;
