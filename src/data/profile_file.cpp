@@ -155,6 +155,11 @@ bool edit_file(const QString& path, const QString& section, const QString* key,
 
 }  // namespace
 
+bool read_profile_file(const QString& path, QByteArray& contents) {
+    bool exists = false;
+    return read_file(path, contents, exists);
+}
+
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
                       const QString& default_value, int buffer_size) {
     const int limit = buffer_size > 0 ? buffer_size - 1 : 0;
@@ -220,8 +225,7 @@ bool edit_profile(QByteArray& contents, const QString& section, const QString* k
 QString read_profile_string(const QString& path, const QString& section, const QString& key,
                             const QString& default_value, int buffer_size) {
     QByteArray contents;
-    bool exists = false;
-    if (!read_file(path, contents, exists)) contents.clear();
+    if (!read_profile_file(path, contents)) contents.clear();
     return profile_value(contents, section, key, default_value, buffer_size);
 }
 

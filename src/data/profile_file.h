@@ -33,6 +33,10 @@ bool write_profile_string(const QString& path, const QString& section, const QSt
 bool delete_profile_key(const QString& path, const QString& section, const QString& key);
 bool delete_profile_section(const QString& path, const QString& section);
 
+// The file's bytes, empty when it is missing; false when it can't be read. Several edits made
+// in memory on them and written back with replace_whole_file land together or not at all.
+bool read_profile_file(const QString& path, QByteArray& contents);
+
 // The same on a file's bytes in memory.
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
                       const QString& default_value, int buffer_size = profile_buffer_size);

@@ -4,6 +4,7 @@
 #include "app/zel_error.h"
 #include "data/locale_number.h"
 #include "data/profile_file.h"
+#include "data/whole_file.h"
 
 namespace zel {
 
@@ -61,16 +62,25 @@ bool write_session_entry(const QString& path, const QString& session, const Sess
         {"Number_of_breath_holds", &entry.breath_holds},
         {"Gating Mode", &entry.gating_mode},
     };
+    // The entry and the count are written together in one replacement of the file: a crash
+    // leaves the history as it was or with the whole entry, never half of one.
+    QByteArray contents;
+    if (!read_profile_file(path, contents)) return false;
+    const QByteArray before = contents;
+    bool complete = true;
     for (const auto& [name, value] : values) {
-        if (!write_profile_string(path, section, QString::fromLatin1(name), *value)) {
+        const QString key_name = QString::fromLatin1(name);
+        if (!edit_profile(contents, section, &key_name, value)) {
             // No half entry stays behind to be counted or shown.
-            delete_profile_section(path, section);
-            return false;
+            edit_profile(contents, section, nullptr, nullptr);
+            complete = false;
+            break;
         }
     }
-    if (!write_profile_string(path, header_section, total_key,
-                              QLatin1Char(' ') + QString::number(n)))
-        return false;
+    const QString total = QLatin1Char(' ') + QString::number(n);
+    if (complete && !edit_profile(contents, header_section, &total_key, &total)) complete = false;
+    if (contents != before && !replace_whole_file(path, contents)) return false;
+    if (!complete) return false;
     session_id_saved = key;
     return true;
 }

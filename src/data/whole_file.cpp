@@ -1,10 +1,29 @@
 #include "data/whole_file.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStringList>
 
 namespace zel {
+
+namespace {
+
+// The rename that puts the new file in place is a change of its folder: synchronising the
+// folder makes the replacement itself last through a power loss.
+bool sync_folder(const QString& folder) {
+    const int fd =
+        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool synced = ::fsync(fd) == 0;
+    ::close(fd);
+    return synced;
+}
+
+}  // namespace
 
 bool replace_whole_file(const QString& path, const QByteArray& bytes) {
     const QFileInfo info(path);
@@ -16,7 +35,11 @@ bool replace_whole_file(const QString& path, const QByteArray& bytes) {
         file.cancelWriting();
         return false;
     }
-    return file.commit();
+    // The save file synchronises the new file's bytes with the disk before its rename over the
+    // old one, so that a power loss leaves the old file or the new one, never an empty one.
+    if (!file.commit()) return false;
+    // A folder the disk could not confirm is reported as a failed save.
+    return sync_folder(info.absolutePath());
 }
 
 bool latin1_lines(const QStringList& lines, QByteArray& bytes) {

@@ -49,8 +49,10 @@ private:
 };
 
 struct LiveConsole {
-    explicit LiveConsole(bool simulated_gating_library)
-        : use_real_library(simulated_gating_library) {
+    // `chart`: a surface of the caller's in place of the recording fake, which keeps every
+    // stroke and so grows without end over a long run.
+    explicit LiveConsole(bool simulated_gating_library, ChartSurface* chart = nullptr)
+        : use_real_library(simulated_gating_library), drawn_on(chart) {
         if (simulated_gating_library) {
             QDir().mkpath(app_data.filePath(QStringLiteral("lib")));
             QFile::copy(QStringLiteral(TARROW_SIM_PATH),
@@ -74,6 +76,7 @@ struct LiveConsole {
     bool link_up(int timeout_ms = 10000);
 
     const bool use_real_library;
+    ChartSurface* const drawn_on;
     QTemporaryDir app_data;
     SimProcess sim{app_data.path()};
     FakePlatform fakes;
@@ -86,7 +89,7 @@ struct LiveConsole {
                       fakes.clock,
                       fakes.locale,
                       fakes.boxes,
-                      fakes.chart,
+                      drawn_on ? *drawn_on : fakes.chart,
                       use_real_library ? static_cast<GatingLibrary&>(real_library) : fakes.tarrow,
                       fakes.dialogs,
                       fakes.windows};

@@ -1,0 +1,302 @@
+// The console killed (SIGKILL) at random moments while it saves the patient file, zel.ini and
+// the session history and records a curve, run after run over the same files. After each kill:
+// every file replaced whole is its old or its new version, never a mixture; the next load of
+// the patient takes a patient whose companion matches and quarantines, whole, one whose
+// companion does not; each curve file has lost at most the line being written.
+//   ZEL_CRASH_KILLS=1000 build/tests/test_crash     (100 kills by default)
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+#include <map>
+#include <random>
+#include <set>
+
+#include "crash/program/crash_console.h"
+#include "data/quarantine.h"
+#include "language/messages.h"
+
+namespace zel::test::crash {
+namespace {
+
+constexpr long no_file = -1;
+
+QByteArray contents(const QString& path, bool& exists) {
+    QFile file(path);
+    exists = file.open(QIODevice::ReadOnly);
+    return exists ? file.readAll() : QByteArray();
+}
+
+// Every file under `folder` with its bytes, by its path below the folder.
+std::map<QString, QByteArray> snapshot(const QString& folder) {
+    std::map<QString, QByteArray> files;
+    QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        bool exists = false;
+        files[QDir(folder).relativeFilePath(path)] = contents(path, exists);
+    }
+    return files;
+}
+
+QByteArray companion_for(const QByteArray& patient_file) {
+    const uLong crc = crc32(0L, reinterpret_cast<const Bytef*>(patient_file.constData()),
+                            static_cast<uInt>(patient_file.size()));
+    return "CRC:" + QByteArray::number(static_cast<qulonglong>(crc), 16).toUpper() + "\r\n";
+}
+
+// What a run of the writer said before it was killed.
+struct RunReport {
+    bool ready = false;
+    long begun = no_file;  // the last version begun
+};
+
+RunReport read_report(const QByteArray& output) {
+    RunReport report;
+    for (const QByteArray& line : output.split('\n')) {
+        if (line == "ready") report.ready = true;
+        if (line.startsWith("v ")) report.begun = line.mid(2).toLong();
+    }
+    return report;
+}
+
+struct Tally {
+    long kills = 0;
+    long files_checked = 0;
+    long mixtures = 0;
+    long quarantined = 0;
+    long accepted = 0;
+    long partial_lines = 0;
+    long lines_checked = 0;
+    long versions = 0;
+    // Files that are none of the console's: a temporary file that a kill caught between its
+    // link into the folder and its rename over the old file.
+    std::set<QString> strays;
+};
+
+class CrashRun {
+public:
+    explicit CrashRun(const QString& root_) : root(root_), folder(root_) {}
+
+    // One run of the writer, killed after `delay_ms` once it is ready; then every check.
+    void kill_once(long delay_ms) {
+        const long first = next_version;
+        QProcess writer;
+        writer.start(QStringLiteral(CRASH_WRITER_PATH),
+                     {root, QString::number(run), QString::number(first)});
+        ASSERT_TRUE(writer.waitForStarted(10000));
+        QByteArray output;
+        while (!output.contains("ready\n")) {
+            ASSERT_TRUE(writer.waitForReadyRead(10000))
+                << "the writer never got ready: " << writer.readAllStandardError().toStdString();
+            output += writer.readAllStandardOutput();
+        }
+        QThread::msleep(static_cast<unsigned long>(delay_ms));
+        writer.kill();
+        ASSERT_TRUE(writer.waitForFinished(10000));
+        ASSERT_EQ(writer.exitStatus(), QProcess::CrashExit)
+            << "the writer ended by itself: " << writer.readAllStandardError().toStdString();
+        output += writer.readAllStandardOutput();
+        const RunReport report = read_report(output);
+        ++tally.kills;
+
+        check_whole(folder.patient_file, patient, report, first,
+                    [this](long v) { return expected.patient_file(v); });
+        check_whole(folder.companion_file, companion, report, first,
+                    [this](long v) { return expected.companion_file(v); });
+        check_whole(folder.settings_file, settings, report, first,
+                    [this](long v) { return expected.settings_file(v); });
+        check_whole(folder.session_file, session, report, first,
+                    [this](long v) { return expected.session_file(v); });
+        check_curve(report, first);
+        check_earlier_curves();
+        load_patient();
+        load_settings();
+        note_strays();
+
+        if (report.begun != no_file) {
+            tally.versions += report.begun - first + 1;
+            next_version = report.begun + 1;
+        }
+        ++run;
+    }
+
+    Tally tally;
+
+private:
+    // A file as the last check found it.
+    struct Kept {
+        bool exists = false;
+        QByteArray bytes;
+        long version = no_file;  // no_file where it is none of the versions
+    };
+
+    // The file must be as the run found it (only while the run had not finished its first
+    // version), or byte for byte the version the run had reached, or the one before it.
+    template <class Make>
+    void check_whole(const QString& path, Kept& kept, const RunReport& report, long first,
+                     Make make) {
+        bool exists = false;
+        const QByteArray bytes = contents(path, exists);
+        if (exists) ++tally.files_checked;
+        const bool may_be_old = report.begun == no_file || report.begun == first;
+        if (may_be_old && exists == kept.exists && bytes == kept.bytes) return;
+        std::vector<long> versions;
+        if (report.begun != no_file) versions.push_back(report.begun);
+        if (report.begun != no_file && report.begun > first) versions.push_back(report.begun - 1);
+        for (long v : versions) {
+            if (exists && bytes == make(v)) {
+                kept = {true, bytes, v};
+                return;
+            }
+        }
+        ++tally.mixtures;
+        ADD_FAILURE() << qPrintable(path) << " after run " << run << " is neither as it was nor "
+                      << "any of the versions " << ::testing::PrintToString(versions) << ":\n"
+                      << bytes.toStdString();
+        kept = {exists, bytes, no_file};
+    }
+
+    // The run's curve file: its header, lines 1 to m whole, and at most a part of line m + 1,
+    // the one being written; m at least every line of the versions finished.
+    void check_curve(const RunReport& report, long first) {
+        bool exists = false;
+        const QString path = folder.curve_file(run);
+        const QByteArray bytes = contents(path, exists);
+        ASSERT_TRUE(exists) << "no curve file after run " << run;
+        ++tally.files_checked;
+        const QByteArray header = expected.curve_header(run, first);
+        ASSERT_TRUE(bytes.startsWith(header)) << "the curve header of run " << run;
+        qsizetype at = header.size();
+        long m = 0;
+        while (at < bytes.size()) {
+            const QByteArray line = expected.curve_line(m + 1);
+            const QByteArray rest = bytes.mid(at, line.size());
+            if (rest == line) {
+                ++m;
+                at += line.size();
+                continue;
+            }
+            ASSERT_TRUE(line.startsWith(rest) && at + rest.size() == bytes.size())
+                << "curve file of run " << run << ": line " << m + 1 << " reads "
+                << bytes.mid(at).toStdString() << " where " << line.toStdString() << " belongs";
+            ++tally.partial_lines;
+            break;
+        }
+        const long finished =
+            report.begun == no_file ? 0 : (report.begun - first) * lines_per_version;
+        EXPECT_GE(m, finished) << "curve file of run " << run << " lost whole lines";
+        EXPECT_LE(m, finished + lines_per_version) << "curve file of run " << run;
+        tally.lines_checked += m;
+        curves[path] = bytes;
+    }
+
+    // A run's curve file never changes once its run is over.
+    void check_earlier_curves() {
+        for (const auto& [path, bytes] : curves) {
+            if (path == folder.curve_file(run)) continue;
+            bool exists = false;
+            EXPECT_EQ(contents(path, exists), bytes) << qPrintable(path);
+            ++tally.files_checked;
+        }
+    }
+
+    // The load of the patient, as the console does it once the file is chosen.
+    void load_patient() {
+        bool exists = false;
+        const QByteArray zel = contents(folder.patient_file, exists);
+        if (!exists) return;
+        bool has_companion = false;
+        const QByteArray sfv = contents(folder.companion_file, has_companion);
+        const bool matches = has_companion && sfv == companion_for(zel);
+        const std::map<QString, QByteArray> before = snapshot(folder.patient_folder);
+
+        CrashConsole loader(root);
+        loader.form.patient_parameter_filename = folder.patient_file;
+        const bool accepted = loader.form.read_patient_parameter_file();
+        QDir::setCurrent(root);
+        ASSERT_EQ(accepted, matches) << "run " << run << ": companion " << sfv.toStdString();
+        if (accepted) {
+            ++tally.accepted;
+            if (patient.version != no_file) {
+                EXPECT_EQ(loader.form.temp_duration, patient.version);
+            }
+            EXPECT_EQ(snapshot(folder.patient_folder), before);
+            return;
+        }
+        // Quarantined whole: the folder gone from the patients, everything in it kept.
+        ++tally.quarantined;
+        EXPECT_FALSE(QFileInfo::exists(folder.patient_folder));
+        EXPECT_EQ(snapshot(folder.quarantine + QStringLiteral("/Crash_Kill_K1")), before)
+            << "run " << run;
+        EXPECT_EQ(loader.fakes.windows.message_texts,
+                  std::vector<QStringList>{QStringList{message_text(296)}});
+        delete_folder(folder.quarantine);
+        patient = companion = session = Kept{};
+        curves.clear();
+    }
+
+    void load_settings() {
+        if (settings.version == no_file) return;
+        CrashConsole loader(root);
+        loader.form.load_system_settings();
+        EXPECT_TRUE(loader.fakes.boxes.shown.isEmpty()) << "zel.ini after run " << run;
+        EXPECT_EQ(loader.form.duration, static_cast<double>(settings.version));
+    }
+
+    void note_strays() {
+        const std::set<QString> known = {folder.patient_file, folder.companion_file,
+                                         folder.settings_file, folder.session_file};
+        for (const QString& where : {folder.app_data, folder.patient_folder}) {
+            QDirIterator it(where, QDir::Files | QDir::Hidden);
+            while (it.hasNext()) {
+                const QString path = it.next();
+                if (!known.count(path) && !curves.count(path) && !path.contains("/LOG/"))
+                    tally.strays.insert(path);
+            }
+        }
+    }
+
+    const QString root;
+    const CrashFolder folder;
+    Expected expected;
+    long run = 1;
+    long next_version = 1;
+    Kept patient, companion, settings, session;
+    std::map<QString, QByteArray> curves;
+};
+
+TEST(CrashSafety, every_file_is_whole_after_kills_at_random_moments) {
+    const long kills = qEnvironmentVariableIsSet("ZEL_CRASH_KILLS")
+                           ? qEnvironmentVariableIntValue("ZEL_CRASH_KILLS")
+                           : 100;
+    const unsigned seed = std::random_device{}();
+    std::mt19937 random(seed);
+    // A version takes some milliseconds: kills land within a run's first version as well as
+    // after a few.
+    std::uniform_int_distribution<long> delay_ms(0, 300);
+    QTemporaryDir root;
+    CrashRun crash(root.path());
+    for (long k = 0; k < kills && !HasFatalFailure(); ++k) crash.kill_once(delay_ms(random));
+
+    const Tally& t = crash.tally;
+    std::printf(
+        "[          ] seed %u: %ld kills, %ld versions begun, %ld files checked, "
+        "%ld mixtures, %ld curve lines checked, %ld lines cut by a kill, "
+        "%ld loads accepted, %ld patients quarantined, %zu stray files\n",
+        seed, t.kills, t.versions, t.files_checked, t.mixtures, t.lines_checked, t.partial_lines,
+        t.accepted, t.quarantined, t.strays.size());
+    for (const QString& stray : t.strays)
+        std::printf("[          ] stray: %s\n", qPrintable(stray));
+    EXPECT_EQ(t.mixtures, 0);
+    EXPECT_EQ(t.kills, kills);
+}
+
+}  // namespace
+}  // namespace zel::test::crash
