@@ -190,11 +190,15 @@ bool edit_profile(QByteArray& contents, const QString& section, const QString* k
     return true;
 }
 
-QString read_profile_string(const QString& path, const QString& section, const QString& key,
-                            const QString& default_value, int buffer_size) {
+QByteArray read_profile_file(const QString& path) {
     QByteArray contents;
     if (!read_file(path, contents)) contents.clear();
-    return profile_value(contents, section, key, default_value, buffer_size);
+    return contents;
+}
+
+QString read_profile_string(const QString& path, const QString& section, const QString& key,
+                            const QString& default_value, int buffer_size) {
+    return profile_value(read_profile_file(path), section, key, default_value, buffer_size);
 }
 
 bool write_profile_string(const QString& path, const QString& section, const QString& key,

@@ -26,6 +26,10 @@ bool write_profile_string(const QString& path, const QString& section, const QSt
 bool delete_profile_key(const QString& path, const QString& section, const QString& key);
 bool delete_profile_section(const QString& path, const QString& section);
 
+// The file's bytes as the reads take them: empty when it is missing or can't be read. A
+// reader of many values reads the file once and takes them from its bytes.
+QByteArray read_profile_file(const QString& path);
+
 // The same on a file's bytes in memory.
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
                       const QString& default_value, int buffer_size = profile_buffer_size);
