@@ -30,8 +30,8 @@ struct Console {
 // no magnitude (0x80 0x00) overflows a 16-bit integer. Anything else is a fault.
 inline void expect_prescribed(const ZelError& e) {
     if (e.number == err_overflow && e.source == QLatin1String("process_data_packet")) return;
-    std::fprintf(stderr, "unexpected failure %d in %s: %s\n", e.number,
-                 qPrintable(e.source), qPrintable(e.description));
+    std::fprintf(stderr, "unexpected failure %d in %s: %s\n", e.number, qPrintable(e.source),
+                 qPrintable(e.description));
     std::abort();
 }
 

@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "console.h"
 #include "data/curve_file_reader.h"
 #include "fakes/rig.h"
-#include "console.h"
 
 namespace {
 
@@ -100,7 +100,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             zel::fuzz::expect_assembly_in_bounds(c.form);
             if (c.form.packet_found) std::abort();  // a whole frame is handled at once
             if (c.form.total_counts != counted + (status ? 0 : 1)) std::abort();
-            if (!status && c.form.bRecord) samples.push_back({c.form.volume, c.form.patient_switch});
+            if (!status && c.form.bRecord)
+                samples.push_back({c.form.volume, c.form.patient_switch});
         }
     } catch (const zel::ZelError& e) {
         zel::fuzz::expect_prescribed(e);

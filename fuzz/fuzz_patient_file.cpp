@@ -1,8 +1,8 @@
 // The ".zel" patient file: any bytes as the file, its companion either holding the file's true
 // CRC (so that the load goes on to its other tests), missing, or any bytes. The first byte
 // chooses (bits 0-1: true CRC, none, bytes of the input, true CRC; bit 2: a comma machine);
-// with a companion from the input, the next byte gives its length and its bytes follow. The load runs its
-// tests in their order and fails only with the console's own failure, which the load's
+// with a companion from the input, the next byte gives its length and its bytes follow. The load
+// runs its tests in their order and fails only with the console's own failure, which the load's
 // handler reports. The file is left as it was, and values that the load accepts, written
 // back by the console, load again to the same values.
 #include <QDir>
@@ -84,7 +84,8 @@ void expect_saved_values_load_again(const QString& path, const zel::PatientHoldi
         back.medical_id != held.medical_id || back.duration != held.duration ||
         back.trigger != held.trigger || (back.gating == QLatin1String("True")) != p.gated ||
         std::fabs(back.thresh - held.thresh) > 0.005f + std::fabs(held.thresh) * 1e-6f ||
-        !near(back.max_y, held.max_y, 1e-6) || !near(back.x_scale_factor, held.x_scale_factor, 1e-6) ||
+        !near(back.max_y, held.max_y, 1e-6) ||
+        !near(back.x_scale_factor, held.x_scale_factor, 1e-6) ||
         !near(back.max_x, held.max_x, 1e-13)) {
         std::fprintf(stderr, "saved values load back otherwise: %s\n", contents(path).constData());
         std::abort();
@@ -104,7 +105,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
     const uint8_t flags = data[0];
     const QString number_format = (flags & 4) ? QStringLiteral("comma") : QStringLiteral("dot");
-    const QByteArray input(reinterpret_cast<const char*>(data + 1), static_cast<qsizetype>(size - 1));
+    const QByteArray input(reinterpret_cast<const char*>(data + 1),
+                           static_cast<qsizetype>(size - 1));
     QByteArray companion_bytes;
     qsizetype at = 0;
     if ((flags & 3) == 2 && !input.isEmpty()) {

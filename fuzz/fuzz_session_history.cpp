@@ -51,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (QChar refused : QStringLiteral("\\,/?:*<>|")) name.remove(refused);
     name = name.trimmed();
     form.session = name.isEmpty() ? QStringLiteral("1") : name;
-    const QString path = form.sessionfile(QStringLiteral("Doe"), QStringLiteral("Jane"),
-                                          QStringLiteral("A1"));
+    const QString path =
+        form.sessionfile(QStringLiteral("Doe"), QStringLiteral("Jane"), QStringLiteral("A1"));
     QDir().mkpath(form.data_directory + QStringLiteral("/Doe_Jane_A1"));
     {
         QFile file(path);

@@ -25,7 +25,8 @@ void put(const QString& harness, const QString& name, const QByteArray& bytes) {
     const QString folder = root + QLatin1Char('/') + harness;
     QDir().mkpath(folder);
     QFile file(folder + QLatin1Char('/') + name);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size()) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(bytes) != bytes.size()) {
         std::fprintf(stderr, "can't write %s\n", qPrintable(file.fileName()));
         std::exit(1);
     }
@@ -65,9 +66,12 @@ std::vector<QByteArray> module_frames() {
     status.forward_calibration = 32768;
     status.reverse_calibration = 32768;
     frames.push_back(raw(zelsim::encode_status_frame(status)));
-    const struct { uint8_t flags, balloon; int volume, time_left; } steps[] = {
-        {0x04, 1, 0, 0},     {0x04, 1, 150, 0},  {0x04, 2, 290, 0},  {0x04, 3, 310, 0},
-        {0x04, 4, 320, 750}, {0x06, 4, 320, 700}, {0x04, 4, 318, 10}, {0x04, 1, 200, 0},
+    const struct {
+        uint8_t flags, balloon;
+        int volume, time_left;
+    } steps[] = {
+        {0x04, 1, 0, 0},     {0x04, 1, 150, 0},   {0x04, 2, 290, 0},    {0x04, 3, 310, 0},
+        {0x04, 4, 320, 750}, {0x06, 4, 320, 700}, {0x04, 4, 318, 10},   {0x04, 1, 200, 0},
         {0x04, 1, -40, 0},   {0x34, 5, 100, 300}, {0x08, 1, -32767, 0},
     };
     for (const auto& s : steps) {
@@ -129,7 +133,11 @@ zel::PatientParameters patient(bool gated, bool inhale) {
 void patient_seeds(const QString& scratch) {
     const QString stamp = QStringLiteral("ZEL Patient Parameter File");
     const QString version = QStringLiteral("3.00.01");
-    const struct { const char* name; uint8_t flags; bool comma, gated, inhale; } cases[] = {
+    const struct {
+        const char* name;
+        uint8_t flags;
+        bool comma, gated, inhale;
+    } cases[] = {
         {"dot", 0, false, false, true},
         {"comma", 4, true, true, false},
         {"dot_companion_missing", 1, false, false, true},
@@ -202,12 +210,12 @@ void settings_seeds() {
     s.x_scale_factor = 1.5f;
     for (bool comma : {false, true}) {
         QByteArray bytes;
-        for (const QString& line :
-             zel::system_settings_lines(stamp, s, comma ? QStringLiteral("comma") : QStringLiteral("dot"),
-                                        comma ? QLatin1Char(',') : QLatin1Char('.')))
+        for (const QString& line : zel::system_settings_lines(
+                 stamp, s, comma ? QStringLiteral("comma") : QStringLiteral("dot"),
+                 comma ? QLatin1Char(',') : QLatin1Char('.')))
             bytes += line.toLatin1() + "\r\n";
-        put(QStringLiteral("system_settings"), comma ? QStringLiteral("zel_comma.ini")
-                                                     : QStringLiteral("zel_dot.ini"), bytes);
+        put(QStringLiteral("system_settings"),
+            comma ? QStringLiteral("zel_comma.ini") : QStringLiteral("zel_dot.ini"), bytes);
     }
 }
 
@@ -238,8 +246,8 @@ void curve_seeds(const QString& scratch) {
         form.cmdPause_Click();
         const QByteArray file = contents(form.record_filename);
         const char flags = comma ? 1 : 0;
-        put(QStringLiteral("curve_file"), comma ? QStringLiteral("recorded_comma")
-                                                : QStringLiteral("recorded_dot"),
+        put(QStringLiteral("curve_file"),
+            comma ? QStringLiteral("recorded_comma") : QStringLiteral("recorded_dot"),
             QByteArray(1, flags) + file);
         if (!comma) {
             put(QStringLiteral("curve_file"), QStringLiteral("recorded_twice"),
