@@ -64,14 +64,28 @@ std::optional<QByteArray> key_name(const QByteArray& text) {
 }
 
 // Names are trimmed of the same blanks on both sides, so that what is written is found again.
-bool same_name(const QByteArray& in_file, const QString& wanted) {
+QString bare_name(const QString& wanted) {
     QString bare = wanted;
     while (!bare.isEmpty() && bare.back().unicode() < 0x80 && is_blank(char(bare.back().unicode())))
         bare.chop(1);
     while (!bare.isEmpty() && bare.front().unicode() < 0x80 &&
            is_blank(char(bare.front().unicode())))
         bare.remove(0, 1);
-    return QString::fromLatin1(in_file).compare(bare, Qt::CaseInsensitive) == 0;
+    return bare;
+}
+
+bool same_name(const QByteArray& in_file, const QString& wanted) {
+    return QString::fromLatin1(in_file).compare(bare_name(wanted), Qt::CaseInsensitive) == 0;
+}
+
+// A value as a read gives it: blanks around it and one pair of enclosing quotes removed, cut
+// to the buffer less its closing NUL.
+QString read_value(const QByteArray& line, int buffer_size) {
+    const int limit = buffer_size > 0 ? buffer_size - 1 : 0;
+    QByteArray raw = trimmed(QByteArrayView(line).sliced(line.indexOf('=') + 1));
+    if (raw.size() >= 2 && (raw.front() == '"' || raw.front() == '\'') && raw.back() == raw.front())
+        raw = raw.sliced(1, raw.size() - 2);
+    return QString::fromLatin1(raw).left(limit);
 }
 
 // Lines [first, last) of the first section of that name: first is its header.
@@ -136,20 +150,41 @@ bool edit_file(const QString& path, const QString& section, const QString* key,
 
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
                       const QString& default_value, int buffer_size) {
-    const int limit = buffer_size > 0 ? buffer_size - 1 : 0;
-    QString value = default_value;
     const std::vector<Line> lines = split_lines(contents);
     if (const auto span = find_section(lines, section)) {
-        if (const auto at = find_key(lines, *span, key)) {
-            const QByteArray& text = lines[*at].text;
-            QByteArray raw = trimmed(QByteArrayView(text).sliced(text.indexOf('=') + 1));
-            if (raw.size() >= 2 && (raw.front() == '"' || raw.front() == '\'') &&
-                raw.back() == raw.front())
-                raw = raw.sliced(1, raw.size() - 2);
-            value = QString::fromLatin1(raw);
-        }
+        if (const auto at = find_key(lines, *span, key))
+            return read_value(lines[*at].text, buffer_size);
     }
-    return value.left(limit);
+    return default_value.left(buffer_size > 0 ? buffer_size - 1 : 0);
+}
+
+ProfileIndex::ProfileIndex(const QByteArray& contents) {
+    // The section being read, when it is the first of its name; later ones are never read.
+    QString current;
+    bool first_of_name = false;
+    for (const Line& line : split_lines(contents)) {
+        if (const auto name = section_name(line.text)) {
+            current = QString::fromLatin1(*name).toCaseFolded();
+            first_of_name = !sections.contains(current);
+            if (first_of_name) sections.insert(current, {});
+            continue;
+        }
+        const auto key = key_name(line.text);
+        if (!first_of_name || !key) continue;
+        QHash<QString, QByteArray>& keys = sections[current];
+        const QString folded = QString::fromLatin1(*key).toCaseFolded();
+        if (!keys.contains(folded)) keys.insert(folded, line.text);
+    }
+}
+
+QString ProfileIndex::value(const QString& section, const QString& key,
+                            const QString& default_value, int buffer_size) const {
+    const auto found = sections.constFind(bare_name(section).toCaseFolded());
+    if (found != sections.cend()) {
+        const auto line = found->constFind(bare_name(key).toCaseFolded());
+        if (line != found->cend()) return read_value(*line, buffer_size);
+    }
+    return default_value.left(buffer_size > 0 ? buffer_size - 1 : 0);
 }
 
 bool edit_profile(QByteArray& contents, const QString& section, const QString* key,

@@ -13,6 +13,7 @@
 // can't be read or written, or when a name or value would not read back the same: a line
 // break in any of them, "=" in a key, a character outside Latin-1.
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 
 namespace zel {
@@ -26,9 +27,22 @@ bool write_profile_string(const QString& path, const QString& section, const QSt
 bool delete_profile_key(const QString& path, const QString& section, const QString& key);
 bool delete_profile_section(const QString& path, const QString& section);
 
-// The file's bytes as the reads take them: empty when it is missing or can't be read. A
-// reader of many values reads the file once and takes them from its bytes.
+// The file's bytes as the reads take them: empty when it is missing or can't be read.
 QByteArray read_profile_file(const QString& path);
+
+// A file's sections and keys found once, for a reader of many values (the history window
+// reads seven for every session the count names): each value as profile_value gives it from
+// the same bytes, without going through the file again.
+class ProfileIndex {
+public:
+    explicit ProfileIndex(const QByteArray& contents);
+    QString value(const QString& section, const QString& key, const QString& default_value,
+                  int buffer_size = profile_buffer_size) const;
+
+private:
+    // The first section of each name and the first line of each key in it, by folded name.
+    QHash<QString, QHash<QString, QByteArray>> sections;
+};
 
 // The same on a file's bytes in memory.
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,

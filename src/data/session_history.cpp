@@ -83,7 +83,7 @@ bool Form1::session_exists(const QString& path, const QString& id) {
     } catch (const ZelError&) {
     }
     // Read once: a count far beyond the sections would otherwise read the file that often.
-    const QByteArray history = read_profile_file(path);
+    const ProfileIndex history(read_profile_file(path));
     for (int i = 1; i <= n; ++i) {
         const QString text = session_id(history, i);
         if (text.isEmpty()) report_session_history_failure("checkIfSessionExists");

@@ -33,11 +33,11 @@ int16_t read_total_sessions(const QString& path) {
 }
 
 QString read_session_id(const QString& path, int n) {
-    return session_id(read_profile_file(path), n);
+    return read_profile_string(path, session_section(n), id_key, QString());
 }
 
-QString session_id(const QByteArray& history, int n) {
-    return profile_value(history, session_section(n), id_key, QString());
+QString session_id(const ProfileIndex& history, int n) {
+    return history.value(session_section(n), id_key, QString());
 }
 
 bool numeric_session_id(const QString& text, QChar separator, double& value) {

@@ -4,6 +4,8 @@
 #include <QString>
 #include <cstdint>
 
+#include "data/profile_file.h"
+
 namespace zel {
 
 // "<data_directory>/<last>_<first>_<id>/session.ini".
@@ -19,8 +21,8 @@ int16_t read_total_sessions(const QString& path);
 
 // "ID" of the n-th session; empty when the section or key is missing.
 QString read_session_id(const QString& path, int n);
-// The same from the file's bytes (`read_profile_file`).
-QString session_id(const QByteArray& history, int n);
+// The same from the file's index.
+QString session_id(const ProfileIndex& history, int n);
 
 // The values of one entry as they are written.
 struct SessionEntry {
