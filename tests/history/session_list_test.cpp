@@ -84,7 +84,8 @@ TEST(SessionList, a_count_far_beyond_its_sections_lists_every_row_from_one_read)
     rig.history.Form_Load();
     ASSERT_EQ(rig.history.ListView1.item_count(), 32767);
     const std::vector<Row> rows = rig.rows();
-    EXPECT_EQ(rows.front(), (Row{"1", "04-Mar-26 at 09:05:07", "1.2", "15", "Inhale", "2", "Manual"}));
+    EXPECT_EQ(rows.front(),
+              (Row{"1", "04-Mar-26 at 09:05:07", "1.2", "15", "Inhale", "2", "Manual"}));
     EXPECT_EQ(rows.back(), Row(7));
     EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
 }
