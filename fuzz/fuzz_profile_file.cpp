@@ -43,6 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     const QString read = zel::profile_value(contents, section, key, value, buffer_size);
     if (read.size() > std::max(buffer_size - 1, 0)) std::abort();
+    // The index that a reader of many values builds once reads the same.
+    if (zel::ProfileIndex(contents).value(section, key, value, buffer_size) != read) std::abort();
 
     switch (operation) {
         case 0: {

@@ -85,6 +85,23 @@ bool same_name(const QByteArray& in_file, const QString& wanted) {
                                                 Qt::CaseInsensitive) == 0;
 }
 
+// A value as a read gives it: blanks around it and one pair of enclosing quotes removed, cut
+// to the buffer less its closing NUL.
+QString read_value(const QByteArray& line, int buffer_size) {
+    const int limit = buffer_size > 0 ? buffer_size - 1 : 0;
+    QByteArray raw = trimmed(QByteArrayView(line).sliced(line.indexOf('=') + 1), is_blank);
+    if (raw.size() >= 2 && (raw.front() == '"' || raw.front() == '\'') && raw.back() == raw.front())
+        raw = raw.sliced(1, raw.size() - 2);
+    return QString::fromLatin1(raw).left(limit);
+}
+
+// A default as a read gives it back: without its trailing spaces, cut to the buffer.
+QString read_default(const QString& default_value, int buffer_size) {
+    QString value = default_value;
+    while (value.endsWith(QLatin1Char(' '))) value.chop(1);
+    return value.left(buffer_size > 0 ? buffer_size - 1 : 0);
+}
+
 // Lines [header, end) of the first section of that name.
 struct SectionSpan {
     size_t header = 0;
@@ -162,21 +179,41 @@ bool read_profile_file(const QString& path, QByteArray& contents) {
 
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
                       const QString& default_value, int buffer_size) {
-    const int limit = buffer_size > 0 ? buffer_size - 1 : 0;
-    QString value = default_value;
-    while (value.endsWith(QLatin1Char(' '))) value.chop(1);
     const std::vector<Line> lines = split_lines(contents);
     if (const auto span = find_section(lines, section)) {
-        if (const auto at = find_key(lines, *span, key)) {
-            const QByteArray& text = lines[*at].text;
-            QByteArray raw = trimmed(QByteArrayView(text).sliced(text.indexOf('=') + 1), is_blank);
-            if (raw.size() >= 2 && (raw.front() == '"' || raw.front() == '\'') &&
-                raw.back() == raw.front())
-                raw = raw.sliced(1, raw.size() - 2);
-            value = QString::fromLatin1(raw);
-        }
+        if (const auto at = find_key(lines, *span, key))
+            return read_value(lines[*at].text, buffer_size);
     }
-    return value.left(limit);
+    return read_default(default_value, buffer_size);
+}
+
+ProfileIndex::ProfileIndex(const QByteArray& contents) {
+    // The section being read, when it is the first of its name; later ones are never read.
+    QString current;
+    bool first_of_name = false;
+    for (const Line& line : split_lines(contents)) {
+        if (const auto name = section_name(line.text)) {
+            current = QString::fromLatin1(*name).toCaseFolded();
+            first_of_name = !sections.contains(current);
+            if (first_of_name) sections.insert(current, {});
+            continue;
+        }
+        const auto key = key_name(line.text);
+        if (!first_of_name || !key) continue;
+        QHash<QString, QByteArray>& keys = sections[current];
+        const QString folded = QString::fromLatin1(*key).toCaseFolded();
+        if (!keys.contains(folded)) keys.insert(folded, line.text);
+    }
+}
+
+QString ProfileIndex::value(const QString& section, const QString& key,
+                            const QString& default_value, int buffer_size) const {
+    const auto found = sections.constFind(QString::fromLatin1(bare_name(section)).toCaseFolded());
+    if (found != sections.cend()) {
+        const auto line = found->constFind(QString::fromLatin1(bare_name(key)).toCaseFolded());
+        if (line != found->cend()) return read_value(*line, buffer_size);
+    }
+    return read_default(default_value, buffer_size);
 }
 
 bool edit_profile(QByteArray& contents, const QString& section, const QString* key,
@@ -222,11 +259,15 @@ bool edit_profile(QByteArray& contents, const QString& section, const QString* k
     return true;
 }
 
-QString read_profile_string(const QString& path, const QString& section, const QString& key,
-                            const QString& default_value, int buffer_size) {
+QByteArray read_profile_file(const QString& path) {
     QByteArray contents;
     if (!read_profile_file(path, contents)) contents.clear();
-    return profile_value(contents, section, key, default_value, buffer_size);
+    return contents;
+}
+
+QString read_profile_string(const QString& path, const QString& section, const QString& key,
+                            const QString& default_value, int buffer_size) {
+    return profile_value(read_profile_file(path), section, key, default_value, buffer_size);
 }
 
 bool write_profile_string(const QString& path, const QString& section, const QString& key,

@@ -20,6 +20,7 @@
 // break in any of them, a key with "=" or beginning with ";" or "[", a character outside
 // Latin-1.
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 
 namespace zel {
@@ -36,6 +37,22 @@ bool delete_profile_section(const QString& path, const QString& section);
 // The file's bytes, empty when it is missing; false when it can't be read. Several edits made
 // in memory on them and written back with replace_whole_file land together or not at all.
 bool read_profile_file(const QString& path, QByteArray& contents);
+// The same as the reads take them: empty when the file is missing or can't be read.
+QByteArray read_profile_file(const QString& path);
+
+// A file's sections and keys found once, for a reader of many values (the history window
+// reads seven for every session the count names): each value as profile_value gives it from
+// the same bytes, without going through the file again.
+class ProfileIndex {
+public:
+    explicit ProfileIndex(const QByteArray& contents);
+    QString value(const QString& section, const QString& key, const QString& default_value,
+                  int buffer_size = profile_buffer_size) const;
+
+private:
+    // The first section of each name and the first line of each key in it, by folded name.
+    QHash<QString, QHash<QString, QByteArray>> sections;
+};
 
 // The same on a file's bytes in memory.
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,

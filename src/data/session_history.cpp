@@ -2,6 +2,7 @@
 // the suggestion and duplicate test of the session dialog.
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/profile_file.h"
 #include "data/session_history_file.h"
 #include "language/messages.h"
 
@@ -81,8 +82,10 @@ bool Form1::session_exists(const QString& path, const QString& id) {
         n = read_total_sessions(path);
     } catch (const ZelError&) {
     }
+    // Read once: a count far beyond the sections would otherwise read the file that often.
+    const ProfileIndex history(read_profile_file(path));
     for (int i = 1; i <= n; ++i) {
-        const QString text = read_session_id(path, i);
+        const QString text = session_id(history, i);
         if (text.isEmpty()) report_session_history_failure("checkIfSessionExists");
         if (text == id) return true;
     }

@@ -37,6 +37,10 @@ QString read_session_id(const QString& path, int n) {
     return read_profile_string(path, session_section(n), id_key, QString());
 }
 
+QString session_id(const ProfileIndex& history, int n) {
+    return history.value(session_section(n), id_key, QString());
+}
+
 bool numeric_session_id(const QString& text, QChar separator, double& value) {
     if (text.trimmed().isEmpty()) return false;
     try {
@@ -50,8 +54,10 @@ bool numeric_session_id(const QString& text, QChar separator, double& value) {
 bool write_session_entry(const QString& path, const QString& session, const SessionEntry& entry,
                          QString& session_id_saved) {
     const QString key = path + session;
-    int n = read_total_sessions(path);
-    if (key != session_id_saved) ++n;
+    int16_t n = read_total_sessions(path);
+    // A count beyond a 16-bit number would not read back, and the whole history would seem
+    // gone: such an entry fails (6) before anything is written.
+    if (key != session_id_saved) n = add_i16(n, 1, "write_session_entry");
     const QString section = session_section(n);
     const std::pair<const char*, const QString*> values[] = {
         {"ID", &entry.id},

@@ -4,6 +4,8 @@
 #include <QString>
 #include <cstdint>
 
+#include "data/profile_file.h"
+
 namespace zel {
 
 // "<data_directory>/<last>_<first>_<id>/session.ini".
@@ -19,6 +21,8 @@ int16_t read_total_sessions(const QString& path);
 
 // "ID" of the n-th session; empty when the section or key is missing.
 QString read_session_id(const QString& path, int n);
+// The same from the file's index.
+QString session_id(const ProfileIndex& history, int n);
 
 // The values of one entry as they are written.
 struct SessionEntry {
@@ -34,7 +38,8 @@ struct SessionEntry {
 // Writes the entry of `session` to the file. A session saved before into the same file
 // (`session_id_saved` holds the file's path followed by the session) replaces its own section;
 // any other adds one. A section whose keys could not all be written is taken out again. On
-// success `session_id_saved` takes the new key.
+// success `session_id_saved` takes the new key. A count that doesn't read as a 16-bit number,
+// or one that a new entry would take beyond it, fails (13, 6) with the file untouched.
 bool write_session_entry(const QString& path, const QString& session, const SessionEntry& entry,
                          QString& session_id_saved);
 

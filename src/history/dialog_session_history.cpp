@@ -66,10 +66,12 @@ void DialogSessionHistory::load_session_list() {
         // A count that can't be read is no count: the list stays empty.
     }
     if (total == 0) return;
+    // The file is read once for all its values, not once for each.
+    const ProfileIndex history(read_profile_file(path));
     for (int i = 1; i <= total; ++i) {
         const QString section = session_section(i);
         auto value = [&](const char* key) {
-            return read_profile_string(path, section, QString::fromLatin1(key), QString());
+            return history.value(section, QString::fromLatin1(key), QString());
         };
         ListView1.add_item(i, value(column_keys[0]));
         for (int k = 1; k < 7; ++k) ListView1.add_sub_item(i, k, value(column_keys[k]));

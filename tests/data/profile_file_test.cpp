@@ -24,6 +24,10 @@ TEST(ProfileRead, finds_values_as_the_profile_functions_do) {
         "no equals sign\r\n"
         "Twice=first\r\n"
         "Twice=second\r\n"
+        "[Z\xC9L]\r\n"
+        "\xC9t\xC9=Latin-1 names\r\n"
+        "[zel]\r\n"
+        "Later=a second section of the name is never read\r\n"
         "[other]\n"
         "DataPath=/elsewhere\n"
         "Last=no line end";
@@ -48,11 +52,23 @@ TEST(ProfileRead, finds_values_as_the_profile_functions_do) {
         {"other", "DataPath", "/elsewhere"},
         {"other", "Last", "no line end"},
         {"missing", "DataPath", "default"},
+        {"z\xE9l", "\xE9T\xE9", "Latin-1 names"},
+        {"ZEL", "Later", "default"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(profile_value(file, c.section, c.key, QStringLiteral("default")),
+    // Found by fuzzing: the history window read the whole file again for every value. The
+    // index it now reads from once gives every value as the single read does.
+    const ProfileIndex index(file);
+    for (const auto& c : cases) {
+        const QString section = QString::fromLatin1(c.section), key = QString::fromLatin1(c.key);
+        EXPECT_EQ(profile_value(file, section, key, QStringLiteral("default")),
                   QString::fromLatin1(c.expected))
             << c.section << "/" << c.key;
+        EXPECT_EQ(index.value(section, key, QStringLiteral("default")),
+                  QString::fromLatin1(c.expected))
+            << "index " << c.section << "/" << c.key;
+    }
+    EXPECT_EQ(index.value(QStringLiteral("ZEL"), QStringLiteral("DataPath"), {}, 5),
+              QStringLiteral("/srv"));
 }
 
 TEST(ProfileRead, cuts_a_value_at_the_buffer_less_its_nul) {

@@ -86,6 +86,21 @@ TEST(SessionHistory, a_failed_write_takes_its_section_out_and_is_reported) {
     EXPECT_TRUE(gone.form.session_id_saved.isEmpty());
 }
 
+// Found by fuzzing: at a count of 32767 the save wrote 32768, which no read takes, and the
+// whole history seemed gone.
+TEST(SessionHistory, a_save_beyond_the_largest_count_is_refused_and_the_history_stays) {
+    HistoryRig rig;
+    rig.save(QStringLiteral("1"));
+    ASSERT_TRUE(write_profile_string(rig.path(), QStringLiteral("HEADER"),
+                                     QStringLiteral("TOTAL_SESSIONS"), QStringLiteral(" 32767")));
+    const QByteArray before = rig.contents();
+    rig.save(QStringLiteral("2"));
+    EXPECT_EQ(rig.contents(), before);
+    EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(101)});
+    EXPECT_EQ(read_total_sessions(rig.path()), 32767);
+    EXPECT_EQ(read_session_id(rig.path(), 1), QStringLiteral("1"));
+}
+
 TEST(SessionHistory, the_next_suggestion_follows_the_last_entry) {
     struct Case { const char* last_id; const char* next; };
     const Case cases[] = {{nullptr, "1"}, {"7", "8"}, {"Test", "Test"}, {"  41 ", "42"}};

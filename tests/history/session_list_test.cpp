@@ -76,6 +76,20 @@ TEST(SessionList, missing_sections_and_keys_give_empty_cells) {
     EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
 }
 
+// Found by fuzzing: a file of one section whose count says 32767 kept the window reading the
+// file once for every value, 229,369 times, for longer than the fuzzer's ten seconds.
+TEST(SessionList, a_count_far_beyond_its_sections_lists_every_row_from_one_read) {
+    HistoryRig rig;
+    rig.write_history(32767, {morning});
+    rig.history.Form_Load();
+    ASSERT_EQ(rig.history.ListView1.item_count(), 32767);
+    const std::vector<Row> rows = rig.rows();
+    EXPECT_EQ(rows.front(),
+              (Row{"1", "04-Mar-26 at 09:05:07", "1.2", "15", "Inhale", "2", "Manual"}));
+    EXPECT_EQ(rows.back(), Row(7));
+    EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
+}
+
 TEST(SessionList, without_sessions_stays_empty_without_headings_or_message) {
     struct Case {
         const char* what;
