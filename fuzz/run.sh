@@ -46,8 +46,9 @@ printf '%-16s %7s %12s %6s %7s  %s\n' harness seconds executions cov ft findings
 for h in "${harnesses[@]}"; do
     logs=(build-fuzz/logs/$h-$stamp-*.log)
     execs=$(cat "${logs[@]}" | grep -o 'stat::number_of_executed_units: [0-9]*' |
-            awk '{ n += $2 } END { print n + 0 }')
-    last=$(cat "${logs[@]}" | grep -E '#[0-9]+.*cov: ' | tail -1)
+            awk '{ n += $2 } END { print n + 0 }' || true)
+    # A harness stopped before its first status line has no coverage to show.
+    last=$(cat "${logs[@]}" | grep -E '#[0-9]+.*cov: ' | tail -1 || true)
     cov=$(grep -o 'cov: [0-9]*' <<<"$last" | grep -o '[0-9]*$' || true)
     ft=$(grep -o 'ft: [0-9]*' <<<"$last" | grep -o '[0-9]*$' || true)
     found=""
