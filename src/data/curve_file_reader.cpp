@@ -1,11 +1,14 @@
 #include "data/curve_file_reader.h"
 
+#include <algorithm>
+
 #include <QFile>
 #include <QFileInfo>
 
 #include "app/helpers.h"
 #include "app/zel_error.h"
 #include "data/locale_number.h"
+#include "data/prefault.h"
 #include "data/system_settings_file.h"
 #include "language/messages.h"
 
@@ -85,7 +88,9 @@ void LoadCurveData2(const QString& path, CurveData& curve, QChar separator) {
         throw ZelError(err_path_file_access, QString::fromLatin1(source),
                        QStringLiteral("Path/File access error: ") + path);
     // Read whole: a 30-minute curve is 90,000 lines, parsed in place.
-    const QByteArray bytes = file.readAll();
+    QByteArray bytes(file.size(), Qt::Uninitialized);
+    prefault(bytes.data(), static_cast<size_t>(bytes.size()));
+    bytes.truncate(std::max<qint64>(file.read(bytes.data(), bytes.size()), 0));
     file.close();
     Lines lines(bytes);
     auto header_line = [&] {
@@ -111,6 +116,7 @@ void LoadCurveData2(const QString& path, CurveData& curve, QChar separator) {
         for (auto* v : {&curve.time, &curve.volume, &curve.session_time}) v->reserve(expected);
         curve.balloon.reserve(expected);
         curve.patient_switch.reserve(expected);
+        for (auto* v : {&curve.time, &curve.volume, &curve.session_time}) prefault_capacity(*v);
         read_samples(lines, curve, static_cast<char>(separator.unicode()));
         // Arrays shrunk to no element at all: a file without samples is not a curve.
         if (curve.time.empty()) missing_field();
