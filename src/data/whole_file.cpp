@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -13,12 +15,14 @@ namespace zel {
 namespace {
 
 // The rename that puts the new file in place is a change of its folder: synchronising the
-// folder makes the replacement itself last through a power loss.
+// folder makes the replacement itself last through a power loss. A folder that can not be
+// opened for it (no read permission) or a file system that does not synchronise folders (some
+// network shares) keeps the rename as it stands; only the disk's own failure fails the save.
 bool sync_folder(const QString& folder) {
     const int fd =
         ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0) return false;
-    const bool synced = ::fsync(fd) == 0;
+    if (fd < 0) return true;
+    const bool synced = ::fsync(fd) == 0 || errno == EINVAL || errno == ENOTSUP;
     ::close(fd);
     return synced;
 }
