@@ -31,16 +31,13 @@ Form1::Form1(Platform& platform_, QString app_data_path)
 
 Form1::~Form1() { close_run_files(); }
 
+// Closed without a report: this runs on the way out, after a failure or at the end.
 void Form1::close_run_files() {
     if (checksum_log_open && checksum_log) {
-        checksum_log->close();
         checksum_log.reset();
         checksum_log_open = false;
     }
-    if (curve_file) {
-        curve_file->close();
-        curve_file.reset();
-    }
+    curve_file.reset();
 }
 
 namespace {

@@ -13,6 +13,7 @@
 #include "app/patient_state.h"
 #include "app/zel_error.h"
 #include "breathhold/cycle_state.h"
+#include "data/append_file.h"
 #include "data/settings_state.h"
 #include "dialogs/form10.h"
 #include "dialogs/form11.h"
@@ -224,8 +225,8 @@ public:
     std::unique_ptr<Timer> Timer2;
 
     // Files open for the whole run.
-    std::unique_ptr<QFile> checksum_log;
-    std::unique_ptr<QFile> curve_file;
+    std::unique_ptr<AppendFile> checksum_log;
+    std::unique_ptr<AppendFile> curve_file;
 
     // Runs an event handler; a failure that no routine handled is reported and ends the
     // program after the open files are closed.

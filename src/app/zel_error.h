@@ -17,6 +17,7 @@ enum ErrorNumber : int {
     err_bad_file_number = 52,
     err_file_not_found = 53,
     err_device_io = 57,
+    err_disk_full = 61,
     err_input_past_end = 62,
     err_permission_denied = 70,
     err_path_file_access = 75,

@@ -12,12 +12,6 @@ namespace zel {
 
 namespace {
 
-[[noreturn]] void fail_to_open(const QString& path, const QFile& file) {
-    throw ZelError(err_path_file_access, QStringLiteral("cmdRecord_Click"),
-                   QStringLiteral("Path/File access error: ") + path + QStringLiteral(": ") +
-                       file.errorString());
-}
-
 void make_writable(const QString& path) {
     QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteOwner | QFile::WriteUser);
 }
@@ -31,12 +25,9 @@ QString Form1::curve_file_path() const {
 }
 
 void Form1::open_curve_file(const QString& path) {
-    curve_file = std::make_unique<QFile>(path);
-    if (!curve_file->open(QIODevice::WriteOnly | QIODevice::Append)) {
-        const QFile failed(path);
-        curve_file.reset();
-        fail_to_open(path, failed);
-    }
+    auto file = std::make_unique<AppendFile>(path, "cmdRecord_Click");
+    file->open();
+    curve_file = std::move(file);
 }
 
 void Form1::cmdRecord_Click() {
@@ -71,6 +62,7 @@ void Form1::cmdPause_Click() {
     cmdPause.Enabled = false;
     bRecord = false;
     if (curve_file) {
+        curve_file->source = "cmdPause_Click";
         curve_file->close();
         curve_file.reset();
     }
@@ -115,13 +107,20 @@ QStringList Form1::curve_header_lines() const {
 }
 
 void Form1::printHeader(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append)) fail_to_open(path, file);
+    const bool existed = QFileInfo::exists(path);
+    AppendFile file(path, "printHeader");
+    file.open();
     QByteArray bytes;
     for (const QString& line : curve_header_lines()) bytes += line.toLatin1() + "\r\n";
-    if (file.write(bytes) != bytes.size() || !file.flush())
-        throw ZelError(err_device_io, QStringLiteral("printHeader"),
-                       QStringLiteral("Device I/O error: ") + file.errorString());
+    // The whole header in one write: a full disk leaves no part of it behind, and no file
+    // without its header that the review would refuse.
+    try {
+        file.append(bytes);
+        file.close();
+    } catch (const ZelError&) {
+        if (!existed) QFile::remove(path);
+        throw;
+    }
 }
 
 }  // namespace zel

@@ -18,8 +18,6 @@ namespace zel {
 namespace {
 
 constexpr char source_name[] = "read_patient_file";
-constexpr QFileDevice::Permissions write_bits = QFileDevice::WriteOwner | QFileDevice::WriteUser |
-                                                QFileDevice::WriteGroup | QFileDevice::WriteOther;
 
 // Written in English whatever the language in force: the file travels between consoles.
 QString true_false(bool value) { return value ? QStringLiteral("True") : QStringLiteral("False"); }
@@ -46,13 +44,6 @@ QString stored_crc(const QString& path) {
     open_for_input(companion);
     TextReader reader(companion);
     return text_after_colon(reader.line_input());
-}
-
-bool set_write_permission(const QString& path, bool writable) {
-    const QFileDevice::Permissions permissions = QFile::permissions(path);
-    return QFile::setPermissions(
-        path, writable ? permissions | QFileDevice::WriteOwner | QFileDevice::WriteUser
-                       : permissions & ~write_bits);
 }
 
 }  // namespace
@@ -98,25 +89,19 @@ QStringList patient_file_lines(const QString& stamp, const QString& software_ver
 bool write_patient_files(const QString& zel_path, const QStringList& lines) {
     QByteArray bytes;
     if (!latin1_lines(lines, bytes)) return false;
-
-    const QFileInfo info(zel_path);
-    const bool existed = info.exists() && info.isFile();
-    if (existed && !set_write_permission(zel_path, true)) return false;
-    if (!replace_whole_file(zel_path, bytes)) {
-        // The old file stays as it was, protected again.
-        if (existed) set_write_permission(zel_path, false);
-        return false;
-    }
-    if (!set_write_permission(zel_path, false)) return false;
-
-    // The CRC is taken from the file as it now stands on disk, not from the bytes meant for it.
+    // Both files are written beside the old ones before either is put in place: a full disk
+    // leaves the old pair, which still loads, and never a new file beside an old CRC.
+    WholeFileReplacement replacement;
+    if (!replacement.write(zel_path, bytes, true)) return false;
+    // The CRC is taken from the file as it stands on disk, not from the bytes meant for it.
     int32_t crc = 0;
     try {
-        crc = CalculateCRC(zel_path);
+        crc = CalculateCRC(replacement.written_path(0));
     } catch (const ZelError&) {
         return false;
     }
-    return write_crc_companion(companion_path(zel_path), crc);
+    return replacement.write(companion_path(zel_path), crc_companion_line(crc)) &&
+           replacement.commit();
 }
 
 PatientFileReading read_patient_file(const QString& zel_path, const QString& stamp,

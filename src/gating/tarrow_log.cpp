@@ -1,5 +1,4 @@
 // The log of timing violations kept beside each patient's files.
-#include <QFile>
 #include <QFileInfo>
 
 #include "app/form1.h"
@@ -27,9 +26,11 @@ void Form1::write_tarrow_log() {
                 message_text(338) + QLatin1Char(' ') + message_text(201) + QLatin1Char(' ') +
                 session + QLatin1Char(' ') + message_text(221) + QLatin1Char(' ') +
                 elapsed_text(total_counts, count_frequency) + QStringLiteral("\r\n\r\n");
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Append)) return;
-        file.write(text.toLatin1());
+        // One write an entry: a full disk leaves the entries before it whole.
+        AppendFile file(path, "write_tarrow_log");
+        file.open();
+        file.append(text.toLatin1());
+        file.close();
     } catch (const ZelError&) {
         // The log is a record for later; a failure to keep it must not stop a treatment.
     }

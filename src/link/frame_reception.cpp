@@ -1,9 +1,11 @@
 // Turns the byte stream from the module into checked frames and hands each to its handler.
-#include <QDir>
+#include <QFile>
 #include <QTextStream>
+#include <filesystem>
 
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/file_fault.h"
 #include "language/messages.h"
 
 namespace zel {
@@ -66,19 +68,17 @@ bool Form1::checksum_ok() const {
 
 void Form1::log_checksum_error() {
     const QString directory = AppDataPath + QLatin1Char('/') + logSubDir;
-    if (!QDir().mkpath(directory))
-        throw ZelError(err_path_not_found, QStringLiteral("log_checksum_error"),
-                       QStringLiteral("Path not found: ") + directory);
+    std::error_code made;
+    std::filesystem::create_directories(QFile::encodeName(directory).toStdString(), made);
+    if (made) raise_file_fault(made.value(), "log_checksum_error", directory);
     const QDateTime now = platform.clock.now();
     if (!checksum_log_open) {
         checksum_log_open = true;
         const QString name = directory + QLatin1Char('/') + message_text(352) + QLatin1Char(' ') +
                              now.toString(QStringLiteral("M_d_yy_h_mm_ss")) +
                              QStringLiteral(".txt");
-        checksum_log = std::make_unique<QFile>(name);
-        if (!checksum_log->open(QIODevice::WriteOnly | QIODevice::Truncate))
-            throw ZelError(err_path_not_found, QStringLiteral("log_checksum_error"),
-                           QStringLiteral("Cannot write ") + name);
+        checksum_log = std::make_unique<AppendFile>(name, "log_checksum_error");
+        checksum_log->open(AppendFile::Start::anew);
     }
     const QChar separator = platform.locale.decimal_separator();
     QString entry = print_zones({platform.locale.medium_date(now.date()),
@@ -88,8 +88,7 @@ void Form1::log_checksum_error() {
     for (int k = 0; k < packet_length; ++k)
         entry += QStringLiteral(" %1 ").arg(packet[static_cast<size_t>(k)]);
     entry += QStringLiteral(" \r\n------------------------------------------------------\r\n");
-    checksum_log->write(entry.toLatin1());
-    checksum_log->flush();
+    checksum_log->append(entry.toLatin1());
 }
 
 }  // namespace zel

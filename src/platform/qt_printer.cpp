@@ -1,12 +1,14 @@
 #include "platform/qt_printer.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrinterInfo>
 
 #include "app/zel_error.h"
+#include "data/whole_file.h"
 
 namespace zel {
 
@@ -14,6 +16,24 @@ namespace {
 
 constexpr int err_printer = 482;
 constexpr double twips_per_inch = 1440;
+
+// A PDF is whole when it ends with its trailer and the table it points to stands where the
+// trailer says: a write that failed on the way leaves the end or the offset wrong.
+bool whole_pdf(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() < 32) return false;
+    const qint64 size = file.size();
+    const qint64 tail_size = std::min<qint64>(size, 64);
+    if (!file.seek(size - tail_size)) return false;
+    const QByteArray tail = file.read(tail_size).trimmed();
+    if (!tail.endsWith("%%EOF")) return false;
+    const qsizetype at = tail.lastIndexOf("startxref");
+    if (at < 0) return false;
+    bool number = false;
+    const qint64 table = tail.mid(at + 9, tail.size() - at - 9 - 5).trimmed().toLongLong(&number);
+    if (!number || table <= 0 || table >= size || !file.seek(table)) return false;
+    return file.read(4) == "xref";
+}
 
 }  // namespace
 
@@ -66,6 +86,11 @@ void QtPrinter::set_font(const QString& name, double size) {
 QPainter& QtPrinter::page() {
     if (!painter) painter = std::make_unique<QPainter>();
     if (!painter->isActive()) {
+        if (printer.outputFormat() == QPrinter::PdfFormat && !printer.outputFileName().isEmpty()) {
+            pdf_chosen = printer.outputFileName();
+            pdf_drawn = temporary_name(pdf_chosen);
+            printer.setOutputFileName(pdf_drawn);
+        }
         if (!painter->begin(&printer))
             throw ZelError(err_printer, QStringLiteral("Printer"), QStringLiteral("Printer error"));
         // A fine rule, a two-hundredth of an inch: the column rules stand 30 twips before
@@ -125,6 +150,13 @@ void QtPrinter::new_page() {
 void QtPrinter::end_document() {
     if (painter && painter->isActive()) painter->end();
     painter.reset();
+    if (!pdf_drawn.isEmpty()) {
+        // A full disk or a failed write leaves the PDF that had the name as it was.
+        if (!whole_pdf(pdf_drawn) || !put_in_place(pdf_drawn, pdf_chosen))
+            QFile::remove(pdf_drawn);
+        printer.setOutputFileName(pdf_chosen);
+        pdf_drawn.clear();
+    }
     x = 0;
     y = 0;
 }

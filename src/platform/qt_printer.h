@@ -45,6 +45,8 @@ private:
     QFont font;
     std::unique_ptr<QPainter> painter;
     double x = 0, y = 0;
+    // A PDF is drawn into a file beside the one chosen and takes its place only when whole.
+    QString pdf_chosen, pdf_drawn;
 
     QPainter& page();
     double device_units(double twips) const;

@@ -3,8 +3,10 @@
 
 #include "app/helpers.h"
 #include "app/zel_error.h"
+#include "data/file_fault.h"
 #include "data/locale_number.h"
 #include "data/system_settings_file.h"
+#include "data/whole_file.h"
 #include "language/messages.h"
 #include "review/patient_curves.h"
 
@@ -107,7 +109,6 @@ void PatientCurves::mnuExport_Click() {
 
 void PatientCurves::export_curve(int16_t index, double start, double end, const QString& path) {
     QFile source(curve_paths.at(index));
-    QFile out(path);
     try {
         const double rate = curve_info.at(index).count_frequency;
         // Seconds become indices by the file's rate, ties to even.
@@ -117,16 +118,14 @@ void PatientCurves::export_curve(int16_t index, double start, double end, const 
             throw ZelError(err_file_not_found, QStringLiteral("export_curve"), source.fileName());
         const QByteArray bytes = source.readAll();
         source.close();
-        // A read-only file is not replaced, whoever runs the program.
-        if (QFile::exists(path) && !(QFile::permissions(path) & QFile::WriteOwner))
-            throw ZelError(err_permission_denied, QStringLiteral("export_curve"), path);
-        if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            throw ZelError(err_permission_denied, QStringLiteral("export_curve"), path);
+        // The export is made whole in memory and then replaces the file chosen: a full disk
+        // leaves whatever file had that name as it was.
+        QByteArray out;
         Items items(bytes);
         QByteArray item;
         while (item != "HeaderEnd" && !items.at_end()) {
             item = items.next();
-            out.write(item + "\r\n");
+            out += item + "\r\n";
         }
         if (item != "HeaderEnd")
             throw ZelError(err_bad_curve_file, QStringLiteral("LoadCurveData2"),
@@ -143,19 +142,17 @@ void PatientCurves::export_curve(int16_t index, double start, double end, const 
             const QString row = print_zones(
                 {printed_number(session_time[i], separator), printed_number(volume[i], separator),
                  printed_number(balloon[i], separator), printed_number(patient_switch[i], separator)});
-            if (out.write((row + QStringLiteral("\r\n")).toLatin1()) < 0)
-                throw ZelError(err_device_io, QStringLiteral("export_curve"), path);
+            out += (row + QStringLiteral("\r\n")).toLatin1();
         }
-        if (!out.flush())
-            throw ZelError(err_device_io, QStringLiteral("export_curve"), path);
-        out.close();
-        QFile::setPermissions(path, QFile::permissions(path) &
-                                        ~(QFile::WriteOwner | QFile::WriteUser |
-                                          QFile::WriteGroup | QFile::WriteOther));
+        // A read-only file is not replaced, whoever runs the program.
+        WholeFileReplacement replacement;
+        if (QFile::exists(path) && !(QFile::permissions(path) & QFile::WriteOwner))
+            throw ZelError(err_permission_denied, QStringLiteral("export_curve"), path);
+        if (!replacement.write(path, out, true) || !replacement.commit())
+            raise_file_fault(replacement.error(), "export_curve", path);
     } catch (const ZelError&) {
-        // Back to the dialogue as if nothing had happened; a part written stays writable.
+        // Back to the dialogue as if nothing had happened.
         source.close();
-        out.close();
     }
 }
 

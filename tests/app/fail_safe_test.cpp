@@ -116,14 +116,16 @@ TEST(FailSafe, a_curve_file_that_can_not_take_a_line_ends_the_program) {
     rig.fakes.serial.OnComm = [&] {
         rig.form.run_event("MSComm1_OnComm", [&] { rig.form.MSComm1_OnComm(); });
     };
-    // A full disk: the line is taken into the buffer and its flush fails.
-    rig.form.curve_file = std::make_unique<QFile>(QStringLiteral("/dev/full"));
-    ASSERT_TRUE(rig.form.curve_file->open(QIODevice::WriteOnly));
+    // A full disk, as the system reports it.
+    rig.form.curve_file = std::make_unique<AppendFile>(QStringLiteral("/dev/full"), "test");
+    rig.form.curve_file->open();
     rig.form.bRecord = true;
     rig.fakes.serial.receive(data_frame());
     rig.fakes.serial.receive(data_frame());
     ASSERT_EQ(rig.fakes.boxes.shown.size(), 1);
-    EXPECT_TRUE(rig.fakes.boxes.shown[0].startsWith(QStringLiteral("Run-time error 57 ")));
+    EXPECT_TRUE(rig.fakes.boxes.shown[0].startsWith(QStringLiteral(
+        "Run-time error 61 in MSComm1_OnComm: Disk full: No space left on device: /dev/full")))
+        << rig.fakes.boxes.shown[0].toStdString();
     EXPECT_EQ(rig.ended, QStringList{QStringLiteral("1")});
     EXPECT_FALSE(rig.form.curve_file) << "closed before the report";
 }

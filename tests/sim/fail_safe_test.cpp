@@ -133,8 +133,8 @@ TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
 
     // Every frame handled leaves its line in the curve file.
     const QString curve = c.app_data.filePath(QStringLiteral("curve.dat"));
-    c.form.curve_file = std::make_unique<QFile>(curve);
-    ASSERT_TRUE(c.form.curve_file->open(QIODevice::WriteOnly));
+    c.form.curve_file = std::make_unique<AppendFile>(curve, "test");
+    c.form.curve_file->open(AppendFile::Start::anew);
     c.form.bRecord = true;
 
     // A gated treatment whose library is missing: the next poll, from inside the frame

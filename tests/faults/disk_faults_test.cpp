@@ -1,0 +1,246 @@
+// Every file the console writes, under every fault a site's disk or share can give: nothing
+// already on disk is lost, no temporary file stays behind, and the operator reads the message
+// of the routine or the one report with the system's words for the fault.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <functional>
+#include <set>
+
+#include "faults/fault_injection.h"
+#include "fakes/rig.h"
+#include "language/messages.h"
+#include "review/review_rig.h"
+
+namespace zel::test {
+namespace {
+
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+QStringList temporaries(const QString& folder) {
+    return QDir(folder).entryList({QStringLiteral("*.new-*")}, QDir::Files | QDir::Hidden);
+}
+
+// A patient under treatment whose every file exists once, written by the console itself.
+struct DiskRig : Rig {
+    DiskRig() {
+        form.data_directory = app_data.path() + QStringLiteral("/patients");
+        form.patient_last_name = QStringLiteral("Doe");
+        form.patient_first_name = QStringLiteral("Jane");
+        form.patient_medical_id = QStringLiteral("A1");
+        form.session = QStringLiteral("3");
+        form.patient_defined = true;
+        form.cmdRecord.Enabled = true;
+        QDir().mkpath(folder());
+        form.save_patient_parameters();
+        form.save_session();
+        form.save_ini_file();
+        QString data_path = form.data_directory;
+        form.write_data_path(data_path);
+        form.write_tarrow_log();
+        form.cmdRecord_Click();
+        fakes.serial.OnComm = [this] {
+            form.run_event("MSComm1_OnComm", [this] { form.MSComm1_OnComm(); });
+        };
+        good_frames(3);
+        bad_frame();
+        form.session = QStringLiteral("4");
+    }
+    QString folder() const { return form.data_directory + QStringLiteral("/Doe_Jane_A1"); }
+    QString log_folder() const { return form.AppDataPath + QStringLiteral("/LOG"); }
+    QString checksum_log() const {
+        const QStringList logs = QDir(log_folder()).entryList(QDir::Files);
+        return logs.isEmpty() ? QString() : log_folder() + QLatin1Char('/') + logs.first();
+    }
+    void good_frames(int n) {
+        for (int k = 0; k < n; ++k) fakes.serial.receive(data_frame(0x06, 1, 250));
+    }
+    void bad_frame() {
+        QByteArray spoiled = data_frame();
+        spoiled[7] = static_cast<char>(spoiled[7] + 1);
+        fakes.serial.receive(spoiled);
+    }
+};
+
+enum class Outcome { message, report, quiet };
+
+struct Writer {
+    const char* name;
+    std::set<Call> calls;  // the calls that write makes on its file
+    Outcome outcome;
+    int message;           // the catalogue message of Outcome::message
+    std::function<QString(DiskRig&)> file;  // the file that must lose nothing (made ready)
+    std::function<void(DiskRig&)> write;
+    bool appends = false;  // grows the file; otherwise replaces it whole
+};
+
+const std::set<Call> replacing = {Call::open, Call::write, Call::sync, Call::close, Call::rename};
+const std::set<Call> appending = {Call::write};  // to a file open already
+
+const Writer writers[] = {
+    {"session history", replacing, Outcome::message, 101,
+     [](DiskRig& r) { return r.folder() + QStringLiteral("/session.ini"); },
+     [](DiskRig& r) { r.form.save_session(); }},
+    {"patient file", replacing, Outcome::message, 142,
+     [](DiskRig& r) { return r.folder() + QStringLiteral("/Doe.zel"); },
+     [](DiskRig& r) {
+         r.form.thresh = 1.55f;
+         r.form.save_patient_parameters();
+     }},
+    {"patient file's companion", replacing, Outcome::message, 142,
+     [](DiskRig& r) { return r.folder() + QStringLiteral("/Doe.sfv"); },
+     [](DiskRig& r) {
+         r.form.thresh = 1.55f;
+         r.form.save_patient_parameters();
+     }},
+    {"system settings", replacing, Outcome::message, 142,
+     [](DiskRig& r) { return r.form.AppDataPath + QStringLiteral("/zel.ini"); },
+     [](DiskRig& r) {
+         r.form.duration = 17;
+         r.form.save_ini_file();
+     }},
+    {"data path", replacing, Outcome::quiet, 0,
+     [](DiskRig& r) { return r.form.AppDataPath + QStringLiteral("/datapath.ini"); },
+     [](DiskRig& r) {
+         QString elsewhere = QStringLiteral("/srv/patients");
+         EXPECT_FALSE(r.form.write_data_path(elsewhere));
+     }},
+    {"curve line", appending, Outcome::report, 0,
+     [](DiskRig& r) { return r.form.record_filename; },
+     [](DiskRig& r) { r.good_frames(2); }, true},
+    {"curve file at pause", {Call::close}, Outcome::report, 0,
+     [](DiskRig& r) { return r.form.record_filename; },
+     [](DiskRig& r) { r.form.run_event("cmdPause_Click", [&] { r.form.cmdPause_Click(); }); },
+     true},
+    {"curve header", {Call::open, Call::write, Call::close}, Outcome::report, 0,
+     [](DiskRig& r) {
+         r.form.cmdPause_Click();
+         r.form.record_file_created = false;
+         return r.folder() + QStringLiteral("/Doe_4.dat");
+     },
+     [](DiskRig& r) { r.form.run_event("cmdRecord_Click", [&] { r.form.cmdRecord_Click(); }); },
+     true},
+    {"checksum log", appending, Outcome::report, 0, [](DiskRig& r) { return r.checksum_log(); },
+     [](DiskRig& r) { r.bad_frame(); }, true},
+    {"gating log", {Call::open, Call::write, Call::close}, Outcome::quiet, 0,
+     [](DiskRig& r) { return r.folder() + QStringLiteral("/tarrow_log.txt"); },
+     [](DiskRig& r) { r.form.write_tarrow_log(); }, true},
+};
+
+struct Fault {
+    const char* name;
+    Call call;
+    int error;
+    int number;  // of the one report
+};
+
+const Fault faults[] = {
+    {"full disk", Call::write, ENOSPC, 61},       {"quota", Call::write, EDQUOT, 61},
+    {"I/O error", Call::write, EIO, 57},          {"failed sync", Call::sync, EIO, 57},
+    {"failed close", Call::close, EIO, 57},       {"failed rename", Call::rename, EIO, 57},
+    {"read-only share", Call::open, EROFS, 70},   {"no permission", Call::open, EACCES, 70},
+    {"folder gone", Call::open, ENOENT, 76},      {"share full at open", Call::open, ENOSPC, 61},
+};
+
+TEST(DiskFaults, every_writer_under_every_fault_keeps_what_was_on_disk) {
+    int checked = 0;
+    for (const Writer& writer : writers) {
+        for (const Fault& fault : faults) {
+            SCOPED_TRACE(std::string(writer.name) + " / " + fault.name);
+            DiskRig rig;
+            const QString path = writer.file(rig);
+            ASSERT_FALSE(path.isEmpty());
+            const QByteArray before = contents(path);
+            const qsizetype shown = rig.fakes.boxes.shown.size();
+            const bool strikes = writer.calls.count(fault.call) > 0;
+
+            inject(fault.call, fault.error, QFileInfo(path).absolutePath().toStdString());
+            writer.write(rig);
+            clear_faults();
+            const QByteArray after = contents(path);
+            const QStringList boxes = rig.fakes.boxes.shown.mid(shown);
+
+            EXPECT_TRUE(temporaries(QFileInfo(path).absolutePath()).isEmpty());
+            if (!strikes) {
+                EXPECT_EQ(failures(), 0);
+                EXPECT_TRUE(boxes.isEmpty()) << boxes.join(QLatin1Char('|')).toStdString();
+                continue;
+            }
+            ++checked;
+            EXPECT_GT(failures(), 0) << "the fault was never reached";
+            if (writer.appends) {
+                // Whole lines only: what was there stays, and a line either arrived whole or
+                // not at all.
+                EXPECT_TRUE(before == "<missing>" || after.startsWith(before));
+                EXPECT_TRUE(after == "<missing>" || after.isEmpty() || after.endsWith("\r\n"));
+                EXPECT_TRUE(fault.call != Call::write || after == before || after == "<missing>");
+            } else {
+                EXPECT_EQ(after, before) << "the old file byte for byte";
+            }
+            switch (writer.outcome) {
+                case Outcome::message:
+                    EXPECT_EQ(boxes, QStringList{message_text(writer.message)});
+                    EXPECT_TRUE(rig.form.patient_defined) << "the patient stays in force";
+                    EXPECT_TRUE(rig.ended.isEmpty());
+                    break;
+                case Outcome::report:
+                    ASSERT_EQ(boxes.size(), 1);
+                    EXPECT_TRUE(boxes[0].startsWith(
+                        QStringLiteral("Run-time error %1 ").arg(fault.number)))
+                        << boxes[0].toStdString();
+                    EXPECT_TRUE(boxes[0].contains(QString::fromLocal8Bit(std::strerror(fault.error))))
+                        << boxes[0].toStdString();
+                    EXPECT_EQ(rig.ended.size(), 1);
+                    break;
+                case Outcome::quiet:
+                    EXPECT_TRUE(boxes.isEmpty());
+                    EXPECT_TRUE(rig.ended.isEmpty());
+                    break;
+            }
+        }
+    }
+    EXPECT_EQ(checked, 73);
+}
+
+// A folder taken away under a running recording (a removed folder, an unmounted share): the
+// handle would go on writing into a file nobody can find, so the next line ends the program.
+TEST(DiskFaults, a_recording_whose_folder_vanished_ends_at_the_next_line) {
+    DiskRig rig;
+    const QByteArray before = contents(rig.form.record_filename);
+    const QString gone = rig.folder() + QStringLiteral("-moved");
+    ASSERT_TRUE(QDir().rename(rig.folder(), gone));
+    rig.good_frames(2);
+    ASSERT_EQ(rig.fakes.boxes.shown.size(), 1);
+    EXPECT_TRUE(rig.fakes.boxes.shown[0].startsWith(QStringLiteral("Run-time error 76 ")))
+        << rig.fakes.boxes.shown[0].toStdString();
+    EXPECT_EQ(rig.ended.size(), 1);
+    EXPECT_TRUE(contents(gone + QStringLiteral("/Doe_3.dat")).startsWith(before));
+    EXPECT_FALSE(QFileInfo::exists(rig.folder())) << "no folder made anew";
+}
+
+// The export and the review's source curve: a failed export leaves the file of that name.
+TEST(DiskFaults, a_failed_export_leaves_the_file_of_that_name_and_says_nothing) {
+    for (const Fault& fault : faults) {
+        SCOPED_TRACE(fault.name);
+        ReviewRig rig;
+        rig.open_on({rig.write_curve(QStringLiteral("Doe_1.dat"), breathing_with_holds(1))});
+        QDir().mkpath(rig.folder.path() + QStringLiteral("/out"));
+        const QString out = rig.folder.path() + QStringLiteral("/out/slice.dat");
+        rig.write_text(QStringLiteral("out/slice.dat"), "an earlier export\r\n");
+        inject(fault.call, fault.error, (rig.folder.path() + QStringLiteral("/out")).toStdString());
+        rig.window.export_curve(0, 0.0, 1.0, out);
+        clear_faults();
+        EXPECT_EQ(contents(out), QByteArray("an earlier export\r\n"));
+        EXPECT_TRUE(temporaries(rig.folder.path() + QStringLiteral("/out")).isEmpty());
+        EXPECT_TRUE(rig.boxes.shown.isEmpty());
+    }
+}
+
+}  // namespace
+}  // namespace zel::test

@@ -1,0 +1,186 @@
+// Interposed C library calls (see fault_injection.h). Nothing here may allocate on the way of a
+// call that is not watched more than a lookup needs: gtest's own output goes through write.
+#undef _FORTIFY_SOURCE
+#include "faults/fault_injection.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <mutex>
+
+namespace zel::test {
+namespace {
+
+struct State {
+    std::mutex lock;
+    bool armed = false;
+    Call call = Call::open;
+    int error = 0;
+    std::string part;
+    int failed = 0;
+    std::array<std::string, 4096> paths;  // of the open files, by handle
+};
+
+State& state() {
+    static State s;
+    return s;
+}
+
+template <class F>
+F real(const char* name) {
+    return reinterpret_cast<F>(::dlsym(RTLD_NEXT, name));
+}
+
+// True, with errno set, when this call is to fail.
+bool strikes(Call call, const char* path) {
+    State& s = state();
+    std::lock_guard<std::mutex> hold(s.lock);
+    if (!s.armed || s.call != call || path == nullptr ||
+        std::string(path).find(s.part) == std::string::npos)
+        return false;
+    ++s.failed;
+    errno = s.error;
+    return true;
+}
+
+bool strikes(Call call, int fd) {
+    std::string path;
+    {
+        State& s = state();
+        std::lock_guard<std::mutex> hold(s.lock);
+        if (!s.armed || fd < 0 || static_cast<size_t>(fd) >= s.paths.size()) return false;
+        path = s.paths[static_cast<size_t>(fd)];
+    }
+    return !path.empty() && strikes(call, path.c_str());
+}
+
+int opened(int fd, const char* path) {
+    if (fd >= 0 && static_cast<size_t>(fd) < state().paths.size()) {
+        std::lock_guard<std::mutex> hold(state().lock);
+        state().paths[static_cast<size_t>(fd)] = path;
+    }
+    return fd;
+}
+
+mode_t mode_of(int flags, va_list args) {
+    return (flags & O_CREAT) || (flags & __O_TMPFILE) == __O_TMPFILE ? va_arg(args, mode_t) : 0;
+}
+
+using OpenAt = int (*)(int, const char*, int, ...);
+
+int open_at(const char* name, int dirfd, const char* path, int flags, mode_t mode) {
+    if (strikes(Call::open, path)) return -1;
+    static const auto call = real<OpenAt>(name);
+    return opened(call(dirfd, path, flags, mode), path);
+}
+
+}  // namespace
+
+void inject(Call call, int error, const std::string& path_part) {
+    std::lock_guard<std::mutex> hold(state().lock);
+    state().armed = true;
+    state().call = call;
+    state().error = error;
+    state().part = path_part;
+    state().failed = 0;
+}
+
+void clear_faults() {
+    std::lock_guard<std::mutex> hold(state().lock);
+    state().armed = false;
+}
+
+int failures() {
+    std::lock_guard<std::mutex> hold(state().lock);
+    return state().failed;
+}
+
+}  // namespace zel::test
+
+using namespace zel::test;
+
+extern "C" {
+
+int open(const char* path, int flags, ...) {
+    va_list args;
+    va_start(args, flags);
+    const mode_t mode = mode_of(flags, args);
+    va_end(args);
+    return open_at("openat", AT_FDCWD, path, flags, mode);
+}
+
+int open64(const char* path, int flags, ...) {
+    va_list args;
+    va_start(args, flags);
+    const mode_t mode = mode_of(flags, args);
+    va_end(args);
+    return open_at("openat64", AT_FDCWD, path, flags, mode);
+}
+
+int openat(int dirfd, const char* path, int flags, ...) {
+    va_list args;
+    va_start(args, flags);
+    const mode_t mode = mode_of(flags, args);
+    va_end(args);
+    return open_at("openat", dirfd, path, flags, mode);
+}
+
+int openat64(int dirfd, const char* path, int flags, ...) {
+    va_list args;
+    va_start(args, flags);
+    const mode_t mode = mode_of(flags, args);
+    va_end(args);
+    return open_at("openat64", dirfd, path, flags, mode);
+}
+
+ssize_t write(int fd, const void* data, size_t size) {
+    if (strikes(Call::write, fd)) return -1;
+    static const auto call = real<ssize_t (*)(int, const void*, size_t)>("write");
+    return call(fd, data, size);
+}
+
+int fsync(int fd) {
+    if (strikes(Call::sync, fd)) return -1;
+    static const auto call = real<int (*)(int)>("fsync");
+    return call(fd);
+}
+
+int fdatasync(int fd) {
+    if (strikes(Call::sync, fd)) return -1;
+    static const auto call = real<int (*)(int)>("fdatasync");
+    return call(fd);
+}
+
+int close(int fd) {
+    const bool fails = strikes(Call::close, fd);
+    const int error = errno;
+    if (fd >= 0 && static_cast<size_t>(fd) < state().paths.size()) {
+        std::lock_guard<std::mutex> hold(state().lock);
+        state().paths[static_cast<size_t>(fd)].clear();
+    }
+    static const auto call = real<int (*)(int)>("close");
+    // The handle is closed in any case, as the system does when it reports a late failure.
+    const int result = call(fd);
+    if (!fails) return result;
+    errno = error;
+    return -1;
+}
+
+int rename(const char* from, const char* to) {
+    if (strikes(Call::rename, to)) return -1;
+    static const auto call = real<int (*)(const char*, const char*)>("rename");
+    return call(from, to);
+}
+
+int mkdir(const char* path, mode_t mode) {
+    if (strikes(Call::mkdir, path)) return -1;
+    static const auto call = real<int (*)(const char*, mode_t)>("mkdir");
+    return call(path, mode);
+}
+
+}  // extern "C"
