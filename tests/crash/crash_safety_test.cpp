@@ -76,8 +76,11 @@ struct Tally {
     long lines_checked = 0;
     long versions = 0;
     // Files that are none of the console's: a temporary file that a kill caught between its
-    // link into the folder and its rename over the old file.
-    std::set<QString> strays;
+    // creation and its rename over the old file. The next save of that file removes it, so
+    // they never pile up: at most one a file replaced whole.
+    std::set<QString> strays_seen;
+    size_t most_strays_at_once = 0;
+    std::set<QString> strays_at_end;
 };
 
 class CrashRun {
@@ -253,14 +256,20 @@ private:
     void note_strays() {
         const std::set<QString> known = {folder.patient_file, folder.companion_file,
                                          folder.settings_file, folder.session_file};
+        std::set<QString> strays;
         for (const QString& where : {folder.app_data, folder.patient_folder}) {
             QDirIterator it(where, QDir::Files | QDir::Hidden);
             while (it.hasNext()) {
                 const QString path = it.next();
                 if (!known.count(path) && !curves.count(path) && !path.contains("/LOG/"))
-                    tally.strays.insert(path);
+                    strays.insert(path);
             }
         }
+        for (const QString& path : strays)
+            EXPECT_TRUE(path.contains(QStringLiteral(".new-"))) << "not a temporary: " << qPrintable(path);
+        tally.strays_seen.insert(strays.begin(), strays.end());
+        tally.most_strays_at_once = std::max(tally.most_strays_at_once, strays.size());
+        tally.strays_at_end = strays;
     }
 
     const QString root;
@@ -289,12 +298,14 @@ TEST(CrashSafety, every_file_is_whole_after_kills_at_random_moments) {
     std::printf(
         "[          ] seed %u: %ld kills, %ld versions begun, %ld files checked, "
         "%ld mixtures, %ld curve lines checked, %ld lines cut by a kill, "
-        "%ld loads accepted, %ld patients quarantined, %zu stray files\n",
+        "%ld loads accepted, %ld patients quarantined; temporary files left by a kill: %zu "
+        "seen, at most %zu at once, %zu at the end\n",
         seed, t.kills, t.versions, t.files_checked, t.mixtures, t.lines_checked, t.partial_lines,
-        t.accepted, t.quarantined, t.strays.size());
-    for (const QString& stray : t.strays)
-        std::printf("[          ] stray: %s\n", qPrintable(stray));
+        t.accepted, t.quarantined, t.strays_seen.size(), t.most_strays_at_once, t.strays_at_end.size());
+    for (const QString& stray : t.strays_at_end)
+        std::printf("[          ] left at the end: %s\n", qPrintable(stray));
     EXPECT_EQ(t.mixtures, 0);
+    EXPECT_LE(t.most_strays_at_once, 4u);
     EXPECT_EQ(t.kills, kills);
 }
 
