@@ -89,7 +89,7 @@ console_running() { kill -0 "$E2E_CONSOLE" 2>/dev/null; }
 wait_console_end() {
     local timeout=${1:-15}
     for _ in $(seq $((timeout * 10))); do
-        console_running || { wait "$E2E_CONSOLE" 2>/dev/null; E2E_CONSOLE=; return 0; }
+        console_running || { wait "$E2E_CONSOLE" 2>/dev/null || true; E2E_CONSOLE=; return 0; }
         sleep 0.1
     done
     e2e_fail "the console did not end"
@@ -223,6 +223,8 @@ first_start() {
     question=$(wait_window "Zelmoor  ")
     keys_to "$question" Return  # Yes
     wait_gone "$question"
+    # The file is written once the question has closed, and synchronised with the disk.
+    for _ in $(seq 50); do [ -f "$E2E_APP_DATA/zel.ini" ] && break; sleep 0.1; done
     [ -f "$E2E_APP_DATA/zel.ini" ] || e2e_fail "the defaults were not saved"
     e2e_log "the defaults were saved"
     echo "$main"

@@ -1,5 +1,7 @@
 #include "platform/qt_system.h"
 
+#include <cstdio>
+
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QLocale>
@@ -33,6 +35,9 @@ QString QtLocale::general_date(const QDateTime& when) const {
 }
 
 int QtMessageBoxes::MsgBox(const QString& prompt, int style, const QString& title) {
+    // What the operator was told stands in the program's output too, for the service engineer
+    // who looks into a failure afterwards.
+    std::fprintf(stderr, "zelmoor: message: %s\n", qPrintable(QString(prompt).replace(QLatin1Char('\n'), QLatin1Char(' '))));
     QMessageBox box(parent);
     box.setWindowTitle(title.isEmpty() ? QStringLiteral("Zelmoor") : title);
     box.setText(prompt);
