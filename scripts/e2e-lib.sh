@@ -187,6 +187,33 @@ breath_hold() {
     e2e_log "a breath hold ran"
 }
 
+# A menu entry by its keys: the menu's letter with Alt, then, once its popup is up, the entry's
+# letter. A popup that takes longer to open than a key takes to follow would swallow the letter,
+# so the popup is waited for, and the whole tried again when the window TITLE does not follow.
+#   menu_entry MAIN MENU-LETTER ENTRY-LETTER TITLE   prints the id of the window TITLE
+menu_entry() {
+    local main=$1 menu=$2 entry=$3 title=$4 id
+    for _ in 1 2 3; do
+        keys_to "$main" "alt+$menu"
+        for _ in $(seq 20); do
+            xdotool search --onlyvisible --class zelmoor 2>/dev/null | grep -qv "^$main\$" && break
+            sleep 0.1
+        done
+        sleep 0.2
+        xdotool key "$entry"
+        for _ in $(seq 80); do
+            console_running || e2e_fail "the console ended while waiting for \"$title\""
+            id=$(xdotool search --onlyvisible --name "^$title\$" 2>/dev/null | tail -1)
+            [ -n "$id" ] && { sleep 0.3; echo "$id"; return 0; }
+            sleep 0.1
+        done
+        e2e_log "menu $menu, entry $entry: no \"$title\" yet; again"
+        xdotool key Escape Escape
+        sleep 0.3
+    done
+    e2e_fail "menu $menu, entry $entry never opened \"$title\""
+}
+
 # A click at a place of a window; a click in a field gives it the focus.
 click_at() {
     xdotool mousemove --window "$1" "$2" "$3" click 1
@@ -257,8 +284,7 @@ load_patient() {
 # The new-patient dialog places its controls at fixed pixels.
 create_patient() {
     local main=$1 last=$2 first=$3 id=$4 gating=$5 seconds=$6 litres=$7 record=$8 dialog question
-    keys_to "$main" alt+f c  # Create New Patient
-    dialog=$(wait_window "ZEL Patient Settings")
+    dialog=$(menu_entry "$main" f c "ZEL Patient Settings")  # Create New Patient
     replace_field "$dialog" 263 48 "$last"
     replace_field "$dialog" 263 82 "$first"
     replace_field "$dialog" 263 116 "$id"
