@@ -11,6 +11,8 @@ struct AppState {
     QString patient_parameter_filestamp;
     QString logSubDir = QStringLiteral("LOG");
     bool form12_open = false;
+    // Form5, Form11 or Form12 is up.
+    int settings_dialogs_open = 0;
     bool patient_settings_cancel = false;
     bool record_file_created = false;
     bool waiting_for_data = false;

@@ -98,6 +98,8 @@ public:
     void _Tarrow_SetRelayState(uint8_t close_relay);
     void open_tarrow_link();
     void close_tarrow_link();
+    // Lets the library go, the relay opened first: once closed, no call reaches the relay.
+    void release_gating_library();
     // Without the library there is no gated treatment and no gated patient.
     void handle_missing_gating_library();
     void analyse_tarrow_status();
@@ -149,6 +151,8 @@ public:
     void Form_Load();
     void logo_banner_Timer();
     void zel_exit_Click();
+    // The main window's close box: the Exit entry, and nothing while the entry is off.
+    void Form_QueryUnload();
     // The system check window's exit button.
     void Form13_Command1_Click();
 
@@ -208,6 +212,9 @@ public:
     void Control_Panel_Click();
     void show_Form12();
     void show_Form11();
+    // Shows Form5, Form11 or Form12: no hold may be armed while one of them stands, since its
+    // Save would alter the patient's settings under the armed module.
+    void show_settings_dialog(Window window);
     std::unique_ptr<Form12> form12;
     std::unique_ptr<Form11> form11;
 

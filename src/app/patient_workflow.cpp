@@ -35,11 +35,8 @@ void Form1::reset_patient() {
         make_read_only(record_filename);
         bRecord = false;
     }
-    if (Gated_Treatment) {
-        // The beam's relay is never left closed behind a patient that is gone.
-        if (relay_close_commanded) _Tarrow_SetRelayState(0);
-        platform.tarrow.Close();
-    }
+    // The beam's relay is never left closed behind a patient that is gone.
+    if (Gated_Treatment) release_gating_library();
     Patient_Settings.Enabled = false;
     mnuSessionHistory.Enabled = false;
     patient_defined = false;
@@ -89,10 +86,10 @@ void Form1::create_new_patient_Click() {
     new_patient_loading = false;
     show_Form5();
     if (!form5->Cancel_status) save_patient_parameters();
-    // A cancelled dialog leaves the main window as the undone patient left it: "No patient
-    // defined", not the names of the patient before.
-    if (!patient_defined) return;
-    show_patient_labels();
+    // A cancelled dialog leaves the names as the undone patient left them: "No patient
+    // defined", not the names of the patient before. The gating library is still told that no
+    // gated treatment stands, so that it keeps no relay permission of the patient before.
+    if (patient_defined) show_patient_labels();
     if (Gated_Treatment) {
         gating_label.Caption = gating_start_mode = message_text(268);
         open_tarrow_link();
@@ -100,7 +97,7 @@ void Form1::create_new_patient_Click() {
         gating_label.Caption = gating_start_mode = message_text(269);
         close_tarrow_link();
     }
-    if (!patient_defined) return;  // the gating library was missing
+    if (!patient_defined) return;  // cancelled, or the gating library was missing
     Label4.Caption = message_text(289);
     record_file_created = false;
     cmdRecord.Enabled = true;

@@ -156,6 +156,10 @@ void Form1::Form13_Command1_Click() {
     system_check_result = false;
 }
 
+void Form1::Form_QueryUnload() {
+    if (zel_exit.Enabled) zel_exit_Click();
+}
+
 void Form1::zel_exit_Click() {
     if (patient_defined) {
         show_Form8();
@@ -172,7 +176,7 @@ void Form1::zel_exit_Click() {
         }
         if (checksum_log_open) close_run_files();
         if (platform.serial.PortOpen()) send_command("d");
-        if (Gated_Treatment) platform.tarrow.Close();
+        if (Gated_Treatment) release_gating_library();
     }
     // The program never ends with the beam's relay left closed.
     if (relay_close_commanded) _Tarrow_SetRelayState(0);

@@ -15,6 +15,9 @@ void Form1::Form_KeyDown(int key_code, int /*shift*/) {
     const bool port_open = platform.serial.PortOpen();
     switch (b_state) {
         case 1:
+            // Behind a settings dialog the hold stays unarmed: its Save would change the
+            // settings under the armed module.
+            if (settings_dialogs_open > 0) return;
             if (!patient_defined) {
                 Label2.Caption = message_text(131);
                 return;

@@ -276,6 +276,9 @@ void Form11::Change_directory_Click() {
 // ---- Done and Cancel ------------------------------------------------------------------------
 
 void Form11::Done_Click() {
+    // Nothing of the display or the patient's file changes under a hold; Done works again once
+    // the hold has ended.
+    if (form.b_state > 1) return;
     // The language goes to the settings file before the display values change, so that file
     // holds the new language and the old display; the display reaches it only by the menu.
     if (languageChanged) {

@@ -247,6 +247,9 @@ void Form12::Exhalation_button_Click() {
 }
 
 void Form12::Button_Save_Click() {
+    // A hold under way (a module re-found in one behind the dialog) keeps the settings it was
+    // armed with; Save works again once the hold has ended.
+    if (form.b_state > 1) return;
     form.thresh = static_cast<float>(round_to_places(threshold_temp, 1));
     form.inhale = Inhalation_button.Value == 1;
     form.duration = round_to_places(duration_temp, 0);

@@ -560,7 +560,7 @@ void Form1::show_Form5() {
             id);
     };
     form5->Form_Load();
-    platform.windows.show_modal(Window::Form5);
+    show_settings_dialog(Window::Form5);
 }
 
 }  // namespace zel

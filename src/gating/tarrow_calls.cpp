@@ -130,7 +130,7 @@ void Form1::gating_connection_lost() {
     // Two silent retries, half a second apart, before the operator is asked.
     if (gating_start_attempts < 2) {
         gating_start_attempts = add_i16(gating_start_attempts, 1, "gating_start_attempts");
-        platform.tarrow.Close();
+        release_gating_library();
         platform.tarrow.Open();
         return;
     }
@@ -148,7 +148,7 @@ void Form1::gating_connection_lost() {
         }
     }
     // The system is tried again at every poll.
-    platform.tarrow.Close();
+    release_gating_library();
     platform.tarrow.Open();
 }
 

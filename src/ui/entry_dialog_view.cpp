@@ -185,6 +185,11 @@ bool EntryDialogView::eventFilter(QObject* watched, QEvent* event) {
     return QDialog::eventFilter(watched, event);
 }
 
+void EntryDialogView::setVisible(bool visible) {
+    if (visible && opening_focus) opening_focus->setFocus(Qt::OtherFocusReason);
+    QDialog::setVisible(visible);
+}
+
 bool EntryDialogView::event(QEvent* event) {
     if (event->type() == QEvent::WindowActivate && !syncing) sync();
     return QDialog::event(event);

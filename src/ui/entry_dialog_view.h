@@ -53,6 +53,11 @@ class EntryDialogView : public QDialog {
     QLineEdit* line_edit_of(const TextBox& box) const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
+    // Gives the focus to `opening_focus` as the window opens.
+    void setVisible(bool visible) override;
+    // Where the focus stands when the window opens: not in an entry field, whose leaving
+    // would count as an entry and turn Save on before anything was edited.
+    QWidget* opening_focus = nullptr;
     // A window that comes to the front again shows what changed behind it, as a gating
     // override taken in a message window over it.
     bool event(QEvent* event) override;

@@ -1,5 +1,6 @@
 #include "ui/form11_view.h"
 
+#include <QAbstractButton>
 #include <QGroupBox>
 
 #include "app/form1.h"
@@ -28,7 +29,7 @@ Form11View::Form11View(Form1& form_, Form11& model_, QWidget* parent)
     field(m.Patient_directory_text, directory, false);
     button(m.Change_directory, directory);
     button(m.Done);
-    button(m.Cancel);
+    opening_focus = button(m.Cancel);
 
     sync();
 }

@@ -1,5 +1,6 @@
 #include "ui/form12_view.h"
 
+#include <QAbstractButton>
 #include <QGroupBox>
 
 #include "app/form1.h"
@@ -29,7 +30,7 @@ Form12View::Form12View(Form1& form_, Form12& model_, QWidget* parent)
     label(m.Label_warningA, this, true);
     label(m.Label_warningB, this, true);
     button(m.Button_Save);
-    button(m.Cancel);
+    opening_focus = button(m.Cancel);
 
     sync();
 }

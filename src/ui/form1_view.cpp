@@ -147,9 +147,9 @@ void Form1View::sync() {
 }
 
 void Form1View::closeEvent(QCloseEvent* event) {
-    // Closing the window's frame is the same as Exit; Exit ends the program itself.
+    // Exit ends the program itself, when it may.
     event->ignore();
-    form.run_event("zel_exit_Click", [this] { form.zel_exit_Click(); });
+    form.run_event("Form_QueryUnload", [this] { form.Form_QueryUnload(); });
 }
 
 }  // namespace zel

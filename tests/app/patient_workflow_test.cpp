@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "dialogs/form11.h"
+#include "dialogs/form12.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
 
@@ -122,6 +124,66 @@ TEST(PatientWorkflow, the_curve_review_opens_beside_with_the_link_stopped_while_
     EXPECT_TRUE(sent_before_window.startsWith("D")) << "the stream stopped before the dialog";
     EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("show modeless PatientCurves")});
     EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled()) << "search again";
+}
+
+// A module re-found in a hold behind a settings dialog: the dialog's Save and what follows it
+// (the patient file, the upload, the redraw) wait until the hold has ended.
+TEST(PatientWorkflow, settings_dialogs_change_nothing_of_a_hold_found_under_them) {
+    enum class Hold { none, before_save, after_save };
+    struct Case {
+        Window window;
+        Hold hold;
+        bool applied, saved;
+    };
+    const Case cases[] = {
+        {Window::Form12, Hold::none, true, true},
+        {Window::Form12, Hold::before_save, false, false},
+        {Window::Form12, Hold::after_save, true, false},
+        {Window::Form11, Hold::none, true, true},
+        {Window::Form11, Hold::before_save, false, false},
+        {Window::Form11, Hold::after_save, true, false},
+    };
+    for (const Case& c : cases) {
+        PatientRig rig;
+        rig.form.data_directory = rig.app_data.path();
+        rig.form.number_format = QStringLiteral("dot");
+        rig.form.patient_first_name = QStringLiteral("Jane");
+        rig.form.patient_medical_id = QStringLiteral("A1");
+        rig.form.thresh = 1.2f;
+        rig.form.max_y = 2;
+        const QString folder = rig.app_data.path() + QStringLiteral("/Doe_Jane_A1");
+        QDir().mkpath(folder);
+        rig.fakes.serial.set_PortOpen(true);
+        rig.fakes.windows.during(c.window, [&] {
+            if (c.hold == Hold::before_save) rig.form.b_state = 2;
+            if (c.window == Window::Form12) {
+                Form12& f = *rig.form.form12;
+                f.type_text(f.Threshold_Text, QStringLiteral("1.6"), 3);
+                f.key_press(f.Threshold_Text, 13);
+                f.Button_Save_Click();
+            } else {
+                Form11& f = *rig.form.form11;
+                f.type_text(f.Y_Range_Text, QStringLiteral("3"), 1);
+                f.key_press(f.Y_Range_Text, 13);
+                f.Done_Click();
+            }
+            // A frame of the hold handled before the dialog's loop returned.
+            if (c.hold == Hold::after_save) rig.form.b_state = 2;
+        });
+        if (c.window == Window::Form12)
+            rig.form.Patient_Settings_Click();
+        else
+            rig.form.Control_Panel_Click();
+        const bool applied =
+            c.window == Window::Form12 ? rig.form.thresh == 1.6f : rig.form.max_y == 3.0;
+        const int line = static_cast<int>(&c - cases);
+        EXPECT_EQ(applied, c.applied) << line;
+        EXPECT_EQ(QFile::exists(folder + QStringLiteral("/Doe.zel")), c.saved) << line;
+        // Only Form12 uploads, and only with the file saved.
+        EXPECT_EQ(rig.fakes.serial.sent().contains('L'), c.saved && c.window == Window::Form12)
+            << line;
+        EXPECT_EQ(rig.form.settings_dialogs_open, 0) << line;
+    }
 }
 
 }  // namespace

@@ -25,6 +25,7 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
         const char* sent;
         const char* label;
         const char* abort_by;
+        int dialogs = 0;  // settings dialogs standing
     };
     const Case cases[] = {
         {"activate on inhale", 1, 1, true, false, false, "A", "Press spacebar to activate.", ""},
@@ -39,6 +40,11 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
         {"state 5", 5, 1, true, false, false, "", "", "user"},
         {"state 0", 0, 1, true, false, false, "", "", "user"},
         {"fault", 1, 2, true, false, false, "", "", "user"},
+        // A hold armed behind a settings dialog could be altered by its Save; one under way
+        // is still stopped from there.
+        {"behind a dialog", 1, 1, true, false, false, "", "", "user", 1},
+        {"deactivate behind a dialog", 2, 1, true, false, false, "X", "", "user", 1},
+        {"abort behind a dialog", 4, 1, true, false, false, "X", "", "user", 1},
     };
     for (const auto& c : cases) {
         KeyRig rig;
@@ -49,6 +55,7 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
         rig.form.Gated_Treatment = c.enable_error;
         rig.form.tarrow_Enable_error = c.enable_error;
         rig.form.gating_error_message = QStringLiteral("gating text");
+        rig.form.settings_dialogs_open = c.dialogs;
         rig.form.Label2.Caption.clear();
         rig.form.Form_KeyDown(32, 0);
         EXPECT_TRUE(rig.form.abort_message.isEmpty()) << c.name;

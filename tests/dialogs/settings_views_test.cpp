@@ -22,6 +22,7 @@
 #include "ui/form12_view.h"
 #include "ui/form1_view.h"
 #include "ui/form_gating_view.h"
+#include "ui/key_guard_filter.h"
 #include "ui/qt_windows.h"
 
 namespace zel::test {
@@ -143,6 +144,83 @@ TEST(SettingsViews, the_console_shows_them_modally_until_cancel_closes_them) {
                                              : rig.form.form11->unloaded);
     }
     EXPECT_TRUE(rig.form.patient_settings_cancel);
+}
+
+// The operator must always be able to stop a hold, and never arm one behind these dialogs,
+// whose Save would alter it. The keys go to the focused widget of the shown window, through the
+// console's key guard, as the operator's would.
+TEST(SettingsViews, the_spacebar_inside_arms_nothing_and_still_stops_a_hold) {
+    for (Window window : {Window::Form12, Window::Form11}) {
+        ViewRig rig;
+        rig.form.patient_defined = true;
+        rig.form.b_state = 1;
+        rig.fakes.serial.set_PortOpen(true);
+        KeyGuardFilter guard(rig.form);
+        qApp->installEventFilter(&guard);
+        QByteArray in_standby, in_hold;
+        rig.fakes.windows.during(window, [&] {
+            std::unique_ptr<EntryDialogView> view;
+            if (window == Window::Form12)
+                view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
+            else
+                view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
+            view->show();
+            ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+            // An option button, as the operator's click on a trigger direction leaves it.
+            auto* option = view->findChildren<QRadioButton*>().value(0);
+            ASSERT_NE(option, nullptr);
+            option->setFocus();
+            QTest::keyClick(option, Qt::Key_Space);
+            in_standby = rig.fakes.serial.sent();
+            rig.form.b_state = 4;
+            QTest::keyClick(option, Qt::Key_Space);
+            in_hold = rig.fakes.serial.sent().mid(in_standby.size());
+            rig.form.b_state = 1;
+            QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
+        });
+        if (window == Window::Form12)
+            rig.form.Patient_Settings_Click();
+        else
+            rig.form.Control_Panel_Click();
+        qApp->removeEventFilter(&guard);
+        const int w = static_cast<int>(window);
+        EXPECT_FALSE(in_standby.contains('A') || in_standby.contains('B'))
+            << w << ": " << in_standby.toStdString();
+        EXPECT_EQ(in_hold, QByteArray("X")) << w;
+    }
+}
+
+// Opened untouched: Save stays off, and Cancel closes without asking whether to discard.
+TEST(SettingsViews, open_with_nothing_edited_until_the_operator_edits) {
+    for (Window window : {Window::Form12, Window::Form11}) {
+        ViewRig rig;
+        rig.form.patient_defined = true;
+        rig.form.b_state = 1;
+        bool save_enabled = true;
+        rig.fakes.windows.during(window, [&] {
+            std::unique_ptr<EntryDialogView> view;
+            if (window == Window::Form12)
+                view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
+            else
+                view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
+            view->show();
+            ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+            EXPECT_EQ(qobject_cast<QLineEdit*>(QApplication::focusWidget()), nullptr);
+            QTest::mouseClick(view.get(), Qt::LeftButton, {}, QPoint(5, 5));
+            QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
+            save_enabled = find<QPushButton>(view.get(), message_text(266))->isEnabled();
+        });
+        if (window == Window::Form12)
+            rig.form.Patient_Settings_Click();
+        else
+            rig.form.Control_Panel_Click();
+        const int w = static_cast<int>(window);
+        EXPECT_FALSE(save_enabled) << w;
+        EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty()) << w;
+        EXPECT_TRUE(window == Window::Form12 ? rig.form.form12->unloaded
+                                             : rig.form.form11->unloaded)
+            << w;
+    }
 }
 
 TEST(HelpWindows, show_their_captions_and_done_closes_them) {

@@ -7,7 +7,7 @@
 namespace zel::test {
 
 void FakeGatingLibrary::call(const QString& what) {
-    if (missing)
+    if (missing || (!lacks.isEmpty() && what.startsWith(lacks + QLatin1Char('('))))
         throw ZelError(err_file_not_found, QStringLiteral("libtarrow"),
                        QStringLiteral("File not found"));
     calls.append(what);

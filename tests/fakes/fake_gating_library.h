@@ -3,6 +3,7 @@
 //   status             what GetStatus reports ("^C:?EL" style bytes)
 //   connected_result   what Connected returns (0 connected)
 //   missing            every call fails as a library that is not installed
+//   lacks              the one function ("GetStatus") whose calls fail as a missing symbol
 //   calls              every call in order: "SetRelayState(1)", "Connected()", ...
 #include <QStringList>
 
@@ -31,6 +32,7 @@ public:
     int16_t connected_result = 0;
     int16_t open_result = 0;
     bool missing = false;
+    QString lacks;
     QStringList calls;
 
 private:

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <functional>
 
 #include "fakes/rig.h"
 #include "language/messages.h"
@@ -197,6 +198,93 @@ TEST(GatedTreatment, a_missing_library_ends_gated_operation_and_the_patient) {
     EXPECT_FALSE(rig.form.Gated_Treatment);
     EXPECT_FALSE(rig.form.patient_defined);
     EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(355)});
+}
+
+// Once the library is closed no call reaches the relay: a relay closed for a hold is opened
+// on every path that lets the library go, before it goes.
+TEST(GatedTreatment, every_path_that_lets_the_library_go_opens_a_closed_relay_first) {
+    struct Case {
+        const char* name;
+        std::function<void(GatingRig&)> path;
+        bool patient_stays;
+    };
+    const Case cases[] = {
+        {"exit",
+         [](GatingRig& r) {
+             r.fakes.windows.answer(1);
+             r.form.zel_exit_Click();
+         },
+         true},
+        {"leaving the patient",
+         [](GatingRig& r) {
+             r.fakes.windows.answer(1);
+             r.form.leave_current_patient();
+         },
+         false},
+        {"closing the link", [](GatingRig& r) { r.form.close_tarrow_link(); }, true},
+        {"a lost connection retried",
+         [](GatingRig& r) {
+             r.fakes.tarrow.connected_result = 1;
+             r.form.poll_tarrow_status();
+         },
+         true},
+        {"a function missing from the library",
+         [](GatingRig& r) {
+             r.fakes.tarrow.lacks = QStringLiteral("GetStatus");
+             r.form.poll_tarrow_status();
+         },
+         false},
+    };
+    for (const Case& c : cases) {
+        GatingRig rig;
+        rig.form._Tarrow_SetRelayState(1);
+        rig.fakes.tarrow.calls.clear();
+        c.path(rig);
+        const QStringList& calls = rig.fakes.tarrow.calls;
+        const qsizetype opened = calls.indexOf(QStringLiteral("SetRelayState(0)"));
+        ASSERT_GE(opened, 0) << c.name << ": " << calls.join(' ').toStdString();
+        const qsizetype closed = calls.indexOf(QStringLiteral("Close()"));
+        if (closed >= 0) {
+            EXPECT_LT(opened, closed) << c.name;
+        }
+        EXPECT_FALSE(rig.form.relay_close_commanded) << c.name;
+        EXPECT_EQ(rig.form.patient_defined, c.patient_stays) << c.name;
+    }
+}
+
+TEST(GatedTreatment, each_poll_gives_its_gating_fields_to_one_curve_line) {
+    GatingRig rig;
+    rig.form.gating_start_mode.clear();
+    const QString path = rig.folder() + QStringLiteral("/curve.dat");
+    rig.form.curve_file = std::make_unique<AppendFile>(path, "test");
+    rig.form.curve_file->open(AppendFile::Start::anew);
+    rig.poll("^O:?EL");
+    // An empty start mode is taken as automated by the poll.
+    EXPECT_EQ(rig.form.gating_start_mode, message_text(268));
+    for (int k = 0; k < 2; ++k) rig.form.write_recording_line();
+    rig.poll("^C:?EL");
+    rig.form.write_recording_line();
+    rig.form.curve_file->close();
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    ASSERT_GE(lines.size(), 3);
+    EXPECT_TRUE(lines[0].endsWith(";Automated;Enabled;Open\r")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[1].endsWith("; - ; - ; - \r")) << lines[1].toStdString();
+    EXPECT_TRUE(lines[2].endsWith(";Automated;Enabled;Closed\r")) << lines[2].toStdString();
+}
+
+// The two silent retries are a treatment's, not a poll's: a good poll between two losses does
+// not give them back.
+TEST(GatedTreatment, a_good_poll_does_not_give_back_the_silent_retries) {
+    GatingRig rig;
+    const bool connected[] = {false, true, false, true, false};
+    for (bool up : connected) {
+        rig.fakes.tarrow.connected_result = up ? 0 : 1;
+        rig.poll("^O:?EL");
+    }
+    EXPECT_EQ(rig.form.gating_start_attempts, 2);
+    EXPECT_EQ(rig.shown(), QStringList{QStringLiteral("show Form_OverRide_Enable")});
 }
 
 }  // namespace

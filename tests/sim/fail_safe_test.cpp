@@ -203,5 +203,39 @@ TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
     }
 }
 
+// A library of another release that lacks one function, found out by a poll in a gated hold:
+// the relay closed for the hold is opened before the gated treatment is let go.
+TEST(FailSafe, a_function_missing_from_the_gating_library_in_a_hold_opens_the_relay_first) {
+    QTemporaryDir app_data;
+    ASSERT_TRUE(QDir().mkpath(app_data.filePath(QStringLiteral("lib"))));
+    ASSERT_TRUE(QDir().mkpath(app_data.filePath(QStringLiteral("sim"))));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(TARROW_SIM_WITHOUT_STATUS_PATH),
+                            app_data.filePath(QStringLiteral("lib/libtarrow.so"))));
+    QFile control(app_data.filePath(QStringLiteral("sim/tarrow-control.txt")));
+    ASSERT_TRUE(control.open(QIODevice::WriteOnly));
+    control.write("connected=yes\n");
+    control.close();
+    FakePlatform fakes;
+    QtGatingLibrary library(app_data.path());
+    Platform platform{fakes.serial, fakes.timers, fakes.clock,   fakes.locale, fakes.boxes,
+                      fakes.chart,  library,      fakes.dialogs, fakes.windows};
+    Form1 form{platform, app_data.path()};
+    form.end_program = [](int code) { ADD_FAILURE() << "the console ended with " << code; };
+    form.patient_defined = true;
+    form.Gated_Treatment = true;
+    form.b_state = 4;
+    form.open_tarrow_link();
+    form._Tarrow_SetRelayState(1);
+    form.poll_tarrow_status();
+
+    QStringList relay;
+    for (const auto& [when, call] : gating_calls(app_data.path()))
+        if (call.startsWith(QStringLiteral("Tarrow_SetRelayState"))) relay.append(call);
+    EXPECT_EQ(relay, (QStringList{"Tarrow_SetRelayState(1)", "Tarrow_SetRelayState(0)"}));
+    EXPECT_FALSE(form.Gated_Treatment);
+    EXPECT_FALSE(form.patient_defined);
+    EXPECT_EQ(fakes.boxes.shown, QStringList{message_text(355)});
+}
+
 }  // namespace
 }  // namespace zel::test

@@ -1,6 +1,7 @@
 // The views forward events to the models and show their captions; the rules are the models'.
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
@@ -8,6 +9,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
+#include <cstring>
 
 #include "fakes/rig.h"
 #include "language/messages.h"
@@ -96,7 +98,7 @@ TEST(KeyGuard, swallows_alt_tab_alt_esc_and_ctrl_esc_on_their_way_down_and_up) {
     qApp->removeEventFilter(&guard);
 }
 
-TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit) {
+TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit_when_exit_may_run) {
     init_images();
     Rig rig;
     QtChartSurface surface(870, 499);
@@ -109,8 +111,67 @@ TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit) {
     EXPECT_TRUE(texts.contains(QStringLiteral("Press spacebar to activate.")));
     EXPECT_TRUE(texts.contains(QStringLiteral("7")));
     EXPECT_EQ(view.size(), QSize(1024, 768));
+    // During a hold the Exit entry is off, and so is the frame's close box.
+    rig.form.patient_defined = true;
+    rig.form.disable_menus();
+    view.show();
+    view.close();
+    EXPECT_TRUE(rig.ended.isEmpty());
+    EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
+    EXPECT_TRUE(view.isVisible());
+    rig.form.patient_defined = false;
+    rig.form.enable_menus();
     view.close();
     EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
+}
+
+// Each entry of the main window's menus reaches its own handler, seen by what only that
+// handler opens or does.
+TEST(Form1View, each_menu_entry_runs_its_own_handler) {
+    init_images();
+    struct Case {
+        Control Form1::*entry;
+        const char* seen;
+    };
+    const Case cases[] = {
+        {&Form1::create_new_patient, "show Form5"},
+        {&Form1::load_existing_patient, "file chooser"},
+        {&Form1::save_settings_as_default, "ask"},
+        {&Form1::zel_exit, "ended"},
+        {&Form1::Control_Panel, "show Form11"},
+        {&Form1::Patient_Settings, "show Form12"},
+        {&Form1::mnuSessionHistory, "show DialogSessionHistory"},
+        {&Form1::mnuVisualizePatientCurves, "show modeless PatientCurves"},
+        {&Form1::About, "show Form10"},
+        {&Form1::Gating_Diagnostics, "show Form_Gating"},
+    };
+    for (const Case& c : cases) {
+        Rig rig;
+        rig.form.b_state = 1;
+        int k = 0;
+        for (const Case& each : cases)
+            (rig.form.*each.entry).Caption = QStringLiteral("entry %1").arg(k++);
+        rig.form.enable_menus();
+        (rig.form.*c.entry).Enabled = true;
+        QtChartSurface surface(870, 499);
+        Form1View view(rig.form, surface);
+        view.sync();
+        QAction* action = nullptr;
+        for (QAction* a : view.findChildren<QAction*>())
+            if (a->text() == (rig.form.*c.entry).Caption) action = a;
+        ASSERT_NE(action, nullptr) << c.seen;
+        action->trigger();
+        QStringList seen = rig.fakes.windows.log;
+        if (!rig.fakes.dialogs.opened_in.isEmpty()) seen.append(QStringLiteral("file chooser"));
+        if (!rig.ended.isEmpty()) seen.append(QStringLiteral("ended"));
+        EXPECT_FALSE(seen.filter(QString::fromLatin1(c.seen)).isEmpty())
+            << c.seen << ": " << seen.join(QStringLiteral(", ")).toStdString();
+        for (const Case& other : cases)
+            if (&other != &c && std::strncmp(other.seen, "show", 4) == 0) {
+                EXPECT_FALSE(seen.contains(QString::fromLatin1(other.seen)))
+                    << c.seen << " also did " << other.seen;
+            }
+    }
 }
 
 }  // namespace
