@@ -90,9 +90,13 @@ TEST(PatientCreate, writes_the_patient_files_and_puts_the_patient_in_force) {
     EXPECT_FLOAT_EQ(rig.form.thresh, 1.5f);
 }
 
+// Leaving a gated patient for a Create that is cancelled: the gating library still hears that
+// no gated treatment stands, and keeps no relay permission of the patient before.
 TEST(PatientCreate, a_cancelled_dialog_leaves_no_patient_and_no_names) {
     WorkflowRig rig;
     rig.create();
+    rig.form.Gated_Treatment = true;
+    rig.fakes.tarrow.calls.clear();
     rig.fakes.windows.answer(1);  // No to saving the session
     rig.fakes.windows.during(Window::Form5, [&rig] { rig.form.form5->click(rig.form.form5->button_cancel); });
     rig.form.create_new_patient_Click();
@@ -100,6 +104,9 @@ TEST(PatientCreate, a_cancelled_dialog_leaves_no_patient_and_no_names) {
     EXPECT_EQ(rig.form.Label_last_name.Caption, message_text(226));
     EXPECT_TRUE(rig.form.label_session.Caption.isEmpty());
     EXPECT_FALSE(rig.form.cmdRecord.Enabled);
+    EXPECT_EQ(rig.form.gating_label.Caption, message_text(269));
+    EXPECT_EQ(rig.fakes.tarrow.calls,
+              (QStringList{"Close()", "SetRelayEnablePermission(1)", "Close()"}));
 }
 
 TEST(PatientCreate, the_menu_does_nothing_during_a_hold) {
