@@ -1,0 +1,228 @@
+#!/usr/bin/env python3
+"""Mutation run: how many small faults planted in src/ the tests catch.
+
+    tools/mutants.sh [N] [SEED]        N places (default 150), chosen at random with SEED (default 1)
+
+Each mutant is one change at one place of one file under src/: a comparison turned, && and ||
+swapped, a condition negated, an integer constant off by one, + turned into -, or a call
+statement removed. The file is changed, the test binaries are rebuilt incrementally in a build
+folder of their own (build-mutants/), run without the tests over a live line, and the file is
+put back. The test binary of the file's own area runs first; a mutant that it catches is not
+built into the others. Per mutant: file, line, the change, and killed / survived / did not
+build / timed out. Last: "mutation score K/M", the killed (timed out counted as killed) among
+the mutants that built.
+
+Environment: MUTANT_BUILD (build folder), MUTANT_TIMEOUT (seconds a test binary may run, 120),
+MUTANT_ONLY (a path prefix under src/ to draw the places from, e.g. src/gating).
+"""
+import os
+import random
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import time
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+BUILD = os.environ.get("MUTANT_BUILD", os.path.join(ROOT, "build-mutants"))
+TIMEOUT = int(os.environ.get("MUTANT_TIMEOUT", "120"))
+ONLY = os.environ.get("MUTANT_ONLY", "src/")
+BACKUP = os.path.join(BUILD, "mutant-backup")
+
+# The tests over a live line (a pseudo-terminal and the simulator, timed) stay out.
+LIVE_SUITES = ["BreathHoldEndToEnd", "FailSafe", "SimulatorOnPseudoTerminal", "ReplayRoundTrip",
+               "AboutLive", "SettingsDialogsLive"]
+
+
+def test_binaries():
+    names = sorted(n[len("test_"):] for n in os.listdir(os.path.join(ROOT, "tests"))
+                   if os.path.isdir(os.path.join(ROOT, "tests", n)) and n != "fakes")
+    return names
+
+
+def masked(line):
+    """The line with string and character literals and a trailing comment blanked out."""
+    out = list(line)
+    i, quote = 0, None
+    while i < len(line):
+        c = line[i]
+        if quote:
+            out[i] = " "
+            if c == "\\":
+                if i + 1 < len(line):
+                    out[i + 1] = " "
+                i += 2
+                continue
+            if c == quote:
+                quote = None
+        elif c in "\"'":
+            quote = c
+            out[i] = " "
+        elif line.startswith("//", i):
+            return "".join(out[:i]) + " " * (len(line) - i)
+        i += 1
+    return "".join(out)
+
+
+OPERATORS = [(" < ", " <= "), (" <= ", " < "), (" > ", " >= "), (" >= ", " > "),
+             (" == ", " != "), (" != ", " == "), (" && ", " || "), (" || ", " && "),
+             (" + ", " - ")]
+CALL_STATEMENT = re.compile(r"^(\s*)([A-Za-z_][\w:]*(?:(?:\.|->)[A-Za-z_]\w*)*)\(.*\);\s*$")
+INTEGER = re.compile(r"(?<![\w.])(\d+)(?![\w.])")
+
+
+def matching_paren(text, open_at):
+    depth = 0
+    for k in range(open_at, len(text)):
+        if text[k] == "(":
+            depth += 1
+        elif text[k] == ")":
+            depth -= 1
+            if depth == 0:
+                return k
+    return -1
+
+
+def candidates_of(path):
+    rel = os.path.relpath(path, ROOT)
+    with open(path, encoding="utf-8") as f:
+        lines = f.read().split("\n")
+    found = []
+    in_block_comment = False
+    for n, line in enumerate(lines):
+        stripped = line.strip()
+        if in_block_comment:
+            in_block_comment = "*/" not in stripped
+            continue
+        if stripped.startswith("/*"):
+            in_block_comment = "*/" not in stripped
+            continue
+        if not stripped or stripped.startswith(("#", "//", "namespace", "}", "static_assert")):
+            continue
+        m = masked(line)
+        for old, new in OPERATORS:
+            for hit in re.finditer(re.escape(old), m):
+                found.append((rel, n, hit.start(), old, new, "%s -> %s" % (old.strip(), new.strip())))
+        for hit in re.finditer(r"\b(if|while) \(", m):
+            open_at = hit.end() - 1
+            close = matching_paren(m, open_at)
+            if close > 0:
+                cond = line[open_at + 1:close]
+                found.append((rel, n, open_at, "(" + cond + ")", "(!(" + cond + "))",
+                              "%s (...) negated" % hit.group(1)))
+        if "[" not in m:  # array sizes and subscripts make dull, unbuildable mutants
+            for hit in INTEGER.finditer(m):
+                value = int(hit.group(1))
+                found.append((rel, n, hit.start(), hit.group(1), str(value + 1),
+                              "%d -> %d" % (value, value + 1)))
+        call = CALL_STATEMENT.match(m)
+        if call and not re.match(r"\s*(return|delete|throw|case|else|do)\b", m) and "=" not in m:
+            found.append((rel, n, 0, line, call.group(1) + ";", "call removed: " + stripped))
+    return lines, found
+
+
+def apply(lines, candidate):
+    _, n, col, old, new, _ = candidate
+    changed = list(lines)
+    line = changed[n]
+    assert line[col:col + len(old)] == old, (candidate, line)
+    changed[n] = line[:col] + new + line[col + len(old):]
+    return "\n".join(changed)
+
+
+def run(cmd, timeout=None):
+    proc = subprocess.Popen(cmd, cwd=ROOT, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                            start_new_session=True)
+    try:
+        return proc.wait(timeout=timeout)
+    except subprocess.TimeoutExpired:
+        os.killpg(proc.pid, signal.SIGKILL)
+        proc.wait()
+        return None
+
+
+def run_tests(areas):
+    """'killed', 'survived' or 'timed out', building and running the areas' binaries in order."""
+    for area in areas:
+        if run(["cmake", "--build", BUILD, "--target", "test_" + area]) != 0:
+            return "did not build"
+        cmd = [os.path.join(BUILD, "tests", "test_" + area)]
+        if area == "sim":
+            cmd.append("--gtest_filter=-" + ":".join(s + ".*" for s in LIVE_SUITES))
+        status = run(cmd, TIMEOUT)
+        if status is None:
+            return "timed out"
+        if status != 0:
+            return "killed"
+    return "survived"
+
+
+def restore_left_behind():
+    """A run that was cut off may have left a mutated file: put it back first."""
+    if not os.path.isdir(BACKUP):
+        return
+    for folder, _, files in os.walk(BACKUP):
+        for name in files:
+            saved = os.path.join(folder, name)
+            shutil.copy2(saved, os.path.join(ROOT, os.path.relpath(saved, BACKUP)))
+            os.remove(saved)
+
+
+def main():
+    n = int(sys.argv[1]) if len(sys.argv) > 1 else 150
+    seed = int(sys.argv[2]) if len(sys.argv) > 2 else 1
+    os.environ.setdefault("QT_QPA_PLATFORM", "offscreen")
+    restore_left_behind()
+    if not os.path.exists(os.path.join(BUILD, "build.ninja")):
+        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
+        subprocess.check_call(["cmake", "-S", ROOT, "-B", BUILD, "-G", "Ninja",
+                               "-DCMAKE_BUILD_TYPE=RelWithDebInfo", "-DZEL_BUILD_BENCH=OFF"]
+                              + launcher, stdout=subprocess.DEVNULL)
+    areas = test_binaries()
+    print("mutants: building the tests unchanged in %s" % BUILD, flush=True)
+    baseline = run_tests(areas)
+    if baseline != "survived":
+        sys.exit("mutants: the unchanged tests do not pass (%s); nothing to measure" % baseline)
+
+    files = sorted(os.path.join(folder, f)
+                   for folder, _, names in os.walk(os.path.join(ROOT, "src"))
+                   for f in names if f.endswith(".cpp"))
+    files = [f for f in files if os.path.relpath(f, ROOT).startswith(ONLY)]
+    every = []
+    originals = {}
+    for f in files:
+        lines, found = candidates_of(f)
+        originals[os.path.relpath(f, ROOT)] = lines
+        every.extend(found)
+    chosen = random.Random(seed).sample(every, min(n, len(every)))
+    print("mutants: %d of %d places, seed %d" % (len(chosen), len(every), seed), flush=True)
+
+    tally = {"killed": 0, "survived": 0, "did not build": 0, "timed out": 0}
+    started = time.monotonic()
+    for k, candidate in enumerate(chosen, 1):
+        rel, line_no = candidate[0], candidate[1]
+        path = os.path.join(ROOT, rel)
+        saved = os.path.join(BACKUP, rel)
+        os.makedirs(os.path.dirname(saved), exist_ok=True)
+        shutil.copy2(path, saved)
+        try:
+            with open(path, "w", encoding="utf-8") as f:
+                f.write(apply(originals[rel], candidate))
+            area = rel.split("/")[1]
+            order = ([area] if area in areas else []) + [a for a in areas if a != area]
+            verdict = run_tests(order)
+        finally:
+            shutil.copy2(saved, path)
+            os.remove(saved)
+            os.utime(path)  # rebuilt unchanged with the next mutant
+        tally[verdict] += 1
+        print("%3d %s:%d  %s  %s" % (k, rel, line_no + 1, candidate[5][:80], verdict), flush=True)
+    built = tally["killed"] + tally["survived"] + tally["timed out"]
+    print("mutants: %s in %.0f min" % (", ".join("%d %s" % (v, k) for k, v in tally.items()),
+                                      (time.monotonic() - started) / 60))
+    print("mutation score %d/%d" % (tally["killed"] + tally["timed out"], built))
+
+
+if __name__ == "__main__":
+    main()
