@@ -208,6 +208,63 @@ TEST(DiskFaults, every_writer_under_every_fault_keeps_what_was_on_disk) {
     EXPECT_EQ(checked, 73);
 }
 
+// A new patient whose first save fails was never stored: the folder the dialog made goes
+// again, so that the same patient can be created once the disk is back.
+TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
+    struct Case {
+        const char* name;
+        Call call;
+        int error;
+        const char* part;  // of the path that fails
+    };
+    const Case cases[] = {
+        {"full disk", Call::write, ENOSPC, "Doe_Jane_A1"},
+        {"read-only share", Call::open, EROFS, "Doe_Jane_A1"},
+        {"failed rename", Call::rename, EIO, "Doe_Jane_A1"},
+        {"the companion alone", Call::open, ENOSPC, "Doe.sfv"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig rig;
+        rig.form.data_directory = rig.app_data.path() + QStringLiteral("/patients");
+        rig.form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
+        QDir().mkpath(rig.form.data_directory);
+        const QString folder = rig.form.data_directory + QStringLiteral("/Doe_Jane_A1");
+        const auto create = [&rig] {
+            rig.fakes.windows.during(Window::Form5, [&rig] {
+                Form5& f = *rig.form.form5;
+                for (auto [box, text] :
+                     {std::pair{&f.Text_last_name, "Doe"}, std::pair{&f.Text_first_name, "Jane"},
+                      std::pair{&f.Text_medical_id, "A1"}})
+                    f.type_text(*box, QString::fromLatin1(text), 0);
+                f.click(f.Check_manual);
+                f.click(f.button_done);
+            });
+            rig.fakes.windows.answer(1);  // no recording
+            rig.form.create_new_patient_Click();
+        };
+
+        inject(c.call, c.error, c.part);
+        create();
+        clear_faults();
+        EXPECT_GT(failures(), 0);
+        EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(142)});
+        EXPECT_FALSE(QFileInfo::exists(folder));
+
+        rig.fakes.windows.answer(1);  // the session not saved
+        create();
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.zel")));
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.sfv")));
+        EXPECT_EQ(rig.fakes.boxes.shown.size(), 1);
+
+        // A later save that fails leaves the patient's folder and its files as they were.
+        inject(Call::open, EROFS, "Doe_Jane_A1");
+        rig.form.save_patient_parameters();
+        clear_faults();
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.zel")));
+    }
+}
+
 // A folder taken away under a running recording (a removed folder, an unmounted share): the
 // handle would go on writing into a file nobody can find, so the next line ends the program.
 TEST(DiskFaults, a_recording_whose_folder_vanished_ends_at_the_next_line) {
