@@ -20,13 +20,13 @@
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
     // zelmoor --review FILE...: the review window alone, on those curve files.
     if (const QStringList args = QApplication::arguments();
         args.size() > 1 && args[1] == QLatin1String("--review"))
-        return zel::run_review(args.mid(2));
+        return zel::run_review(app_data_path, args.mid(2));
     std::fprintf(stderr, "zelmoor: %s\n", qPrintable(zel::raise_scheduling_priority()));
     zel::init_images();
-    const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
     // The application folder is the installation's: it exists before the console first runs.
     QDir().mkpath(app_data_path);
 

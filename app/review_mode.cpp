@@ -6,15 +6,19 @@
 #include <cstdlib>
 
 #include "app/zel_error.h"
+#include "language/language_catalogue.h"
 #include "language/messages.h"
 #include "platform/qt_system.h"
 #include "ui/patient_curves_view.h"
 
 namespace zel {
 
-int run_review(const QStringList& files) {
-    load_default_messages();
+int run_review(const QString& app_data_path, const QStringList& files) {
     QtLocale locale;
+    // The curve files' stamp is a message of the catalogue: the review reads them in the
+    // language the console at this site writes them in.
+    load_default_messages();
+    load_language_in_force(app_data_path, locale.decimal_separator());
     QtMessageBoxes boxes;
     // The file dialog of the window's Load opens where the first file lies.
     const QString folder =

@@ -9,8 +9,9 @@
 #   balloon_state      the balloon state of the last good data frame on the wire
 #   first_start FOLDER the first start's messages answered, FOLDER chosen for the patients,
 #                      the defaults saved; prints the main window's id
-#   create_patient MAIN LAST FIRST ID manual|automated SECONDS LITRES yes|no
-#                      the new-patient dialog filled and saved, recording started or not
+#   create_patient MAIN LAST FIRST ID manual|automated SECONDS LITRES yes|no [STORED]
+#                      the new-patient dialog filled and saved, recording started or not;
+#                      STORED is the last name as the dialog keeps it (default LAST)
 #   exit_console MAIN yes|no   File, Exit, the session saved or not; waits for the end
 
 # The programs under test: the build's, or others named here (an installed package's).
@@ -283,7 +284,8 @@ load_patient() {
 
 # The new-patient dialog places its controls at fixed pixels.
 create_patient() {
-    local main=$1 last=$2 first=$3 id=$4 gating=$5 seconds=$6 litres=$7 record=$8 dialog question
+    local main=$1 last=$2 first=$3 id=$4 gating=$5 seconds=$6 litres=$7 record=$8
+    local stored=${9:-$2} dialog question
     dialog=$(menu_entry "$main" f c "ZEL Patient Settings")  # Create New Patient
     replace_field "$dialog" 263 48 "$last"
     replace_field "$dialog" 263 82 "$first"
@@ -297,8 +299,9 @@ create_patient() {
     question=$(wait_window "Zelmoor  ")  # start recording?
     if [ "$record" = yes ]; then keys_to "$question" Return; else keys_to "$question" Tab Return; fi
     wait_gone "$question"
-    [ -f "$E2E_PATIENTS/${last}_${first}_${id}/$last.zel" ] || e2e_fail "the patient file was not written"
-    e2e_log "the patient $last was created ($gating, recording: $record)"
+    [ -f "$E2E_PATIENTS/${stored}_${first}_${id}/$stored.zel" ] ||
+        e2e_fail "the patient file was not written"
+    e2e_log "the patient $stored was created ($gating, recording: $record)"
 }
 
 exit_console() {

@@ -53,7 +53,7 @@ QString general_text(double value, int significant, QChar separator) {
 
 // Non-negative value to decimal digits rounded half up at `places` decimals:
 // the integer digits (without leading zeros, possibly empty) and exactly `places` decimals.
-void round_decimal(double magnitude, int places, QString& integer_digits,
+void round_decimal(double magnitude, int places, Ties ties, QString& integer_digits,
                    QString& fraction_digits) {
     char buffer[64];
     auto result =
@@ -75,7 +75,13 @@ void round_decimal(double magnitude, int places, QString& integer_digits,
     const int needed = point + places;
     if (static_cast<int>(digits.size()) < needed + 1)
         digits.append(static_cast<size_t>(needed + 1 - static_cast<int>(digits.size())), '0');
-    const bool round_up = digits[static_cast<size_t>(needed)] >= '5';
+    const char next = digits[static_cast<size_t>(needed)];
+    bool round_up = next >= '5';
+    if (ties == Ties::to_even && next == '5' &&
+        digits.find_first_not_of('0', static_cast<size_t>(needed) + 1) == std::string::npos) {
+        const char last = needed > 0 ? digits[static_cast<size_t>(needed) - 1] : '0';
+        round_up = (last - '0') % 2 == 1;
+    }
     std::string kept = digits.substr(0, static_cast<size_t>(needed));
     if (round_up) {
         int k = needed - 1;
@@ -126,7 +132,7 @@ QString print_zones(const QStringList& items) {
     return line;
 }
 
-QString format_number(double value, const char* pattern, QChar separator) {
+QString format_number(double value, const char* pattern, QChar separator, Ties ties) {
     if (!std::isfinite(value)) return number_text(value, separator);
     const char* point = std::strchr(pattern, '.');
     const char* int_end = point ? point : pattern + std::strlen(pattern);
@@ -141,7 +147,7 @@ QString format_number(double value, const char* pattern, QChar separator) {
         }
     }
     QString int_digits, fraction;
-    round_decimal(std::fabs(value), places, int_digits, fraction);
+    round_decimal(std::fabs(value), places, ties, int_digits, fraction);
     while (fraction.size() > min_places && fraction.endsWith(QLatin1Char('0'))) fraction.chop(1);
     bool is_zero = int_digits.isEmpty();
     for (QChar c : fraction)
@@ -155,8 +161,8 @@ QString format_number(double value, const char* pattern, QChar separator) {
     return text;
 }
 
-QString format_single(float value, const char* pattern, QChar separator) {
-    return format_number(single_text(value, QLatin1Char('.')).toDouble(), pattern, separator);
+QString format_single(float value, const char* pattern, QChar separator, Ties ties) {
+    return format_number(single_text(value, QLatin1Char('.')).toDouble(), pattern, separator, ties);
 }
 
 }  // namespace zel

@@ -45,9 +45,13 @@ QString print_zones(const QStringList& items);
 // Display patterns made of '#', '0' and one '.': "###0.00", "##0.0", "#.#", "#", "###0",
 // "00", "#####0". '0' is a digit always shown, '#' one shown only when significant; the value
 // is rounded to the pattern's decimals with ties away from zero on its shortest decimal form.
-QString format_number(double value, const char* pattern, QChar separator);
+// With `Ties::to_even`, a value exactly halfway goes to the even last digit instead.
+enum class Ties { away_from_zero, to_even };
+QString format_number(double value, const char* pattern, QChar separator,
+                      Ties ties = Ties::away_from_zero);
 // The same for a single: it is rounded from its own shortest decimal form, so that 0.35 shows
 // "0.4" and not the "0.3" of the double it widens to (0.3499999940...).
-QString format_single(float value, const char* pattern, QChar separator);
+QString format_single(float value, const char* pattern, QChar separator,
+                      Ties ties = Ties::away_from_zero);
 
 }  // namespace zel

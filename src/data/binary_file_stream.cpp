@@ -7,7 +7,6 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
 #include <cerrno>
 #include <cstring>
 
@@ -60,7 +59,7 @@ bool file_exists(const QString& path, int& error_number) {
         }
         return false;
     }
-    if (!S_ISREG(info.st_mode) || QFileInfo(path).fileName().startsWith(QLatin1Char('.'))) {
+    if (!S_ISREG(info.st_mode)) {
         error_number = err_file_not_found;
         return false;
     }

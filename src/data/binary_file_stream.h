@@ -16,7 +16,7 @@ class cBinaryFileStream {
     cBinaryFileStream& operator=(const cBinaryFileStream&) = delete;
 
     QString file() const { return file_name; }
-    // Closes any open file and opens `path`. A missing or hidden file fails with number 53.
+    // Closes any open file and opens `path`. A missing file fails with number 53.
     // `read_position` is left as it stands, so a second file on one object reads short.
     void file(const QString& path);
     int32_t Length() const { return file_length; }
@@ -35,9 +35,9 @@ class cBinaryFileStream {
     void read_exactly(uint8_t* into, int32_t count);
 };
 
-// Whether `path` names a normal or read-only file as a directory query sees it: a directory,
-// or a file whose name begins with ".", counts as absent. A failing query gives its error
-// number in `error_number` and false.
+// Whether `path` names a normal or read-only file as a directory query sees it: a directory
+// counts as absent; a name beginning with "." is an ordinary name. A failing query gives its
+// error number in `error_number` and false.
 bool file_exists(const QString& path, int& error_number);
 
 }  // namespace zel

@@ -50,6 +50,11 @@ void Form1::cmdRecord_Click() {
         QString stamp = platform.locale.general_date(platform.clock.now());
         stamp.replace(QLatin1Char(':'), QLatin1Char('_')).replace(QLatin1Char('/'), QLatin1Char('_'));
         record_filename.replace(QStringLiteral(".dat"), QLatin1Char('_') + stamp + QStringLiteral(".dat"));
+        // A stamped file of the same moment is another recording: its header and lines are
+        // never followed by a second header, which the review would refuse.
+        const QString stamped = record_filename.chopped(4);
+        for (int n = 2; QFileInfo::exists(record_filename); ++n)
+            record_filename = stamped + QStringLiteral("_%1.dat").arg(n);
         printHeader(record_filename);
         open_curve_file(record_filename);
         record_file_created = true;

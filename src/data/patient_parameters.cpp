@@ -1,6 +1,9 @@
 // The parameter file of the patient in force: saved whole after every change of the course's
 // settings, and read back through its tests when a patient is loaded.
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <utility>
 
 #include "app/form1.h"
 #include "data/patient_file.h"
@@ -8,6 +11,24 @@
 #include "language/messages.h"
 
 namespace zel {
+
+namespace {
+
+// A patient whose first save failed was never stored: the folder the new-patient dialog made
+// for it goes again, with what the failed save left in it, so that no folder stands without
+// its patient file and the patient can be created anew. Anything else in it keeps it.
+void remove_unsaved_patient_folder(const QString& folder, const QString& zel_path) {
+    const QStringList own = {QFileInfo(zel_path).fileName(),
+                             QFileInfo(companion_path(zel_path)).fileName()};
+    const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden |
+                                                       QDir::System | QDir::NoDotAndDotDot);
+    for (const QString& name : entries)
+        if (!own.contains(name)) return;
+    for (const QString& name : entries) QFile::remove(folder + QLatin1Char('/') + name);
+    QDir().rmdir(folder);
+}
+
+}  // namespace
 
 void Form1::save_patient_parameters() {
     const PatientParameters parameters{patient_last_name, patient_first_name, patient_medical_id,
@@ -20,7 +41,13 @@ void Form1::save_patient_parameters() {
         patient_parameter_filestamp, software_version, parameters,
         platform.locale.medium_date(platform.clock.now().date()), number_format,
         platform.locale.decimal_separator());
-    if (!write_patient_files(path, lines)) {
+    const bool written = write_patient_files(path, lines);
+    // Only the first save after the new-patient dialog may take the folder away again.
+    const QString made_folder = form5 ? std::exchange(form5->made_folder, QString()) : QString();
+    if (!written) {
+        if (!made_folder.isEmpty() &&
+            QDir::cleanPath(made_folder) == QDir::cleanPath(QFileInfo(path).path()))
+            remove_unsaved_patient_folder(made_folder, path);
         stop_module_link();
         platform.boxes.MsgBox(message_text(142), vbExclamation);
         start_module_search();

@@ -14,8 +14,12 @@ namespace {
 // Blanks around a value and at the start of a line.
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f'; }
 
-// Names are trimmed of spaces only: a tab belongs to the name.
+// Key names, and the names a caller looks up, are trimmed of spaces only: a tab belongs to
+// the name.
 bool is_space(char c) { return c == ' '; }
+
+// A section's name as the file writes it between its brackets loses blanks and tabs around it.
+bool is_space_or_tab(char c) { return c == ' ' || c == '\t'; }
 
 QByteArray trimmed(QByteArrayView text, bool (*blank)(char)) {
     qsizetype begin = 0, end = text.size();
@@ -67,7 +71,7 @@ std::optional<QByteArray> section_name(const QByteArray& text) {
     if (!line.startsWith('[')) return std::nullopt;
     const qsizetype close = line.lastIndexOf(']');
     if (close < 1) return std::nullopt;
-    return trimmed(line.sliced(1, close - 1), is_space);
+    return trimmed(line.sliced(1, close - 1), is_space_or_tab);
 }
 
 // The key's name when the line is "key=value"; a comment line has none.

@@ -36,8 +36,8 @@ void make_writable(const QString& path, QFileDevice::Permissions extra) {
     if (wanted != permissions) QFile::setPermissions(path, wanted);
 }
 
-// Everything in `from` into `to`, which exists. An existing file of the same name is replaced;
-// a copy keeps its source's permissions, so the patient file stays read-only.
+// Everything in `from` into `to`, a folder made for it. A copy keeps its source's
+// permissions, so the patient file stays read-only.
 void copy_contents(const QString& from, const QString& to) {
     const QFileInfoList entries = QDir(from).entryInfoList(QDir::AllEntries | QDir::Hidden |
                                                            QDir::System | QDir::NoDotAndDotDot);
@@ -47,11 +47,6 @@ void copy_contents(const QString& from, const QString& to) {
             make_folder(target);
             copy_contents(entry.filePath(), target);
             continue;
-        }
-        const QFileInfo existing(target);
-        if (existing.exists() || existing.isSymLink()) {
-            make_writable(target, QFileDevice::WriteUser);
-            if (!QFile::remove(target)) fail("copy_folder");
         }
         if (!QFile::copy(entry.filePath(), target)) fail("copy_folder");
     }
@@ -89,8 +84,10 @@ bool copy_folder(const QString& source, QString& destination) {
     make_folder(destination);
     const QString name = QFileInfo(from).fileName();
     QString target = destination + QLatin1Char('/') + name;
-    if (QFileInfo::exists(target)) {
-        // The patient quarantined before is kept; this one goes beside it under a number.
+    if (QFileInfo::exists(target) || QFileInfo(target).isSymLink()) {
+        // The patient quarantined before is kept; this one goes beside it under a number. The
+        // folder is made here, and one that exists already (all numbers taken) is a failure,
+        // never a copy over the earlier patient's files.
         int number = 0;
         for (int i = 2; i <= last_numbered_copy; ++i) {
             if (!QFileInfo::exists(QStringLiteral("%1( %2)").arg(target).arg(i))) {
@@ -99,12 +96,22 @@ bool copy_folder(const QString& source, QString& destination) {
             }
         }
         target = QStringLiteral("%1( %2)").arg(target).arg(number);
-        make_folder(target);
+        if (!QDir().mkdir(target)) fail("copy_folder");
         destination = target;
-    } else {
-        make_folder(target);
+    } else if (!QDir().mkdir(target)) {
+        return false;
     }
-    copy_contents(from, target);
+    // A copy that fails leaves nothing of itself behind, and the patient where it was.
+    try {
+        copy_contents(from, target);
+    } catch (const ZelError&) {
+        try {
+            delete_folder(target);
+        } catch (const ZelError&) {
+            // What can't be taken away stays; the patient stays where it was all the same.
+        }
+        return false;
+    }
     return true;
 }
 

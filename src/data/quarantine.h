@@ -12,8 +12,9 @@ void quarantine_patient(const QString& zel_path, const QString& quarantine_name)
 
 // Copies the folder `source` into `destination` (made if missing) under its own name. A name
 // already there is kept and the copy goes to "<name>( 2)" up to "<name>( 100)", or
-// "<name>( 0)" when all are taken; `destination` then names that folder. True on success;
-// false, with nothing made, when `source` is missing or `destination` lies within it.
+// "<name>( 0)" when all are taken; `destination` then names that folder, and a numbered
+// folder that can't be made (or exists) is thrown. True on success; false, with nothing of the
+// copy left behind, when `source` is missing, `destination` lies within it, or the copy fails.
 bool copy_folder(const QString& source, QString& destination);
 
 // Deletes the folder with everything in it, read-only files too; nothing when it is missing.

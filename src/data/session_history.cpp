@@ -30,7 +30,9 @@ bool Form1::write_session_entry(const QString& path) {
     const QDateTime now = platform.clock.now();
     entry.date = platform.locale.medium_date(now.date()) + QStringLiteral(" at ") +
                  platform.locale.medium_time(now.time());
-    entry.threshold = format_single(thresh, "###0.0", separator);
+    // The history keeps one decimal of the patient file's two, and a threshold of 1.25 reads
+    // 1.2 there: a tie goes to the even digit.
+    entry.threshold = format_single(thresh, "###0.0", separator, Ties::to_even);
     entry.duration = signed_form(duration, separator);
     entry.trigger = message_text(inhale ? 111 : 112);
     entry.breath_holds = signed_form(breath_holds, separator);

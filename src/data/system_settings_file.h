@@ -25,6 +25,13 @@ struct SystemSettings {
 void read_system_settings(QIODevice& file, const QString& stamp, const QString& number_format,
                           SystemSettings& settings);
 
+// "comma" where the machine's decimal separator is a comma, "dot" otherwise.
+QString number_format_for(QChar separator);
+
+// The language that "<app_data_path>/zel.ini" names when the console can read it on this
+// machine, otherwise "English", which the console's defaults then bring.
+QString language_named_in_settings(const QString& app_data_path, QChar separator);
+
 // The nine lines as written, without line ends; numbers with the system's separator.
 QStringList system_settings_lines(const QString& stamp, const SystemSettings& settings,
                                   const QString& number_format, QChar separator);

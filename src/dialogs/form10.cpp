@@ -21,7 +21,7 @@ Form10::Form10() {
     place_twips(Label1, 240, 600, 7320, 660);
     // Caption and value side by side, one row each.
     Control* rows[][2] = {
-        {&Label3, &software_version}, {&Label20, &firmware_version},
+        {&software_version, &Label3}, {&firmware_version, &Label20},
         {&line_label, &line_voltage}, {&battery_label, &battery_voltage},
         {&Label9, &Label_pressure},   {&Label10, &Label_vacuum},
     };
@@ -64,8 +64,8 @@ void Form10::Form_Load(Form1& form) {
     form.about_visible = true;
     Caption = Label2.Caption = message_text(136);
     Label1.Caption = message_text(137);
-    Label3.Caption = message_text(118);
-    Label20.Caption = message_text(119);
+    software_version.Caption = message_text(118);
+    firmware_version.Caption = message_text(119);
     line_label.Caption = message_text(145);
     battery_label.Caption = message_text(146);
     Label9.Caption = message_text(312);
@@ -79,8 +79,8 @@ void Form10::Form_Load(Form1& form) {
                              "service@zelmoor.example", "+1 555 0100", "", ""};
     Control* lines[] = {&Label4, &Label5, &Label6, &Label7, &Label8, &Label11};
     for (int k = 0; k < 6; ++k) lines[k]->Caption = QString::fromLatin1(contact[k]);
-    software_version.Caption = form.software_version;
-    firmware_version.Caption = form.zel_version_id;
+    Label3.Caption = form.software_version;
+    Label20.Caption = form.zel_version_id;
     const QChar separator = form.platform.locale.decimal_separator();
     line_voltage.Caption = format_single(form.line_level, "###0.00", separator);
     battery_voltage.Caption = format_single(form.battery_level, "###0.00", separator);

@@ -13,7 +13,7 @@ struct Form10 {
     QString Caption;
     double Width = 0, Height = 0;
     Control Label1, Label2;  // the notice, the title
-    Control Label3, software_version, Label20, firmware_version;
+    Control software_version, Label3, firmware_version, Label20;  // captions, then values
     Control line_label, line_voltage, battery_label, battery_voltage;
     Control Label9, Label_pressure, Label10, Label_vacuum;
     Control Frame_gating;

@@ -232,8 +232,12 @@ void Form5::text_changed(TextBox& box) {
 void Form5::check_characters(const QString& text, bool& result) const {
     static const QString forbidden = QStringLiteral("\\,/?:*<>|");
     result = true;
+    // The patient's files are 8-bit: a character beyond that set could name the folder but
+    // never be written into the patient file.
     for (QChar c : text)
-        if (forbidden.contains(c)) result = false;
+        if (forbidden.contains(c) || c.unicode() > 0xFF) result = false;
+    // A leading "." would hide the patient's folder or file from the folder lists here.
+    if (text.trimmed().startsWith(QLatin1Char('.'))) result = false;
 }
 
 bool Form5::filter_name_field(TextBox& box, QString& member) {
@@ -300,13 +304,14 @@ void Form5::medical_id_exists(const QString& id, bool& result) {
     if (form.data_directory.isEmpty() || !data.exists())
         throw ZelError(err_path_not_found, QStringLiteral("medical_id_exists"),
                        QStringLiteral("Path not found"));
-    const QStringList folders =
-        data.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::IgnoreCase);
+    const QStringList folders = data.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot,
+                                               QDir::Name | QDir::IgnoreCase);
     for (const QString& folder : folders) {
         temp_dir_name = data.filePath(folder);
         const QStringList files =
             QDir(temp_dir_name)
-                .entryList({QStringLiteral("*.zel")}, QDir::Files, QDir::Name | QDir::IgnoreCase);
+                .entryList({QStringLiteral("*.zel")}, QDir::Files | QDir::Hidden,
+                           QDir::Name | QDir::IgnoreCase);
         if (files.isEmpty()) continue;
         temp_filename = QDir(temp_dir_name).filePath(files.first());
         QFile file(temp_filename);
@@ -524,6 +529,7 @@ void Form5::done_checks_and_writes() {
         if (!QDir().mkdir(patient_folder))
             throw ZelError(err_path_file_access, QStringLiteral("button_done_Click"),
                            QStringLiteral("Path/File access error"));
+        made_folder = patient_folder;
     }
     unload();
 }

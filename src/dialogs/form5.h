@@ -60,6 +60,8 @@ class Form5 {
     Control Label_message;
     // Done or Cancel has closed the dialog.
     bool unloaded = false;
+    // The patient folder Done made, until the first save of the patient file has tried it.
+    QString made_folder;
 
     void Form_Load();
 
@@ -73,7 +75,8 @@ class Form5 {
     // A check box toggles, an option button is chosen, a button is pressed.
     void click(Control& control);
 
-    // False if the text holds a character that a file or folder name can't hold.
+    // False if the text holds a character that a file or folder name can't hold, or one that
+    // the 8-bit files can't hold, or begins with ".".
     void check_characters(const QString& text, bool& result) const;
     // True if the first parameter file of a patient folder holds this medical ID.
     void medical_id_exists(const QString& id, bool& result);

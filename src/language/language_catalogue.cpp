@@ -1,4 +1,6 @@
 // The scan of the language folder at start and the loading of the chosen language.
+#include "language/language_catalogue.h"
+
 #include <QDir>
 #include <QFile>
 #include <algorithm>
@@ -6,6 +8,7 @@
 #include "app/form1.h"
 #include "data/binary_file_stream.h"
 #include "data/crc_companion.h"
+#include "data/system_settings_file.h"
 #include "language/language_file.h"
 #include "language/messages.h"
 
@@ -54,12 +57,13 @@ QString stored_checksum(const QString& companion_path) {
 
 }  // namespace
 
-void Form1::load_language_catalogue() {
-    language_name.clear();
-    language_path.clear();
-    accepted_language_count = 0;
+void load_language_catalogue(const QString& app_data_path, LanguageState& state,
+                             QString& language_file) {
+    state.language_name.clear();
+    state.language_path.clear();
+    state.accepted_language_count = 0;
     try {
-        const QString directory = AppDataPath + QStringLiteral("/languages");
+        const QString directory = app_data_path + QStringLiteral("/languages");
         const QStringList names = language_files(directory);
         const int16_t found_count = checked_i16(names.size(), "load_language_catalogue");
         std::vector<QString> found_names, found_paths;
@@ -79,10 +83,10 @@ void Form1::load_language_catalogue() {
             open_for_input(file);
             const long long lines = count_message_lines(file);
             if (crc_hex(crc) == stored && lines == number_of_definitions) {
-                language_name.push_back(found_names[static_cast<size_t>(k)]);
-                language_path.push_back(path);
-                accepted_language_count =
-                    add_i16(accepted_language_count, 1, "load_language_catalogue");
+                state.language_name.push_back(found_names[static_cast<size_t>(k)]);
+                state.language_path.push_back(path);
+                state.accepted_language_count =
+                    add_i16(state.accepted_language_count, 1, "load_language_catalogue");
             }
         }
 
@@ -92,10 +96,10 @@ void Form1::load_language_catalogue() {
             load_default_messages();
         } else {
             // No early exit: of two files with one name, the later one stays in force.
-            for (size_t k = 0; k < language_name.size(); ++k) {
-                if (language_name[k] != language_file) continue;
+            for (size_t k = 0; k < state.language_name.size(); ++k) {
+                if (state.language_name[k] != language_file) continue;
                 found = true;
-                read_language_file(language_path[k]);
+                read_language_file(state.language_path[k], language_file);
             }
         }
         if (!found) {
@@ -108,7 +112,7 @@ void Form1::load_language_catalogue() {
     }
 }
 
-void Form1::read_language_file(const QString& path) {
+void read_language_file(const QString& path, QString& language_file) {
     try {
         QFile file(path);
         open_for_input(file);
@@ -120,6 +124,20 @@ void Form1::read_language_file(const QString& path) {
         language_file = english;
         load_default_messages();
     }
+}
+
+void load_language_in_force(const QString& app_data_path, QChar separator) {
+    QString language_file = language_named_in_settings(app_data_path, separator);
+    LanguageState found;
+    load_language_catalogue(app_data_path, found, language_file);
+}
+
+void Form1::load_language_catalogue() {
+    zel::load_language_catalogue(AppDataPath, *this, language_file);
+}
+
+void Form1::read_language_file(const QString& path) {
+    zel::read_language_file(path, language_file);
 }
 
 }  // namespace zel

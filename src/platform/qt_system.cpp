@@ -31,7 +31,9 @@ QString QtLocale::medium_time(const QTime& time) const {
 }
 
 QString QtLocale::general_date(const QDateTime& when) const {
-    return QLocale::system().toString(when, QLocale::ShortFormat);
+    // The short date and the time with seconds: two curve files stamped within one minute
+    // take names of their own.
+    return medium_date(when.date()) + QLatin1Char(' ') + medium_time(when.time());
 }
 
 int QtMessageBoxes::MsgBox(const QString& prompt, int style, const QString& title) {

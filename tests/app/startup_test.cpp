@@ -177,5 +177,31 @@ TEST(Shutdown, with_a_patient_asks_to_save_and_cancel_changes_nothing) {
     }
 }
 
+// A recording running at the exit is closed and left read-only; one paused before was closed
+// by its Pause and stays as it was.
+TEST(Shutdown, leaves_a_running_recording_read_only_and_a_paused_one_writable) {
+    for (const bool paused : {false, true}) {
+        Rig rig;
+        rig.form.patient_defined = true;
+        rig.form.data_directory = rig.app_data.path();
+        rig.form.patient_last_name = QStringLiteral("Doe");
+        rig.form.patient_first_name = QStringLiteral("Jane");
+        rig.form.patient_medical_id = QStringLiteral("A1");
+        rig.form.session = QStringLiteral("1");
+        rig.form.cmdRecord.Enabled = true;
+        QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
+        rig.form.cmdRecord_Click();
+        rig.fakes.serial.receive(data_frame(0x06, 1, 250));
+        if (paused) rig.form.cmdPause_Click();
+        const QString curve = rig.form.record_filename;
+        ASSERT_TRUE(QFile::exists(curve));
+        rig.fakes.windows.answer(1);  // the session not saved
+        rig.form.zel_exit_Click();
+        EXPECT_FALSE(rig.form.curve_file) << paused;
+        EXPECT_EQ(bool(QFile::permissions(curve) & QFile::WriteOwner), paused) << paused;
+        EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")}) << paused;
+    }
+}
+
 }  // namespace
 }  // namespace zel::test

@@ -131,10 +131,9 @@ TEST_F(CrcFiles, a_second_file_on_one_stream_reads_short) {
     EXPECT_EQ(crc.GetFileCrc32(stream), zlib_crc(second_bytes.left(10000)));
 }
 
-TEST_F(CrcFiles, missing_hidden_and_folder_paths_fail_as_file_not_found) {
-    write(".hidden", "abc");
+TEST_F(CrcFiles, missing_and_folder_paths_fail_as_file_not_found) {
     QDir(dir.path()).mkdir("folder");
-    const char* names[] = {"absent", ".hidden", "folder", "nodir/absent"};
+    const char* names[] = {"absent", "folder", "nodir/absent"};
     for (const char* name : names) {
         try {
             CalculateCRC(dir.filePath(name));
@@ -146,10 +145,13 @@ TEST_F(CrcFiles, missing_hidden_and_folder_paths_fail_as_file_not_found) {
     }
 }
 
-TEST_F(CrcFiles, a_read_only_file_reads_like_any_other) {
-    const QString path = write("locked", "123456789");
-    QFile::setPermissions(path, QFileDevice::ReadOwner);
-    EXPECT_EQ(CalculateCRC(path), static_cast<int32_t>(0xCBF43926u));
+// ".Doe.zel" was once taken for a hidden file: its CRC failed and the patient could not load.
+TEST_F(CrcFiles, read_only_and_dot_named_files_read_like_any_other) {
+    for (const char* name : {"locked", ".Doe.zel"}) {
+        const QString path = write(name, "123456789");
+        QFile::setPermissions(path, QFileDevice::ReadOwner);
+        EXPECT_EQ(CalculateCRC(path), static_cast<int32_t>(0xCBF43926u)) << name;
+    }
 }
 
 TEST_F(CrcFiles, companion_is_replaced_whole) {

@@ -6,6 +6,7 @@
 
 #include "fakes/rig.h"
 #include "language/messages.h"
+#include "platform/qt_system.h"
 
 namespace zel::test {
 namespace {
@@ -125,6 +126,33 @@ TEST(CurveFile, a_new_session_whose_file_exists_keeps_it_and_takes_a_dated_name)
     rig.form.cmdRecord_Click();
     rig.frames(1);
     EXPECT_EQ(rig.lines(dated).size(), 28);
+    rig.form.cmdPause_Click();
+
+    // Two more sessions of that id stamped at the same moment once appended a second header to
+    // the dated file, and the review refused it whole: each takes the next free name.
+    for (const char* next : {"/Doe_3_11_22_2026 09_05_07_2.dat", "/Doe_3_11_22_2026 09_05_07_3.dat"}) {
+        rig.form.record_file_created = false;
+        rig.form.cmdRecord_Click();
+        rig.frames(1);
+        rig.form.cmdPause_Click();
+        EXPECT_EQ(rig.form.record_filename, rig.folder() + QLatin1String(next));
+        EXPECT_EQ(rig.lines(rig.form.record_filename).size(), 27) << next;
+    }
+    EXPECT_EQ(rig.lines(dated).size(), 28);
+    EXPECT_EQ(rig.lines(dated).count(QStringLiteral("HeaderEnd")), 1);
+    EXPECT_EQ(rig.lines(old_path), QStringList{QStringLiteral("an earlier run")});
+}
+
+// The machine's own general date: two recordings started within one minute are told apart.
+TEST(CurveFile, the_systems_general_date_holds_the_seconds) {
+    const QtLocale locale;
+    const QDateTime first(QDate(2026, 11, 22), QTime(21, 5, 7));
+    const QDateTime second = first.addSecs(1);
+    const QString stamp = locale.general_date(first);
+    EXPECT_EQ(stamp, locale.medium_date(first.date()) + QLatin1Char(' ') +
+                         locale.medium_time(first.time()));
+    EXPECT_TRUE(stamp.contains(QStringLiteral("07"))) << stamp.toStdString();
+    EXPECT_NE(stamp, locale.general_date(second));
 }
 
 TEST(CurveFile, the_buttons_do_nothing_without_a_patient) {

@@ -31,6 +31,8 @@ TEST(ProfileWindows, edits_a_file_as_windows_does) {
          "[s]\r\nk= v\r\n"},
         {"a tab is part of a section's name", "[ZEL]\r\nk=v\r\n", "\tZEL", "k", "w",
          "[ZEL]\r\nk=v\r\n[\tZEL]\r\nk=w\r\n"},
+        {"but not of the name between a file's brackets", "[\t ZEL\t]\r\nk=v\r\n", "ZEL", "k", "w",
+         "[\t ZEL\t]\r\nk=w\r\n"},
         {"a lone CR ends a line and stays", "[A]\r\nk=1\rm=2\r\n", "A", "m", "3",
          "[A]\r\nk=1\rm=3\r\n"},
         {"a replaced last line gains its CR LF", "[ZEL]\r\nDataPath=/old", "ZEL", "DataPath", "/d",
@@ -71,7 +73,8 @@ TEST(ProfileWindows, reads_a_file_as_windows_does) {
     const Case cases[] = {
         {"spaces around a name are trimmed", "  ZEL ", " DataPath  ", "-", "/d"},
         {"a tab is not", "\tZEL", "DataPath", "-", "-"},
-        {"nor in the file", "\tTabbed", "k", "-", "tab"},
+        {"but blanks and tabs inside the file's brackets are", "Tabbed", "k", "-", "tab"},
+        {"so a looked-up name with its tab finds no section", "\tTabbed", "k", "-", "-"},
         {"a lone CR ends a line", "CR", "m", "-", "2"},
         {"a comment holds no key", "Notes", ";k", "-", "-"},
         {"however indented", "Notes", "; m", "-", "-"},

@@ -137,6 +137,15 @@ TEST_F(Quarantine, copy_tells_where_the_copy_went) {
     EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), tree(source));
     EXPECT_EQ(tree(target + "/Jones_John_1").size(), 4u);
     EXPECT_EQ(tree(source).size(), 4u);
+
+    // With "( 0)" taken too, making it fails: the earlier patient's files were once
+    // overwritten by the next copy.
+    write(target + "/Smith_John_1( 0)/session.ini", "earlier");
+    const auto earlier = tree(target + "/Smith_John_1( 0)");
+    QString destination = target;
+    EXPECT_THROW(copy_folder(source, destination), ZelError);
+    EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), earlier);
+    EXPECT_EQ(tree(source).size(), 4u);
 }
 
 TEST_F(Quarantine, copy_without_a_source_deletes_nothing) {

@@ -53,6 +53,30 @@ TEST(SessionHistory, the_first_save_makes_the_file_with_its_header_and_entry) {
     EXPECT_EQ(rig.form.session_id_saved, rig.path() + QStringLiteral("7"));
 }
 
+// The history keeps one decimal, and a threshold exactly between two shows the even one.
+TEST(SessionHistory, the_threshold_keeps_one_decimal_with_ties_to_the_even_digit) {
+    struct Case {
+        float thresh;
+        const char* dot;
+        const char* comma;
+    };
+    const Case cases[] = {{1.25f, "1.2", "1,2"},   {1.35f, "1.4", "1,4"},  {-1.25f, "-1.2", "-1,2"},
+                          {1.26f, "1.3", "1,3"},   {0.05f, "0.0", "0,0"},  {0.15f, "0.2", "0,2"},
+                          {10.0f, "10.0", "10,0"}, {-0.04f, "0.0", "0,0"}, {2.75f, "2.8", "2,8"}};
+    for (const auto& c : cases) {
+        for (const QChar separator : {QLatin1Char('.'), QLatin1Char(',')}) {
+            HistoryRig rig;
+            rig.fakes.locale.separator = separator;
+            rig.form.thresh = c.thresh;
+            rig.save(QStringLiteral("1"));
+            EXPECT_EQ(read_profile_string(rig.path(), session_section(1),
+                                          QStringLiteral("Threshold"), {}),
+                      QLatin1String(separator == QLatin1Char('.') ? c.dot : c.comma))
+                << c.thresh;
+        }
+    }
+}
+
 TEST(SessionHistory, a_second_save_of_a_session_replaces_its_entry) {
     HistoryRig rig;
     rig.save(QStringLiteral("1"));

@@ -289,18 +289,56 @@ TEST(Form5TextFields, a_forbidden_character_typed_mid_name_is_removed_and_the_ca
                             {&Form5::Text_first_name, &Form5::temp4},
                             {&Form5::Text_medical_id, &Form5::temp3},
                             {&Form5::Text_session, &Form5::temp1}};
+    // The nine that a file name can't hold, and characters beyond the 8-bit set of the files.
+    QStringList bad_characters;
+    for (char bad : std::string("\\,/?:*<>|")) bad_characters.append(QString(QLatin1Char(bad)));
+    bad_characters << QStringLiteral("\u0159") << QStringLiteral("\u20AC")
+                   << QStringLiteral("\u0152") << QStringLiteral("\u4E2D");
     for (const Field& field : fields) {
-        for (char bad : std::string("\\,/?:*<>|")) {
+        for (const QString& bad : bad_characters) {
             TextBox& box = f.*field.box;
             type(f, box, QStringLiteral("Smith"));
             f.Label_message.Caption.clear();
             // The character typed between "Smi" and "th": the caret stands behind it.
-            f.type_text(box, QStringLiteral("Smi") + QLatin1Char(bad) + QStringLiteral("th"), 4);
-            EXPECT_EQ(box.Text, QStringLiteral("Smith")) << bad;
-            EXPECT_EQ(box.SelStart, 3) << bad;
-            EXPECT_EQ(f.*field.member, QStringLiteral("Smith")) << bad;
-            EXPECT_EQ(f.Label_message.Caption, message_text(132)) << bad;
+            f.type_text(box, QStringLiteral("Smi") + bad + QStringLiteral("th"), 4);
+            EXPECT_EQ(box.Text, QStringLiteral("Smith")) << bad.toStdString();
+            EXPECT_EQ(box.SelStart, 3) << bad.toStdString();
+            EXPECT_EQ(f.*field.member, QStringLiteral("Smith")) << bad.toStdString();
+            EXPECT_EQ(f.Label_message.Caption, message_text(132)) << bad.toStdString();
         }
+    }
+}
+
+// "Dvo\u0159\u00E1k" once made a folder whose patient file could never be written, and ".Doe"
+// a patient file that every reader took for a hidden one.
+TEST(Form5TextFields, what_the_files_hold_passes_and_the_rest_is_taken_out_as_typed) {
+    struct Case {
+        QString typed;
+        QString kept;
+        bool refused_last;  // the last character typed was taken out, and message 132 stands
+    };
+    const Case cases[] = {
+        {QStringLiteral("M\u00FCller"), QStringLiteral("M\u00FCller"), false},
+        {QStringLiteral("\u00D8deg\u00E5rd \u00DF\u00FF"),
+         QStringLiteral("\u00D8deg\u00E5rd \u00DF\u00FF"), false},
+        {QStringLiteral("Dvo\u0159\u00E1k"), QStringLiteral("Dvo\u00E1k"), false},
+        {QStringLiteral("Dvo\u0159"), QStringLiteral("Dvo"), true},
+        {QStringLiteral("\u041F\u0435\u0442\u0440\u043E\u0432"), QString(), true},
+        {QStringLiteral(".Doe"), QStringLiteral("Doe"), false},
+        {QStringLiteral(" ."), QString(), true},
+        {QStringLiteral("St. John."), QStringLiteral("St. John."), false},
+    };
+    for (const auto& c : cases) {
+        DialogRig rig;
+        Form5& f = rig.open();
+        // One character at a time, as the window delivers typing.
+        for (int n = 1; n <= c.typed.size(); ++n)
+            f.type_text(f.Text_last_name, f.Text_last_name.Text + c.typed[n - 1],
+                        static_cast<int>(f.Text_last_name.Text.size()) + 1);
+        EXPECT_EQ(f.Text_last_name.Text, c.kept) << c.typed.toStdString();
+        EXPECT_EQ(f.temp2, c.kept) << c.typed.toStdString();
+        EXPECT_EQ(f.Label_message.Caption, c.refused_last ? message_text(132) : QString())
+            << c.typed.toStdString();
     }
 }
 
@@ -342,8 +380,9 @@ TEST(Form5MedicalId, the_search_reads_the_first_parameter_file_of_each_folder) {
         bool found;
     };
     // "MR2" stands in a folder's second file, "MR3" under a foreign stamp: neither counts.
-    const Case cases[] = {{"MR1", true},  {"MR9", true},  {"MR2", false},
-                          {"MR3", false}, {"mr1", false}, {"MR", false}};
+    // A folder and a file of a name that begins with "." are searched like any other.
+    const Case cases[] = {{"MR1", true},  {"MR9", true}, {"MR2", false}, {"MR3", false},
+                          {"mr1", false}, {"MR", false}, {"MR5", true}};
     for (const auto& c : cases) {
         DialogRig rig;
         rig.patient_on_disk(QStringLiteral("A_B_MR1"), QStringLiteral("A.zel"),
@@ -356,6 +395,8 @@ TEST(Form5MedicalId, the_search_reads_the_first_parameter_file_of_each_folder) {
                             QStringLiteral("MR3"), QStringLiteral("Other File"));
         rig.patient_on_disk(QStringLiteral("G_H_MR9"), QStringLiteral("G.ZEL"),
                             QStringLiteral("MR9"));
+        rig.patient_on_disk(QStringLiteral(".K_L_MR5"), QStringLiteral(".K.zel"),
+                            QStringLiteral("MR5"));
         Form5& f = rig.open();
         type(f, f.Text_medical_id, QLatin1String(c.id));
         EXPECT_EQ(f.Label_message.Caption, c.found ? message_text(197) : QString()) << c.id;

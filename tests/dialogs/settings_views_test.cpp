@@ -227,8 +227,25 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     ViewRig rig;
     rig.form.Gated_Treatment = true;
     rig.form.tarrow_DLL_firmware = QStringLiteral("1.0.0.7");
+    rig.form.software_version = QStringLiteral("3.00.01");
+    rig.form.zel_version_id = QStringLiteral("ZEL 2.14");
     rig.form.form10 = std::make_unique<Form10>();
     rig.form.form10->Form_Load(rig.form);
+    // The version rows: the controls named for the versions carry the captions, and the
+    // numbered labels beside them the values.
+    const Form10& box = *rig.form.form10;
+    const struct {
+        const Control& caption;
+        const Control& value;
+        QString caption_text, value_text;
+    } rows[] = {{box.software_version, box.Label3, message_text(118), QStringLiteral("3.00.01")},
+                {box.firmware_version, box.Label20, message_text(119), QStringLiteral("ZEL 2.14")}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.caption.Caption, row.caption_text);
+        EXPECT_EQ(row.value.Caption, row.value_text);
+        EXPECT_LT(row.caption.Left, row.value.Left) << row.value_text.toStdString();
+        EXPECT_EQ(row.caption.Top, row.value.Top) << row.value_text.toStdString();
+    }
     std::unique_ptr<QDialog> about(make_form10_view(rig.form, nullptr));
     about->show();
     expect_captions_fit(*about, "form10.png");

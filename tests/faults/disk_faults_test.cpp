@@ -208,6 +208,131 @@ TEST(DiskFaults, every_writer_under_every_fault_keeps_what_was_on_disk) {
     EXPECT_EQ(checked, 73);
 }
 
+// A new patient whose first save fails was never stored: the folder the dialog made goes
+// again, so that the same patient can be created once the disk is back.
+TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
+    struct Case {
+        const char* name;
+        Call call;
+        int error;
+        const char* part;  // of the path that fails
+    };
+    const Case cases[] = {
+        {"full disk", Call::write, ENOSPC, "Doe_Jane_A1"},
+        {"read-only share", Call::open, EROFS, "Doe_Jane_A1"},
+        {"failed rename", Call::rename, EIO, "Doe_Jane_A1"},
+        {"the companion alone", Call::open, ENOSPC, "Doe.sfv"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig rig;
+        rig.form.data_directory = rig.app_data.path() + QStringLiteral("/patients");
+        rig.form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
+        QDir().mkpath(rig.form.data_directory);
+        const QString folder = rig.form.data_directory + QStringLiteral("/Doe_Jane_A1");
+        const auto create = [&rig] {
+            rig.fakes.windows.during(Window::Form5, [&rig] {
+                Form5& f = *rig.form.form5;
+                for (auto [box, text] :
+                     {std::pair{&f.Text_last_name, "Doe"}, std::pair{&f.Text_first_name, "Jane"},
+                      std::pair{&f.Text_medical_id, "A1"}})
+                    f.type_text(*box, QString::fromLatin1(text), 0);
+                f.click(f.Check_manual);
+                f.click(f.button_done);
+            });
+            rig.fakes.windows.answer(1);  // no recording
+            rig.form.create_new_patient_Click();
+        };
+
+        inject(c.call, c.error, c.part);
+        create();
+        clear_faults();
+        EXPECT_GT(failures(), 0);
+        EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(142)});
+        EXPECT_FALSE(QFileInfo::exists(folder));
+
+        rig.fakes.windows.answer(1);  // the session not saved
+        create();
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.zel")));
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.sfv")));
+        EXPECT_EQ(rig.fakes.boxes.shown.size(), 1);
+
+        // A later save that fails leaves the patient's folder and its files as they were.
+        inject(Call::open, EROFS, "Doe_Jane_A1");
+        rig.form.save_patient_parameters();
+        clear_faults();
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.zel")));
+    }
+}
+
+// A patient that fails its CRC while its quarantine fails: the copy leaves nothing of itself
+// in quarantine and the patient where it was; the operator is still told the patient is
+// corrupt. Only a numbered folder that can't be made ends the load with message 129.
+TEST(DiskFaults, a_quarantine_that_fails_leaves_the_patient_where_it_was) {
+    struct Case {
+        const char* name;
+        Call call;
+        int error;
+        bool in_quarantine;       // the failing path lies in quarantine, or in the patient folder
+        const char* part;         // of the failing path, in that folder
+        bool quarantined_before;  // a patient of the name lies in quarantine already
+        bool corrupt_info;        // Form_CorruptInfo shown; otherwise message 129
+    };
+    const Case cases[] = {
+        {"read-only quarantine", Call::mkdir, EROFS, true, "/Doe_Jane_A1", false, true},
+        {"a file unreadable midway", Call::open, EIO, false, "/session.ini", false, true},
+        {"a file unreadable midway, numbered", Call::open, EIO, false, "/session.ini", true, true},
+        {"read-only quarantine, numbered", Call::mkdir, EROFS, true, "/Doe_Jane_A1( 2)", true,
+         false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig rig;
+        rig.form.data_directory = rig.app_data.path() + QStringLiteral("/patients");
+        rig.form.patient_last_name = QStringLiteral("Doe");
+        rig.form.patient_first_name = QStringLiteral("Jane");
+        rig.form.patient_medical_id = QStringLiteral("A1");
+        const QString folder = rig.form.data_directory + QStringLiteral("/Doe_Jane_A1");
+        const QString quarantine = rig.form.data_directory + QLatin1Char('/') + message_text(342);
+        QDir().mkpath(folder);
+        QDir().mkpath(quarantine);
+        rig.form.save_patient_parameters();
+        ASSERT_TRUE(QFile::remove(folder + QStringLiteral("/Doe.sfv")));
+        rig.form.session = QStringLiteral("1");
+        rig.form.save_session();
+        const QByteArray patient_file = contents(folder + QStringLiteral("/Doe.zel"));
+        QStringList in_quarantine;
+        if (c.quarantined_before) {
+            QDir().mkpath(quarantine + QStringLiteral("/Doe_Jane_A1"));
+            QFile earlier(quarantine + QStringLiteral("/Doe_Jane_A1/Doe.zel"));
+            ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
+            earlier.write("the earlier patient\r\n");
+            in_quarantine.append(QStringLiteral("Doe_Jane_A1"));
+        }
+
+        rig.fakes.dialogs.choose_file(folder + QStringLiteral("/Doe.zel"));
+        inject(c.call, c.error,
+               ((c.in_quarantine ? quarantine : folder) + QLatin1String(c.part)).toStdString());
+        rig.form.load_existing_patient_Click();
+        clear_faults();
+
+        EXPECT_GT(failures(), 0);
+        EXPECT_EQ(contents(folder + QStringLiteral("/Doe.zel")), patient_file);
+        EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/session.ini")));
+        EXPECT_EQ(QDir(quarantine).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                  in_quarantine);
+        if (c.quarantined_before) {
+            EXPECT_EQ(contents(quarantine + QStringLiteral("/Doe_Jane_A1/Doe.zel")),
+                      QByteArray("the earlier patient\r\n"));
+        }
+        EXPECT_EQ(rig.fakes.windows.log.contains(QStringLiteral("show Form_CorruptInfo")),
+                  c.corrupt_info);
+        EXPECT_EQ(rig.fakes.boxes.shown,
+                  c.corrupt_info ? QStringList{} : QStringList{message_text(129)});
+        EXPECT_FALSE(rig.form.patient_defined);
+    }
+}
+
 // A folder taken away under a running recording (a removed folder, an unmounted share): the
 // handle would go on writing into a file nobody can find, so the next line ends the program.
 TEST(DiskFaults, a_recording_whose_folder_vanished_ends_at_the_next_line) {

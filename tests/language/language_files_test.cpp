@@ -5,7 +5,9 @@
 #include <QFile>
 #include <optional>
 
+#include "data/curve_file_reader.h"
 #include "fakes/rig.h"
+#include "language/language_catalogue.h"
 #include "language/language_file.h"
 #include "language/messages.h"
 
@@ -151,6 +153,51 @@ TEST_F(LanguageFiles, loads_the_chosen_language_whole) {
     EXPECT_EQ(message_text(137), "Nachricht 137");
     EXPECT_EQ(message_text(355), "Nachricht 355");
     EXPECT_EQ(message_text(356), "");
+}
+
+// The review opened alone on curve files once read them against the built-in stamp only, and
+// refused every curve of a site whose language file is in force.
+TEST_F(LanguageFiles, the_review_alone_brings_the_language_the_settings_name) {
+    QList<QByteArray> rows = message_rows(255);
+    rows[107 - 101] = "KURVENDATEI";
+    put_signed("de.lng", language_bytes("Deutsch", rows));
+    struct Case {
+        const char* story;
+        const char* stored;          // the language zel.ini names; null: no zel.ini
+        const char* written_format;  // the number format zel.ini was written under
+        const char* stamp;           // message 107 in force afterwards
+    };
+    const Case cases[] = {
+        {"the site's language", "Deutsch", "dot", "KURVENDATEI"},
+        {"English named", "English", "dot", "CURVE_DATA_FILE_STAMP"},
+        {"a language without its file", "Francais", "dot", "CURVE_DATA_FILE_STAMP"},
+        {"settings of a comma machine: the console's defaults", "Deutsch", "comma",
+         "CURVE_DATA_FILE_STAMP"},
+        {"no settings file", nullptr, "dot", "CURVE_DATA_FILE_STAMP"},
+    };
+    const QString curve = rig.form.AppDataPath + QStringLiteral("/Doe_1.dat");
+    for (const auto& c : cases) {
+        QFile::remove(rig.form.AppDataPath + QStringLiteral("/zel.ini"));
+        if (c.stored) {
+            rig.form.language_file = QString::fromLatin1(c.stored);
+            rig.form.number_format = QString::fromLatin1(c.written_format);
+            rig.form.save_ini_file();
+        }
+        load_default_messages();
+        load_language_in_force(rig.form.AppDataPath, QLatin1Char('.'));
+        EXPECT_EQ(message_text(107), QString::fromLatin1(c.stamp)) << c.story;
+
+        // A curve the console wrote in force of that language reads back.
+        QFile file(curve);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(c.stamp) +
+                   "\r\nHeaderStart\r\nThreshold:1.20\r\nCount Frequency:  50 \r\n"
+                   "HeaderEnd\r\n0.02;0.5;1;1; - ; - ; - \r\n");
+        file.close();
+        CurveData data;
+        LoadCurveData2(curve, data, QLatin1Char('.'));
+        EXPECT_EQ(data.volume, std::vector<double>{0.5}) << c.story;
+    }
 }
 
 TEST_F(LanguageFiles, a_comma_in_the_first_line_makes_its_rest_message_101) {
