@@ -66,10 +66,7 @@ const SettingsFailure settings_failures[] = {
 }  // namespace
 
 void Form1::detect_number_format() {
-    const QString one_point_one =
-        QStringLiteral("1") + platform.locale.decimal_separator() + QStringLiteral("1");
-    number_format =
-        one_point_one.contains(QLatin1Char(',')) ? QStringLiteral("comma") : QStringLiteral("dot");
+    number_format = number_format_of(platform.locale.decimal_separator());
 }
 
 void Form1::apply_system_settings(const SystemSettings& settings) {

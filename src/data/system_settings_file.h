@@ -25,6 +25,10 @@ struct SystemSettings {
 void read_system_settings(QIODevice& file, const QString& stamp, const QString& number_format,
                           SystemSettings& settings);
 
+// "comma" when the system writes 1.1 with a decimal comma, else "dot": the setting that ties
+// patient and settings files to the machines that can read their numbers.
+QString number_format_of(QChar decimal_separator);
+
 // The nine lines as written, without line ends; numbers with the system's separator.
 QStringList system_settings_lines(const QString& stamp, const SystemSettings& settings,
                                   const QString& number_format, QChar separator);
