@@ -26,6 +26,7 @@ class QtMessageBoxes final : public MessageBoxes {
 public:
     int MsgBox(const QString& prompt, int style, const QString& title) override;
     QString InputBox(const QString& prompt) override;
+    void notice(const QString& text) override;
     QWidget* parent = nullptr;
 };
 
