@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <map>
@@ -116,7 +117,7 @@ struct ProgramRun {
     QString err;
 };
 
-ProgramRun run_console(const QStringList& args) {
+ProgramRun run_console(const QStringList& args, const QString& program = ZELMOOR_PATH) {
     QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     // A machine with a decimal point; the display would only matter if the console started.
@@ -124,8 +125,13 @@ ProgramRun run_console(const QStringList& args) {
     env.remove(QStringLiteral("DISPLAY"));
     env.remove(QStringLiteral("WAYLAND_DISPLAY"));
     env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    // The demo's console and simulator: the ones built here, never installed ones.
+    env.insert(QStringLiteral("ZEL_CONSOLE"), QStringLiteral(ZELMOOR_PATH));
+#ifdef ZELMOOR_SIM_PATH
+    env.insert(QStringLiteral("ZEL_SIM"), QStringLiteral(ZELMOOR_SIM_PATH));
+#endif
     process.setProcessEnvironment(env);
-    process.start(QStringLiteral(ZELMOOR_PATH), args);
+    process.start(program, args);
     EXPECT_TRUE(process.waitForFinished(60000)) << args.join(u' ').toStdString();
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             QString::fromLocal8Bit(process.readAllStandardOutput()),
@@ -216,31 +222,51 @@ TEST(PatientCheck, names_each_verdict_and_leaves_every_file_as_it_was) {
                                         "be quarantined, 0 refused; curves: 1 readable, 0 not\n"));
 }
 
-// None of these may start the console: without a display it would fail, with one it would
-// wait for its module; either way not within the time-out with this status.
-TEST(ConsoleCommandLine, answers_help_version_and_wrong_use_without_starting) {
+// None of these may start a console or a simulator: without a display they would fail, with
+// one they would wait for a module; either way not at once with this status.
+TEST(ProgramCommandLines, answer_help_version_and_wrong_use_without_starting) {
     struct Case {
+        const char* program;
         QStringList args;
         int status;
         const char* out_starts;
         const char* err_has;
     };
     const Case cases[] = {
-        {{"--help"}, 0, "Usage: zelmoor\n", ""},
-        {{"-h"}, 0, "Usage: zelmoor\n", ""},
-        {{"--review", "a.dat", "--help"}, 0, "Usage: zelmoor\n", ""},
-        {{"--version"}, 0, "zelmoor ", ""},
-        {{"--bogus"}, 2, "", "zelmoor: unrecognized option '--bogus'\nUsage: zelmoor\n"},
-        {{"--review", "--zoom"}, 2, "", "unrecognized option '--zoom'"},
-        {{"--check"}, 2, "", "option '--check' needs a FOLDER"},
-        {{"--check", "a", "b"}, 2, "", "extra operand 'b'"},
-        {{"stray"}, 2, "", "extra operand 'stray'\nUsage: zelmoor\n"},
-        // Used rightly, on a folder that isn't there: no usage text.
-        {{"--check", "/nonexistent/folder"}, 2, "", "zelmoor: /nonexistent/folder: not a folder"},
+        {ZELMOOR_PATH, {"--help"}, 0, "Usage: zelmoor\n", ""},
+        {ZELMOOR_PATH, {"-h"}, 0, "Usage: zelmoor\n", ""},
+        {ZELMOOR_PATH, {"--review", "a.dat", "--help"}, 0, "Usage: zelmoor\n", ""},
+        {ZELMOOR_PATH, {"--version"}, 0, "zelmoor ", ""},
+        {ZELMOOR_PATH,
+         {"--bogus"},
+         2,
+         "",
+         "zelmoor: unrecognized option '--bogus'\nUsage: zelmoor\n"},
+        {ZELMOOR_PATH, {"--review", "--zoom"}, 2, "", "unrecognized option '--zoom'"},
+        {ZELMOOR_PATH, {"--check"}, 2, "", "option '--check' needs a FOLDER"},
+        {ZELMOOR_PATH, {"--check", "a", "b"}, 2, "", "extra operand 'b'"},
+        {ZELMOOR_PATH, {"stray"}, 2, "", "extra operand 'stray'\nUsage: zelmoor\n"},
+#ifdef ZELMOOR_SIM_PATH
+        {ZELMOOR_SIM_PATH, {"--help"}, 0, "Usage: zelmoor-sim [OPTION]...\n", ""},
+        {ZELMOOR_SIM_PATH, {"--version"}, 0, "zelmoor-sim ", ""},
+        {ZELMOOR_SIM_PATH, {"--bogus"}, 2, "", "Usage: zelmoor-sim [OPTION]...\n"},
+        {ZELMOOR_SIM_PATH, {"--script"}, 2, "", "Missing value after '--script'"},
+        {ZELMOOR_SIM_PATH, {"stray"}, 2, "", "extra operand 'stray'"},
+        {ZELMOOR_DEMO_PATH, {"--headless", "--help"}, 0, "Usage: zelmoor-demo [OPTION]...\n", ""},
+        {ZELMOOR_DEMO_PATH, {"--version"}, 0, "zelmoor-demo ", ""},
+        {ZELMOOR_DEMO_PATH,
+         {"--bogus"},
+         2,
+         "",
+         "unrecognized option '--bogus'\nUsage: zelmoor-demo"},
+        {ZELMOOR_DEMO_PATH, {"--seed"}, 2, "", "option '--seed' needs a value"},
+        {ZELMOOR_DEMO_PATH, {"stray"}, 2, "", "extra operand 'stray'"},
+#endif
     };
     for (const Case& c : cases) {
-        const ProgramRun run = run_console(c.args);
-        const std::string label = c.args.join(u' ').toStdString();
+        const ProgramRun run = run_console(c.args, QString::fromLocal8Bit(c.program));
+        const QString name = QFileInfo(QString::fromLocal8Bit(c.program)).fileName();
+        const std::string label = (name + u' ' + c.args.join(u' ')).toStdString();
         EXPECT_EQ(run.status, c.status) << label;
         if (*c.out_starts == '\0') {
             EXPECT_TRUE(run.out.isEmpty()) << label << run.out.toStdString();
@@ -248,10 +274,14 @@ TEST(ConsoleCommandLine, answers_help_version_and_wrong_use_without_starting) {
             EXPECT_TRUE(run.out.startsWith(QLatin1String(c.out_starts))) << label;
         }
         EXPECT_TRUE(run.err.contains(QLatin1String(c.err_has))) << label << run.err.toStdString();
-        if (c.status == 2 && !c.args.contains(QStringLiteral("/nonexistent/folder"))) {
-            EXPECT_TRUE(run.err.contains(QLatin1String("Try 'zelmoor --help'"))) << label;
+        if (c.status == 2) {
+            EXPECT_TRUE(run.err.contains(QStringLiteral("Try '%1 --help'").arg(name))) << label;
         }
     }
+    // Used rightly, on a folder that isn't there: no usage text.
+    const ProgramRun run = run_console({QStringLiteral("--check"), QStringLiteral("/nonexistent")});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, QStringLiteral("zelmoor: /nonexistent: not a folder\n"));
 }
 
 }  // namespace
