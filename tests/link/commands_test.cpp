@@ -9,15 +9,11 @@ namespace zel::test {
 namespace {
 
 TEST(SettingsEncoding, threshold_bytes_with_their_kept_quirks) {
-    struct Case {
-        float litres;
-        uint8_t high, low;
-    };
+    struct Case { float litres; uint8_t high, low; };
     const Case cases[] = {
-        {0.5f, 0x00, 0x7D}, {1.0f, 0x00, 0xFA},  {-0.5f, 0xFF, 0x83}, {0.0f, 0x00, 0x00},
-        {2.0f, 0x01, 0xF4}, {-1.0f, 0xFF, 0x06}, {1.02f, 0x01, 0xFF},  // A = 255 rounds up into the
-                                                                       // high byte: sent 256 units
-                                                                       // too high
+        {0.5f, 0x00, 0x7D}, {1.0f, 0x00, 0xFA}, {-0.5f, 0xFF, 0x83}, {0.0f, 0x00, 0x00},
+        {2.0f, 0x01, 0xF4}, {-1.0f, 0xFF, 0x06},
+        {1.02f, 0x01, 0xFF},  // A = 255 rounds up into the high byte: sent 256 units too high
     };
     for (const auto& c : cases) {
         const auto encoded = encode_threshold(c.litres);

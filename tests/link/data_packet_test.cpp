@@ -13,11 +13,7 @@ QByteArray raw_frame(uint8_t flags, uint8_t hi, uint8_t lo, uint8_t t_hi = 0, ui
 }
 
 TEST(DataFrameVolume, decodes_the_full_signed_range) {
-    struct Case {
-        uint8_t hi, lo;
-        double litres;
-        const char* label;
-    };
+    struct Case { uint8_t hi, lo; double litres; const char* label; };
     const Case cases[] = {
         {0xFF, 0xFF, -0.004, "volume [L]:   0.00"},
         {0x00, 0x00, 0.0, "volume [L]:   0.00"},
@@ -47,13 +43,9 @@ TEST(DataFrameVolume, the_label_follows_the_decimal_separator) {
 }
 
 TEST(DataFrameTimeLeft, shows_the_next_whole_second_upwards) {
-    struct Case {
-        uint8_t hi, lo;
-        double seconds;
-        const char* shown;
-    };
+    struct Case { uint8_t hi, lo; double seconds; const char* shown; };
     const Case cases[] = {
-        {0x00, 0x32, 1.0, "1"}, {0x00, 0x33, 1.02, "2"},  {0x00, 0x01, 0.02, "1"},
+        {0x00, 0x32, 1.0, "1"}, {0x00, 0x33, 1.02, "2"}, {0x00, 0x01, 0.02, "1"},
         {0x00, 0x00, 0.0, "0"}, {0x02, 0xEE, 15.0, "15"}, {0xFF, 0xFF, 1310.7, "1311"},
     };
     for (const auto& c : cases) {
@@ -65,18 +57,17 @@ TEST(DataFrameTimeLeft, shows_the_next_whole_second_upwards) {
 }
 
 TEST(ElapsedTime, seconds_round_to_even_while_minutes_truncate) {
-    struct Case {
-        double counts;
-        const char* text;
-    };
+    struct Case { double counts; const char* text; };
     const Case cases[] = {
-        {1, "0:0:0"},     // 0.02 s
-        {25, "0:0:0"},    // 0.5 s: a half goes to the even neighbour
-        {75, "0:0:2"},    // 1.5 s
-        {2980, "0:0:0"},  // 59.6 s: seconds round to 60, modulo 60, minutes still 0
-        {3000, "0:1:0"},    {3025, "0:1:0"},  // 60.5 s
-        {179975, "0:59:0"},                   // 3599.5 s rounds to 3600
-        {180000, "1:0:0"},  {180000 * 25 + 50, "25:0:1"},
+        {1, "0:0:0"},            // 0.02 s
+        {25, "0:0:0"},           // 0.5 s: a half goes to the even neighbour
+        {75, "0:0:2"},           // 1.5 s
+        {2980, "0:0:0"},         // 59.6 s: seconds round to 60, modulo 60, minutes still 0
+        {3000, "0:1:0"},
+        {3025, "0:1:0"},         // 60.5 s
+        {179975, "0:59:0"},      // 3599.5 s rounds to 3600
+        {180000, "1:0:0"},
+        {180000 * 25 + 50, "25:0:1"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(elapsed_text(c.counts, 50.0f), QString::fromLatin1(c.text)) << c.counts;
@@ -91,17 +82,17 @@ TEST(DataFrameCounting, counts_every_frame_and_shows_the_elapsed_time) {
 }
 
 TEST(FaultLines, each_line_sets_its_flag_and_the_fault_state_once) {
-    struct Case {
-        uint8_t flags;
-        bool line, battery, pneumatic, transducer;
-    };
+    struct Case { uint8_t flags; bool line, battery, pneumatic, transducer; };
     const Case cases[] = {
         {0x04, false, false, false, false},  // healthy idle frame
         {0x06, false, false, false, false},  // the switch is no fault
         {0x85, false, false, false, false},  // bits 0 and 7 are not read
-        {0x00, false, false, false, true},  {0x0C, false, false, false, true},
-        {0x08, false, false, false, true},  {0x24, true, false, false, false},
-        {0x14, false, true, false, false},  {0x44, false, false, true, false},
+        {0x00, false, false, false, true},
+        {0x0C, false, false, false, true},
+        {0x08, false, false, false, true},
+        {0x24, true, false, false, false},
+        {0x14, false, true, false, false},
+        {0x44, false, false, true, false},
         {0x70, true, true, true, true},
     };
     for (const auto& c : cases) {
@@ -150,11 +141,7 @@ TEST(RecordingLine, joins_seven_fields_or_dashes_without_a_fresh_gating_status) 
     rig.form.patient_switch = true;
     EXPECT_EQ(rig.form.recording_line(), QStringLiteral("3.02;0.504;4;1; - ; - ; - "));
 
-    struct Case {
-        bool gated, overide;
-        char enable, relay;
-        const char* tail;
-    };
+    struct Case { bool gated, overide; char enable, relay; const char* tail; };
     const Case cases[] = {
         {false, false, 'E', 'C', "Manual;-;-"},
         {true, false, 'E', 'C', "Automated;Enabled;Closed"},

@@ -14,15 +14,10 @@ QStringList checksum_logs(const Rig& rig) {
 
 TEST(FrameReception, assembles_frames_however_the_bytes_are_split) {
     const QByteArray frame = data_frame(0x04, 1, 250);
-    struct Case {
-        const char* name;
-        std::vector<int> chunks;
-    };
+    struct Case { const char* name; std::vector<int> chunks; };
     const Case cases[] = {
-        {"whole", {8}},
-        {"byte by byte", {1, 1, 1, 1, 1, 1, 1, 1}},
-        {"start alone", {1, 7}},
-        {"three pieces", {3, 4, 1}},
+        {"whole", {8}}, {"byte by byte", {1, 1, 1, 1, 1, 1, 1, 1}},
+        {"start alone", {1, 7}}, {"three pieces", {3, 4, 1}},
     };
     for (const auto& c : cases) {
         Rig rig;
@@ -95,11 +90,9 @@ TEST(FrameReception, a_bad_sum_is_logged_only_once_counting_has_begun) {
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const QList<QByteArray> lines = file.readAll().split('\n');
         ASSERT_EQ(lines.size(), 7);  // two entries of three lines and the empty rest
-        EXPECT_EQ(lines[0],
-                  QByteArray("22-Nov-26     09:05:07      Doe           M1             1 \r"));
+        EXPECT_EQ(lines[0], QByteArray("22-Nov-26     09:05:07      Doe           M1             1 \r"));
         QByteArray sums;
-        for (int k = 0; k < 8; ++k)
-            sums += ' ' + QByteArray::number(static_cast<uint8_t>(bad[k])) + ' ';
+        for (int k = 0; k < 8; ++k) sums += ' ' + QByteArray::number(static_cast<uint8_t>(bad[k])) + ' ';
         EXPECT_EQ(lines[1], sums + " \r");
         EXPECT_EQ(lines[2], QByteArray("------------------------------------------------------\r"));
     }
@@ -150,7 +143,7 @@ TEST(Checksum, a_frame_is_good_when_its_bytes_sum_to_zero_modulo_256) {
     rig.form.packet_length = 31;
     rig.form.packet.fill(255);  // 31 * 255 = 7905: no overflow of the 16-bit sum
     EXPECT_FALSE(rig.form.checksum_ok());
-    rig.form.packet[30] = 31;  // 30 * 255 + 31 = 7681 = 30 * 256 + 1
+    rig.form.packet[30] = 31;   // 30 * 255 + 31 = 7681 = 30 * 256 + 1
     EXPECT_FALSE(rig.form.checksum_ok());
     rig.form.packet[30] = 30;
     EXPECT_TRUE(rig.form.checksum_ok());
