@@ -4,8 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "app/command_line.h"
 #include "app/form1.h"
-#include "review_mode.h"
+#include "check_mode.h"
 #include "language/messages.h"
 #include "platform/qt_chart_surface.h"
 #include "platform/qt_file_dialogs.h"
@@ -14,17 +15,43 @@
 #include "platform/qt_system.h"
 #include "platform/qt_timer.h"
 #include "platform/scheduling.h"
+#include "review_mode.h"
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/qt_windows.h"
 
 int main(int argc, char** argv) {
+    // The command line is read before any window system is needed: --help, --version,
+    // --check and a wrong option work on a machine without a display, and none of them
+    // starts the console.
+    QStringList args;
+    for (int k = 1; k < argc; ++k) args.append(QString::fromLocal8Bit(argv[k]));
+    const zel::CommandLine line = zel::parse_command_line(args);
+    switch (line.mode) {
+        case zel::CommandLine::Mode::help:
+            std::fputs(qPrintable(zel::console_help_text()), stdout);
+            return 0;
+        case zel::CommandLine::Mode::version:
+            std::fputs(qPrintable(zel::console_version_text(QStringLiteral(ZEL_PACKAGE_VERSION))),
+                       stdout);
+            return 0;
+        case zel::CommandLine::Mode::usage_error:
+            std::fprintf(stderr, "zelmoor: %s\n%s", qPrintable(line.error),
+                         qPrintable(zel::console_usage_text()));
+            return 2;
+        case zel::CommandLine::Mode::check: {
+            QCoreApplication core(argc, argv);
+            return zel::run_check(line.folder);
+        }
+        case zel::CommandLine::Mode::review:
+        case zel::CommandLine::Mode::console:
+            break;
+    }
     QApplication app(argc, argv);
     const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
     // zelmoor --review FILE...: the review window alone, on those curve files.
-    if (const QStringList args = QApplication::arguments();
-        args.size() > 1 && args[1] == QLatin1String("--review"))
-        return zel::run_review(app_data_path, args.mid(2));
+    if (line.mode == zel::CommandLine::Mode::review)
+        return zel::run_review(app_data_path, line.files);
     std::fprintf(stderr, "zelmoor: %s\n", qPrintable(zel::raise_scheduling_priority()));
     zel::init_images();
     // The application folder is the installation's: it exists before the console first runs.

@@ -39,6 +39,17 @@ chroot "$root" /bin/bash -euo pipefail -c '
     for p in zelmoor zelmoor-sim zelmoor-demo /usr/lib/zelmoor/libtarrow-sim.so; do
         ls -l "$(command -v "$p" || echo "$p")"
     done
+    # The manual pages are in place (no man program in a minimal root: their first line is
+    # enough here), and the programs answer their options without starting.
+    for page in zelmoor zelmoor-sim zelmoor-demo; do
+        zcat /usr/share/man/man1/$page.1.gz | head -n 1 | grep -q "^\.TH" ||
+            { echo "package-check: no manual page for $page"; exit 1; }
+        $page --help | head -n 1 | grep -q "^Usage: $page" ||
+            { echo "package-check: $page --help"; exit 1; }
+        $page --version | head -n 1
+        set +e; $page --no-such-option 2>/dev/null; status=$?; set -e
+        [ $status -eq 2 ] || { echo "package-check: $page took a wrong option ($status)"; exit 1; }
+    done
     # The review must still be running after three seconds: timeout ends it with 124.
     set +e
     timeout 3 zelmoor --review /tmp/curves/Curve1.dat; review=$?

@@ -85,20 +85,41 @@ bool start_script(const QString& path, zelsim::SimHost& host, QCoreApplication& 
     return true;
 }
 
+const char usage_line[] = "Usage: zelmoor-sim [OPTION]...\n";
+
+const char help_text[] =
+    "The control module of the Zelmoor breath-hold device, simulated on a pseudo-terminal\n"
+    "that is linked as <app-data>/ports/<name>, where the console looks for its ports. It\n"
+    "sends a data frame every 20 ms and answers the console's commands; a window (or, with\n"
+    "--headless, a script) works the patient's switch, the faults and the line.\n"
+    "\n"
+    "Options:\n"
+    "      --headless          no window; controls come from the script\n"
+    "      --script FILE       script of controls; - reads standard input\n"
+    "      --app-data FOLDER   the console's application data folder\n"
+    "                          (default ~/.local/share/zelmoor)\n"
+    "      --port-name NAME    name of the link in <app-data>/ports/ (default sim0)\n"
+    "      --seed N            seed of the breathing and of the line faults (default 1)\n"
+    "      --command-log FILE  log of received commands\n"
+    "                          (default <app-data>/sim/module-commands.log)\n"
+    "      --wire-log FILE     log of every frame and noise burst sent\n"
+    "      --write-log FILE    log of every write to the line, with the monotonic clock\n"
+    "                          taken just before it\n"
+    "      --replay FILE       the patient breathes this curve file, recorded by the\n"
+    "                          console, looping\n"
+    "  -h, --help              display this help and exit\n"
+    "  -V, --version           output version information and exit\n"
+    "\n"
+    "See zelmoor-sim(1) for the script's commands.\n";
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    bool headless = false;
-    for (int k = 1; k < argc; ++k) headless |= QByteArray(argv[k]) == "--headless";
-    std::unique_ptr<QCoreApplication> app = headless
-                                                ? std::make_unique<QCoreApplication>(argc, argv)
-                                                : std::make_unique<QApplication>(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("zelmoor-sim"));
-
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Simulated Zelmoor control module on a pseudo-terminal."));
-    parser.addHelpOption();
+    const QCommandLineOption help_option(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption version_option(
+        QStringList{QStringLiteral("V"), QStringLiteral("version")});
+    parser.addOptions({help_option, version_option});
     const QCommandLineOption headless_option(
         QStringLiteral("headless"), QStringLiteral("No window; controls come from the script."));
     const QCommandLineOption script_option(
@@ -123,7 +144,8 @@ int main(int argc, char** argv) {
         QStringLiteral("file"));
     const QCommandLineOption write_log_option(
         QStringLiteral("write-log"),
-        QStringLiteral("Log of every write to the line with the monotonic clock taken just before it, for timing."),
+        QStringLiteral("Log of every write to the line with the monotonic clock taken just before "
+                       "it, for timing."),
         QStringLiteral("file"));
     const QCommandLineOption replay_option(
         QStringLiteral("replay"),
@@ -131,7 +153,31 @@ int main(int argc, char** argv) {
         QStringLiteral("file"));
     parser.addOptions({headless_option, script_option, app_data_option, port_option, seed_option,
                        command_log_option, wire_log_option, write_log_option, replay_option});
-    parser.process(*app);
+    // Read before any window system is needed, so that --help works without a display.
+    QStringList args;
+    for (int k = 0; k < argc; ++k) args.append(QString::fromLocal8Bit(argv[k]));
+    const bool parsed = parser.parse(args);
+    if (parsed && parser.isSet(help_option)) {
+        std::printf("%s%s", usage_line, help_text);
+        return 0;
+    }
+    if (parsed && parser.isSet(version_option)) {
+        std::printf("zelmoor-sim %s\n", ZEL_PACKAGE_VERSION);
+        return 0;
+    }
+    if (!parsed || !parser.positionalArguments().isEmpty()) {
+        const QString error =
+            parsed ? QStringLiteral("extra operand '%1'").arg(parser.positionalArguments().front())
+                   : parser.errorText();
+        std::fprintf(stderr, "zelmoor-sim: %s\n%sTry 'zelmoor-sim --help' for more information.\n",
+                     qPrintable(error), usage_line);
+        return 2;
+    }
+    const bool headless = parser.isSet(headless_option);
+    std::unique_ptr<QCoreApplication> app = headless
+                                                ? std::make_unique<QCoreApplication>(argc, argv)
+                                                : std::make_unique<QApplication>(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("zelmoor-sim"));
 
     zelsim::HostOptions options;
     options.app_data = QDir(parser.value(app_data_option)).absolutePath();
@@ -145,7 +191,8 @@ int main(int argc, char** argv) {
     QObject::connect(&host, &zelsim::SimHost::quit_requested, app.get(), &QCoreApplication::quit,
                      Qt::QueuedConnection);
     quit_on_signals(*app);
-    QObject::connect(&host, &zelsim::SimHost::message, app.get(), [](const QString& text) { fail(text); });
+    QObject::connect(&host, &zelsim::SimHost::message, app.get(),
+                     [](const QString& text) { fail(text); });
     if (const QString error = host.start(); !error.isEmpty()) {
         fail(error);
         return 1;

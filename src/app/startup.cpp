@@ -2,6 +2,7 @@
 #include <QFile>
 
 #include "app/form1.h"
+#include "app/release.h"
 #include "language/messages.h"
 
 namespace zel {
@@ -37,10 +38,10 @@ void Form1::Form_Load() {
     count_frequency = 50;
     breath_holds = 0;
 
-    major_revision_level = QStringLiteral("3");
-    minor_revision_level = QStringLiteral("00.01");
-    software_version = major_revision_level + QLatin1Char('.') + minor_revision_level;
-    patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
+    major_revision_level = QString::fromLatin1(release::major_revision_level);
+    minor_revision_level = QString::fromLatin1(release::minor_revision_level);
+    software_version = release::software_version();
+    patient_parameter_filestamp = QString::fromLatin1(release::patient_parameter_filestamp);
     system_parameter_filestamp =
         QStringLiteral("ZEL System Parameter File - DO NOT EDIT ") + software_version;
 

@@ -34,10 +34,12 @@ void open_for_input(QFile& file) {
 }
 
 // The value the companion holds, or "-1" (which no CRC prints as) when there is none.
-QString stored_crc(const QString& path) {
+QString stored_crc(const QString& path, bool& missing) {
     int error_number = 0;
+    missing = false;
     if (!file_exists(path, error_number)) {
         if (error_number != err_file_not_found) fail(error_number, "Path/File access error");
+        missing = true;
         return QStringLiteral("-1");
     }
     QFile companion(path);
@@ -109,7 +111,7 @@ PatientFileReading read_patient_file(const QString& zel_path, const QString& sta
                                      const QString& number_format) {
     PatientFileReading reading;
     const int32_t crc = CalculateCRC(zel_path);
-    if (stored_crc(companion_path(zel_path)) != crc_hex(crc)) {
+    if (stored_crc(companion_path(zel_path), reading.companion_missing) != crc_hex(crc)) {
         reading.verdict = PatientFileVerdict::corrupt;
         return reading;
     }
@@ -121,7 +123,8 @@ PatientFileReading read_patient_file(const QString& zel_path, const QString& sta
         reading.verdict = PatientFileVerdict::not_a_patient_file;
         return reading;
     }
-    if (reader.line_input() != software_version) {
+    reading.found_version = reader.line_input();
+    if (reading.found_version != software_version) {
         reading.verdict = PatientFileVerdict::wrong_version;
         return reading;
     }

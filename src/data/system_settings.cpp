@@ -65,19 +65,13 @@ const SettingsFailure settings_failures[] = {
 
 }  // namespace
 
-QString number_format_for(QChar separator) {
-    const QString one_point_one = QStringLiteral("1") + separator + QStringLiteral("1");
-    return one_point_one.contains(QLatin1Char(',')) ? QStringLiteral("comma")
-                                                    : QStringLiteral("dot");
-}
-
 QString language_named_in_settings(const QString& app_data_path, QChar separator) {
     SystemSettings settings;
     try {
         QFile file(settings_path(app_data_path));
         open_for_input(file);
         read_system_settings(file, SettingsState{}.system_parameter_filestamp,
-                             number_format_for(separator), settings);
+                             number_format_of(separator), settings);
         return settings.language_file;
     } catch (const ZelError&) {
         // The console loads its defaults then, and with them English.
@@ -86,7 +80,7 @@ QString language_named_in_settings(const QString& app_data_path, QChar separator
 }
 
 void Form1::detect_number_format() {
-    number_format = number_format_for(platform.locale.decimal_separator());
+    number_format = number_format_of(platform.locale.decimal_separator());
 }
 
 void Form1::apply_system_settings(const SystemSettings& settings) {

@@ -161,6 +161,12 @@ void read_system_settings(QIODevice& file, const QString& stamp, const QString& 
         fail(err_incompatible_settings, "Settings file has lines missing");
 }
 
+QString number_format_of(QChar decimal_separator) {
+    const QString one_point_one = QStringLiteral("1") + decimal_separator + QStringLiteral("1");
+    return one_point_one.contains(QLatin1Char(',')) ? QStringLiteral("comma")
+                                                    : QStringLiteral("dot");
+}
+
 QStringList system_settings_lines(const QString& stamp, const SystemSettings& settings,
                                   const QString& number_format, QChar separator) {
     return {

@@ -25,8 +25,9 @@ struct SystemSettings {
 void read_system_settings(QIODevice& file, const QString& stamp, const QString& number_format,
                           SystemSettings& settings);
 
-// "comma" where the machine's decimal separator is a comma, "dot" otherwise.
-QString number_format_for(QChar separator);
+// "comma" when the system writes 1.1 with a decimal comma, else "dot": the setting that ties
+// patient and settings files to the machines that can read their numbers.
+QString number_format_of(QChar decimal_separator);
 
 // The language that "<app_data_path>/zel.ini" names when the console can read it on this
 // machine, otherwise "English", which the console's defaults then bring.

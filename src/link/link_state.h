@@ -2,6 +2,7 @@
 // State of the link to the control module: frame assembly, the port search, the latest
 // decoded values.
 #include <QString>
+#include <QStringList>
 #include <array>
 #include <cstdint>
 
@@ -57,6 +58,8 @@ struct LinkState {
     int16_t num_ports = 0;
     int16_t port_index = 0;
     int16_t ComPort = 0;
+    // Ports that exist but that this user may not open, each told once.
+    QStringList ports_denied_told;
     // The system check window at start.
     bool form13_open = false;
     bool system_check_result = false;

@@ -34,9 +34,19 @@ void Form1::enumerate_com_ports() {
         bool ok = true;
         if (port.PortOpen()) ok &= suppressed([&] { port.set_PortOpen(false); });
         ok &= suppressed([&] { port.set_CommPort(number); });
-        // A port in use by another program fails here and is not listed.
+        // A port in use by another program fails here and is not listed. So does one that
+        // this user may not open; the operator is told that once, beside the search.
         ok &= suppressed([&] {
-            port.set_PortOpen(true);
+            try {
+                port.set_PortOpen(true);
+            } catch (const ZelError& e) {
+                if (e.number == err_permission_denied &&
+                    !ports_denied_told.contains(e.description)) {
+                    ports_denied_told.append(e.description);
+                    platform.boxes.notice(e.description);
+                }
+                throw;
+            }
             port.set_PortOpen(false);
         });
         if (ok) {

@@ -1,6 +1,6 @@
 #pragma once
-// Modal message boxes. In the program the box runs its own event loop, so frames and timers
-// go on being handled while it is up.
+// Message boxes, modal but for the notice. In the program the box runs its own event loop, so
+// frames and timers go on being handled while it is up.
 #include <QString>
 
 namespace zel {
@@ -18,9 +18,11 @@ enum MsgBoxStyle : int {
 enum MsgBoxResult : int { vbOK = 1, vbCancel = 2, vbYes = 6, vbNo = 7 };
 
 class MessageBoxes {
-public:
+  public:
     virtual ~MessageBoxes() = default;
     virtual int MsgBox(const QString& prompt, int style = vbOKOnly, const QString& title = {}) = 0;
+    // A box that stands beside the work: it returns at once, and timers and frames go on.
+    virtual void notice(const QString& text) = 0;
     // A prompt with a text field: what was typed, or the empty string on Cancel.
     virtual QString InputBox(const QString& prompt) = 0;
 };

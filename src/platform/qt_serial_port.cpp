@@ -1,12 +1,21 @@
 #include "platform/qt_serial_port.h"
 
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSerialPortInfo>
 #include <QTimer>
 #include <algorithm>
+#include <cerrno>
+#include <vector>
 
 #include "app/zel_error.h"
+#include "link/port_permission.h"
 
 namespace zel {
 
@@ -26,13 +35,31 @@ QStringList machine_port_paths() {
     }
     return cached;
 }
+
+// The group that owns the device when the device is there and this user, by the file's
+// permissions, may not open it for reading and writing; empty otherwise. The driver's own
+// error does not tell: it names a port locked by another program a permission error too.
+QString denying_group(const QString& device) {
+    const QByteArray path = QFile::encodeName(device);
+    struct stat info {};
+    if (::stat(path.constData(), &info) != 0) return {};
+    if (::faccessat(AT_FDCWD, path.constData(), R_OK | W_OK, AT_EACCESS) == 0 || errno != EACCES)
+        return {};
+    std::vector<char> buffer(16384);
+    struct group entry {};
+    struct group* found = nullptr;
+    if (::getgrgid_r(info.st_gid, &entry, buffer.data(), buffer.size(), &found) == 0 && found)
+        return QString::fromLocal8Bit(found->gr_name);
+    return QString::number(info.st_gid);
+}
+
 }  // namespace
 
 QStringList serial_port_paths(const QString& app_data_path) {
     QStringList paths;
     const QDir links(app_data_path + QStringLiteral("/ports"));
-    for (const QString& name : links.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
-                                               QDir::Name))
+    for (const QString& name :
+         links.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name))
         paths.append(links.filePath(name));
     paths.append(machine_port_paths());
     while (paths.size() > 20) paths.removeLast();
@@ -69,14 +96,21 @@ void QtSerialPort::set_PortOpen(bool open) {
                        QStringLiteral("Invalid port number"));
     // A link in ports/ names the device by its target; the lock file goes by the real name.
     const QFileInfo info(paths[port_number - 1]);
-    port.setPortName(info.isSymLink() ? info.symLinkTarget() : info.absoluteFilePath());
+    const QString device = info.isSymLink() ? info.symLinkTarget() : info.absoluteFilePath();
+    port.setPortName(device);
     port.setBaudRate(QSerialPort::Baud9600);
     port.setDataBits(QSerialPort::Data8);
     port.setParity(QSerialPort::NoParity);
     port.setStopBits(QSerialPort::OneStop);
     port.setFlowControl(QSerialPort::NoFlowControl);
-    if (!port.open(QIODevice::ReadWrite))
+    if (!port.open(QIODevice::ReadWrite)) {
+        // By its full path: the port's name drops the "/dev/" of a device.
+        const QString group = denying_group(device);
+        if (!group.isEmpty())
+            throw ZelError(err_permission_denied, QStringLiteral("PortOpen"),
+                           port_permission_text(device, group));
         throw ZelError(err_port_already_open, QStringLiteral("PortOpen"), port.errorString());
+    }
     port.clear();
 }
 

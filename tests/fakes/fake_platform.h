@@ -22,9 +22,10 @@ namespace zel::test {
 //   drain()          notifications until nothing waits (the driver's re-notification)
 //   sent()           everything the console wrote, in order
 //   fail_open(n)     port number n refuses to open, as a port held by another program
+//   deny_open(n, device, group)   port number n exists, but this user may not open it
 //   ports(n)         how many port numbers exist (others give an invalid-port error)
 class FakeSerialPort final : public SerialPort {
-public:
+  public:
     void set_CommPort(int number) override;
     int CommPort() const override { return port_number; }
     void set_PortOpen(bool open) override;
@@ -40,15 +41,19 @@ public:
     const QByteArray& sent() const { return output; }
     void clear_sent() { output.clear(); }
     void fail_open(int number) { refusing.push_back(number); }
+    void deny_open(int number, const QString& device, const QString& group) {
+        denied[number] = {device, group};
+    }
     void ports(int count) { port_count = count; }
 
     int notifications = 0;
     std::vector<int> opened;  // port numbers in the order they were opened
 
-private:
+  private:
     std::deque<uint8_t> inbox;
     QByteArray output;
     std::vector<int> refusing;
+    std::map<int, std::pair<QString, QString>> denied;
     int port_number = 1;
     int port_count = 20;
     bool is_open = false;
@@ -56,7 +61,7 @@ private:
 
 // Timers ticked by hand. `get(name)` finds a timer by its control name.
 class FakeTimer final : public Timer {
-public:
+  public:
     void set_Interval(int milliseconds) override { interval = milliseconds; }
     int Interval() const override { return interval; }
     void set_Enabled(bool enabled) override { is_enabled = enabled; }
@@ -64,29 +69,29 @@ public:
     // Runs the tick handler if the timer is on and has an interval, as a real timer would.
     void tick();
 
-private:
+  private:
     int interval = 0;
     bool is_enabled = false;
 };
 
 class FakeTimerFactory final : public TimerFactory {
-public:
+  public:
     std::unique_ptr<Timer> create(const char* name) override;
     FakeTimer& get(const std::string& name);
 
-private:
+  private:
     std::map<std::string, FakeTimer*> by_name;
 };
 
 class FakeClock final : public Clock {
-public:
+  public:
     QDateTime now() const override { return when; }
     QDateTime when{QDate(2026, 11, 22), QTime(9, 5, 7)};
 };
 
 // English formats; the decimal separator is set by the test.
 class FakeLocale final : public Locale {
-public:
+  public:
     QChar decimal_separator() const override { return separator; }
     QString long_date(const QDate& date) const override;
     QString medium_date(const QDate& date) const override;
@@ -97,18 +102,20 @@ public:
 
 // Message boxes answered from a script; every box shown is kept.
 class FakeMessageBoxes final : public MessageBoxes {
-public:
+  public:
     int MsgBox(const QString& prompt, int style, const QString& title) override;
     void answer(int result) { answers.push_back(result); }
     // The next prompt returns `text`; an unscripted prompt is cancelled.
     QString InputBox(const QString& prompt) override;
     void type(const QString& text) { typed.push_back(text); }
+    void notice(const QString& text) override { notices.append(text); }
     QStringList prompts;
     QStringList shown;
-    std::vector<int> styles;  // the style of each box shown
+    QStringList notices;                // the boxes that stood beside the work
+    std::vector<int> styles;            // the style of each box shown
     std::function<void()> while_shown;  // runs inside the box, as the nested event loop would
 
-private:
+  private:
     std::deque<int> answers;
     std::deque<QString> typed;
 };
@@ -117,7 +124,7 @@ private:
 //   scale x1 y1 x2 y2 | clear | style dotted|solid | width n | fore r,g,b
 //   line x1 y1 x2 y2 [r,g,b] | box x1 y1 x2 y2 r,g,b
 class RecordingSurface final : public ChartSurface {
-public:
+  public:
     void set_scale(double x1, double y1, double x2, double y2) override;
     void clear() override;
     void set_line_style(LineStyle style) override;
@@ -139,7 +146,7 @@ public:
     QStringList log;              // everything, in order
     int clears = 0;
 
-private:
+  private:
     LineStyle style = LineStyle::solid;
     int width = 1;
     Rgb fore{0, 0, 0};
@@ -158,7 +165,7 @@ struct FakePlatform {
     FakeFileDialogs dialogs;
     FakeWindows windows;
     ChartSurface* drawn_on;
-    Platform platform{serial, timers, clock,   locale, boxes, drawn_on ? *drawn_on : chart,
+    Platform platform{serial, timers,  clock,  locale, boxes, drawn_on ? *drawn_on : chart,
                       tarrow, dialogs, windows};
 };
 

@@ -18,14 +18,14 @@ struct LinkRig : Rig {
 };
 
 TEST(StatusFrame, converts_levels_and_judges_them_at_their_limits) {
-    struct Case { uint8_t battery, line, pressure, vacuum; bool battery_ok, line_ok, pneumatics_ok; };
+    struct Case {
+        uint8_t battery, line, pressure, vacuum;
+        bool battery_ok, line_ok, pneumatics_ok;
+    };
     const Case cases[] = {
-        {104, 171, 200, 200, true, true, true},
-        {103, 171, 200, 200, false, true, true},
-        {104, 170, 200, 200, true, false, true},
-        {104, 171, 0, 200, true, true, false},
-        {104, 171, 200, 0, true, true, false},
-        {255, 255, 255, 255, true, true, true},
+        {104, 171, 200, 200, true, true, true},  {103, 171, 200, 200, false, true, true},
+        {104, 170, 200, 200, true, false, true}, {104, 171, 0, 200, true, true, false},
+        {104, 171, 200, 0, true, true, false},   {255, 255, 255, 255, true, true, true},
     };
     for (const auto& c : cases) {
         LinkRig rig;
@@ -137,6 +137,26 @@ TEST(ModuleSearch, walks_the_ports_one_a_tick_and_skips_those_in_use) {
     EXPECT_EQ(rig.form.num_ports, 19);
     EXPECT_EQ(rig.form.port_list[1], 3);
     EXPECT_EQ(rig.form.ComPort, 4);
+}
+
+TEST(ModuleSearch, a_port_the_user_may_not_open_is_told_once_and_the_search_goes_on) {
+    LinkRig rig;
+    rig.fakes.serial.ports(4);
+    rig.fakes.serial.deny_open(2, QStringLiteral("/dev/ttyUSB0"), QStringLiteral("dialout"));
+    rig.fakes.serial.deny_open(4, QStringLiteral("/dev/ttyACM0"), QStringLiteral("plugdev"));
+    rig.fakes.serial.fail_open(3);  // held by another program: nothing to tell
+    rig.form.start_module_search();
+    for (int k = 0; k < 9; ++k) rig.connect().tick();  // several passes over the ports
+    ASSERT_EQ(rig.fakes.boxes.notices.size(), 2);
+    EXPECT_TRUE(rig.fakes.boxes.notices[0].contains(
+        QStringLiteral("/dev/ttyUSB0 exists, but this user may not open it")));
+    EXPECT_TRUE(rig.fakes.boxes.notices[0].contains(
+        QStringLiteral("add the user to the group that owns it (dialout)")));
+    EXPECT_TRUE(rig.fakes.boxes.notices[1].contains(QStringLiteral("(plugdev)")));
+    EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
+    EXPECT_TRUE(rig.connect().Enabled());
+    EXPECT_EQ(rig.form.num_ports, 1);
+    EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
 }
 
 TEST(ModuleSearch, twenty_usable_ports_fill_the_list) {

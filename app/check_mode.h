@@ -1,0 +1,12 @@
+#pragma once
+// zelmoor --check FOLDER: the patient folders a site brings, read as this console would load
+// them, without changing any of them.
+#include <QString>
+
+namespace zel {
+
+// Prints one line per patient and the summary to standard output; returns the exit status:
+// 0 when every patient loads and every curve reads, 1 otherwise, 2 when FOLDER is no folder.
+int run_check(const QString& folder);
+
+}  // namespace zel
