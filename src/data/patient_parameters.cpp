@@ -16,16 +16,17 @@ namespace {
 
 // A patient whose first save failed was never stored: the folder the new-patient dialog made
 // for it goes again, with what the failed save left in it, so that no folder stands without
-// its patient file and the patient can be created anew. Anything else in it keeps it.
-void remove_unsaved_patient_folder(const QString& folder, const QString& zel_path) {
+// its patient file and the patient can be created anew. Anything else in it keeps it. True
+// when the folder went.
+bool remove_unsaved_patient_folder(const QString& folder, const QString& zel_path) {
     const QStringList own = {QFileInfo(zel_path).fileName(),
                              QFileInfo(companion_path(zel_path)).fileName()};
     const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden |
                                                        QDir::System | QDir::NoDotAndDotDot);
     for (const QString& name : entries)
-        if (!own.contains(name)) return;
+        if (!own.contains(name)) return false;
     for (const QString& name : entries) QFile::remove(folder + QLatin1Char('/') + name);
-    QDir().rmdir(folder);
+    return QDir().rmdir(folder);
 }
 
 }  // namespace
@@ -45,12 +46,16 @@ void Form1::save_patient_parameters() {
     // Only the first save after the new-patient dialog may take the folder away again.
     const QString made_folder = form5 ? std::exchange(form5->made_folder, QString()) : QString();
     if (!written) {
-        if (!made_folder.isEmpty() &&
-            QDir::cleanPath(made_folder) == QDir::cleanPath(QFileInfo(path).path()))
+        const bool never_stored =
+            !made_folder.isEmpty() &&
+            QDir::cleanPath(made_folder) == QDir::cleanPath(QFileInfo(path).path()) &&
             remove_unsaved_patient_folder(made_folder, path);
         stop_module_link();
         platform.boxes.MsgBox(message_text(142), vbExclamation);
         start_module_search();
+        // Without its folder the patient could be neither recorded nor saved: it is undone,
+        // and the operator creates it again once the disk takes it.
+        if (never_stored) reset_patient();
     }
 }
 

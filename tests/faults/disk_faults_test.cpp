@@ -250,8 +250,10 @@ TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
         EXPECT_GT(failures(), 0);
         EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(142)});
         EXPECT_FALSE(QFileInfo::exists(folder));
+        EXPECT_FALSE(rig.form.patient_defined);
+        EXPECT_EQ(rig.form.Label_last_name.Caption, message_text(226));
+        EXPECT_FALSE(rig.form.cmdRecord.Enabled);
 
-        rig.fakes.windows.answer(1);  // the session not saved
         create();
         EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.zel")));
         EXPECT_TRUE(QFileInfo::exists(folder + QStringLiteral("/Doe.sfv")));
