@@ -36,9 +36,8 @@ LIVE_SUITES = ["BreathHoldEndToEnd", "FailSafe", "SimulatorOnPseudoTerminal", "R
 
 
 def test_binaries():
-    names = sorted(n[len("test_"):] for n in os.listdir(os.path.join(ROOT, "tests"))
-                   if os.path.isdir(os.path.join(ROOT, "tests", n)) and n != "fakes")
-    return names
+    return sorted(n for n in os.listdir(os.path.join(ROOT, "tests"))
+                  if os.path.isdir(os.path.join(ROOT, "tests", n)) and n != "fakes")
 
 
 def masked(line):

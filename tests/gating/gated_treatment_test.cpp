@@ -285,6 +285,14 @@ TEST(GatedTreatment, a_good_poll_does_not_give_back_the_silent_retries) {
     }
     EXPECT_EQ(rig.form.gating_start_attempts, 2);
     EXPECT_EQ(rig.shown(), QStringList{QStringLiteral("show Form_OverRide_Enable")});
+    // A new treatment's link, opened with the relay's permission locked, has both again: its
+    // first loss is retried without a word.
+    rig.fakes.tarrow.calls.clear();
+    rig.form.open_tarrow_link();
+    EXPECT_EQ(rig.fakes.tarrow.calls, (QStringList{"Open()", "SetRelayEnablePermission(0)"}));
+    rig.fakes.tarrow.connected_result = 1;
+    rig.poll("^O:?EL");
+    EXPECT_EQ(rig.shown().size(), 1);
 }
 
 }  // namespace
