@@ -146,6 +146,25 @@ TEST(SettingsViews, the_console_shows_them_modally_until_cancel_closes_them) {
     EXPECT_TRUE(rig.form.patient_settings_cancel);
 }
 
+// Patient Settings or System Settings as its menu entry opens it, with its real window shown
+// by what `during` gives the console's show.
+void open_from_menu(ViewRig& rig, Window window) {
+    if (window == Window::Form12)
+        rig.form.Patient_Settings_Click();
+    else
+        rig.form.Control_Panel_Click();
+}
+
+std::unique_ptr<EntryDialogView> shown_view(ViewRig& rig, Window window) {
+    std::unique_ptr<EntryDialogView> view;
+    if (window == Window::Form12)
+        view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
+    else
+        view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
+    view->show();
+    return view;
+}
+
 // The operator must always be able to stop a hold, and never arm one behind these dialogs,
 // whose Save would alter it. The keys go to the focused widget of the shown window, through the
 // console's key guard, as the operator's would.
@@ -159,12 +178,7 @@ TEST(SettingsViews, the_spacebar_inside_arms_nothing_and_still_stops_a_hold) {
         qApp->installEventFilter(&guard);
         QByteArray in_standby, in_hold;
         rig.fakes.windows.during(window, [&] {
-            std::unique_ptr<EntryDialogView> view;
-            if (window == Window::Form12)
-                view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
-            else
-                view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
-            view->show();
+            const std::unique_ptr<EntryDialogView> view = shown_view(rig, window);
             ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
             // An option button, as the operator's click on a trigger direction leaves it.
             auto* option = view->findChildren<QRadioButton*>().value(0);
@@ -178,10 +192,7 @@ TEST(SettingsViews, the_spacebar_inside_arms_nothing_and_still_stops_a_hold) {
             rig.form.b_state = 1;
             QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
         });
-        if (window == Window::Form12)
-            rig.form.Patient_Settings_Click();
-        else
-            rig.form.Control_Panel_Click();
+        open_from_menu(rig, window);
         qApp->removeEventFilter(&guard);
         const int w = static_cast<int>(window);
         EXPECT_FALSE(in_standby.contains('A') || in_standby.contains('B'))
@@ -198,22 +209,14 @@ TEST(SettingsViews, open_with_nothing_edited_until_the_operator_edits) {
         rig.form.b_state = 1;
         bool save_enabled = true;
         rig.fakes.windows.during(window, [&] {
-            std::unique_ptr<EntryDialogView> view;
-            if (window == Window::Form12)
-                view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
-            else
-                view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
-            view->show();
+            const std::unique_ptr<EntryDialogView> view = shown_view(rig, window);
             ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
             EXPECT_EQ(qobject_cast<QLineEdit*>(QApplication::focusWidget()), nullptr);
             QTest::mouseClick(view.get(), Qt::LeftButton, {}, QPoint(5, 5));
             QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
             save_enabled = find<QPushButton>(view.get(), message_text(266))->isEnabled();
         });
-        if (window == Window::Form12)
-            rig.form.Patient_Settings_Click();
-        else
-            rig.form.Control_Panel_Click();
+        open_from_menu(rig, window);
         const int w = static_cast<int>(window);
         EXPECT_FALSE(save_enabled) << w;
         EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty()) << w;
