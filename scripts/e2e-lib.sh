@@ -36,13 +36,14 @@ e2e_start() {
     mkdir -p "$E2E_APP_DATA/lib" "$E2E_APP_DATA/sim"
     cp -f "$E2E_TARROW_LIBRARY" "$E2E_APP_DATA/lib/libtarrow.so"
     touch "$E2E_APP_DATA/sim/libtarrow-is-simulated"
-    local n
-    for n in $(seq 90 130); do
-        [ -e "/tmp/.X11-unix/X$n" ] || [ -e "/tmp/.X$n-lock" ] || break
-    done
-    export DISPLAY=:$n
-    Xvfb "$DISPLAY" -screen 0 1280x900x24 -nolisten tcp >"$E2E_DIR/xvfb.log" 2>&1 &
+    # Xvfb takes a free display itself and says which: runs side by side never share one.
+    rm -f "$E2E_DIR/display"
+    Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$E2E_DIR/display" \
+        >"$E2E_DIR/xvfb.log" 2>&1 &
     E2E_XVFB=$!
+    for _ in $(seq 50); do [ -s "$E2E_DIR/display" ] && break; sleep 0.1; done
+    [ -s "$E2E_DIR/display" ] || e2e_fail "Xvfb did not start (see $E2E_DIR/xvfb.log)"
+    export DISPLAY=:$(tr -d '[:space:]' <"$E2E_DIR/display")
     for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && break; sleep 0.1; done
     xdpyinfo >/dev/null 2>&1 || e2e_fail "Xvfb did not start on $DISPLAY"
     E2E_CONSOLE_RUNS=0
