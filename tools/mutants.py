@@ -5,9 +5,10 @@
 
 Each mutant is one change at one place of one file under src/: a comparison turned, && and ||
 swapped, a condition negated, an integer constant off by one, + turned into -, or a call
-statement removed. The file is changed, the test binaries are rebuilt incrementally in a build
-folder of their own (build-mutants/), run without the tests over a live line, and the file is
-put back. The test binary of the file's own area runs first; a mutant that it catches is not
+statement removed. The mutants are made in a copy of the tree kept in build-mutants/tree (the
+tracked files as they stand in the working tree, copied anew at each run), never in the working
+tree itself; the test binaries are rebuilt incrementally in build-mutants/out, run without the
+tests over a live line, and the file is put back. The test binary of the file's own area runs first; a mutant that it catches is not
 built into the others. Per mutant: file, line, the change, and killed / survived / did not
 build / timed out. Last: "mutation score K/M", the killed (timed out counted as killed) among
 the mutants that built.
@@ -24,11 +25,13 @@ import subprocess
 import sys
 import time
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-BUILD = os.environ.get("MUTANT_BUILD", os.path.join(ROOT, "build-mutants"))
+SOURCE = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+WORK = os.environ.get("MUTANT_BUILD", os.path.join(SOURCE, "build-mutants"))
+ROOT = os.path.join(WORK, "tree")
+BUILD = os.path.join(WORK, "out")
 TIMEOUT = int(os.environ.get("MUTANT_TIMEOUT", "120"))
 ONLY = os.environ.get("MUTANT_ONLY", "src/")
-BACKUP = os.path.join(BUILD, "mutant-backup")
+BACKUP = os.path.join(WORK, "mutant-backup")
 
 # The tests over a live line (a pseudo-terminal and the simulator, timed) stay out.
 LIVE_SUITES = ["BreathHoldEndToEnd", "FailSafe", "SimulatorOnPseudoTerminal", "ReplayRoundTrip",
@@ -157,6 +160,25 @@ def run_tests(areas):
     return "survived"
 
 
+def copy_tree():
+    """The tracked files into ROOT; a file whose bytes are unchanged keeps its time, so that
+    the build there stays incremental."""
+    listed = subprocess.run(["git", "ls-files", "-z"], cwd=SOURCE, check=True,
+                            capture_output=True).stdout.decode().split("\0")
+    for rel in filter(None, listed):
+        src, dst = os.path.join(SOURCE, rel), os.path.join(ROOT, rel)
+        if not os.path.isfile(src):
+            continue
+        with open(src, "rb") as f:
+            data = f.read()
+        if os.path.isfile(dst):
+            with open(dst, "rb") as f:
+                if f.read() == data:
+                    continue
+        os.makedirs(os.path.dirname(dst), exist_ok=True)
+        shutil.copy2(src, dst)
+
+
 def restore_left_behind():
     """A run that was cut off may have left a mutated file: put it back first."""
     if not os.path.isdir(BACKUP):
@@ -173,6 +195,7 @@ def main():
     seed = int(sys.argv[2]) if len(sys.argv) > 2 else 1
     os.environ.setdefault("QT_QPA_PLATFORM", "offscreen")
     restore_left_behind()
+    copy_tree()
     if not os.path.exists(os.path.join(BUILD, "build.ninja")):
         launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
         subprocess.check_call(["cmake", "-S", ROOT, "-B", BUILD, "-G", "Ninja",
