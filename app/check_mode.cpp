@@ -7,20 +7,22 @@
 #include "app/release.h"
 #include "check/patient_check.h"
 #include "data/system_settings_file.h"
+#include "language/language_catalogue.h"
 #include "language/messages.h"
 #include "platform/qt_system.h"
 
 namespace zel {
 
-int run_check(const QString& folder) {
+int run_check(const QString& app_data_path, const QString& folder) {
     if (!QFileInfo(folder).isDir()) {
         std::fprintf(stderr, "zelmoor: %s: not a folder\n", qPrintable(folder));
         return 2;
     }
-    // The built-in catalogue, as the review opened alone uses: the curve files' first line
-    // and the quarantine folder's name are messages of it.
-    load_default_messages();
+    // The curve files' first line and the quarantine folder's name are messages of the
+    // catalogue: read in the language the console at this site writes them in, as the review.
     const QtLocale locale;
+    load_default_messages();
+    load_language_in_force(app_data_path, locale.decimal_separator());
     CheckSettings settings;
     settings.patient_parameter_filestamp =
         QString::fromLatin1(release::patient_parameter_filestamp);

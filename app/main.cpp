@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
     QStringList args;
     for (int k = 1; k < argc; ++k) args.append(QString::fromLocal8Bit(argv[k]));
     const zel::CommandLine line = zel::parse_command_line(args);
+    const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
     switch (line.mode) {
         case zel::CommandLine::Mode::help:
             std::fputs(qPrintable(zel::console_help_text()), stdout);
@@ -41,14 +42,13 @@ int main(int argc, char** argv) {
             return 2;
         case zel::CommandLine::Mode::check: {
             QCoreApplication core(argc, argv);
-            return zel::run_check(line.folder);
+            return zel::run_check(app_data_path, line.folder);
         }
         case zel::CommandLine::Mode::review:
         case zel::CommandLine::Mode::console:
             break;
     }
     QApplication app(argc, argv);
-    const QString app_data_path = QDir::homePath() + QStringLiteral("/.local/share/zelmoor");
     // zelmoor --review FILE...: the review window alone, on those curve files.
     if (line.mode == zel::CommandLine::Mode::review)
         return zel::run_review(app_data_path, line.files);
