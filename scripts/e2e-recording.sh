@@ -166,8 +166,9 @@ for i in range(1, len(samples)):
         unseen += skipped
         found = next((c for c in uploads if c > at), None)
         assert found is not None, "the module was not found again after the cut"
-        assert all(f[0] < found for f in frames[matched[i - 1] + 1:matched[i]]), (
-            "frames lost after the module was found again")
+        late = [f for f in frames[matched[i - 1] + 1:matched[i]] if f[0] >= found]
+        assert not late, "%d frames lost after the module was found again at %.3f s, from %.3f s" % (
+            len(late), found, late[0][0])
     else:
         raise AssertionError("at %.2f s: %d frames skipped, time moved %d frames" % (
             samples[i - 1][0], skipped, counted))
