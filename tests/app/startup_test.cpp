@@ -149,18 +149,23 @@ TEST(Shutdown, with_no_patient_asks_nothing_and_sends_nothing) {
     EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
 }
 
+// Doe, Jane, A1 in force, session 1, with her folder.
+void define_patient(Rig& rig) {
+    rig.form.patient_defined = true;
+    rig.form.data_directory = rig.app_data.path();
+    rig.form.patient_last_name = QStringLiteral("Doe");
+    rig.form.patient_first_name = QStringLiteral("Jane");
+    rig.form.patient_medical_id = QStringLiteral("A1");
+    rig.form.session = QStringLiteral("1");
+    QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
+}
+
 TEST(Shutdown, with_a_patient_asks_to_save_and_cancel_changes_nothing) {
     struct Case { int button; bool ends; };
     for (const Case c : {Case{2, false}, Case{1, true}, Case{0, true}}) {
         Rig rig;
-        rig.form.patient_defined = true;
+        define_patient(rig);
         rig.form.Gated_Treatment = true;
-        rig.form.data_directory = rig.app_data.path();
-        rig.form.patient_last_name = QStringLiteral("Doe");
-        rig.form.patient_first_name = QStringLiteral("Jane");
-        rig.form.patient_medical_id = QStringLiteral("A1");
-        rig.form.session = QStringLiteral("1");
-        QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
         rig.form.hhkLowLevelKybd = rig.fakes.windows.install_key_guard();
         rig.fakes.windows.answer(c.button);
         rig.form.zel_exit_Click();
@@ -182,14 +187,8 @@ TEST(Shutdown, with_a_patient_asks_to_save_and_cancel_changes_nothing) {
 TEST(Shutdown, leaves_a_running_recording_read_only_and_a_paused_one_writable) {
     for (const bool paused : {false, true}) {
         Rig rig;
-        rig.form.patient_defined = true;
-        rig.form.data_directory = rig.app_data.path();
-        rig.form.patient_last_name = QStringLiteral("Doe");
-        rig.form.patient_first_name = QStringLiteral("Jane");
-        rig.form.patient_medical_id = QStringLiteral("A1");
-        rig.form.session = QStringLiteral("1");
+        define_patient(rig);
         rig.form.cmdRecord.Enabled = true;
-        QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
         rig.form.cmdRecord_Click();
         rig.fakes.serial.receive(data_frame(0x06, 1, 250));
         if (paused) rig.form.cmdPause_Click();
