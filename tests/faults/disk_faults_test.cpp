@@ -6,10 +6,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <cerrno>
 #include <functional>
 #include <set>
 
+#include "data/whole_file.h"
 #include "faults/fault_injection.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
@@ -349,6 +351,25 @@ TEST(DiskFaults, a_recording_whose_folder_vanished_ends_at_the_next_line) {
     EXPECT_EQ(rig.ended.size(), 1);
     EXPECT_TRUE(contents(gone + QStringLiteral("/Doe_3.dat")).startsWith(before));
     EXPECT_FALSE(QFileInfo::exists(rig.folder())) << "no folder made anew";
+}
+
+// The rename is made to last by synchronising the folder: the disk failing that sync fails the
+// save, while a folder that can not be opened for it keeps the replacement as it stands.
+TEST(DiskFaults, the_folder_is_synchronised_after_a_replacement) {
+    QTemporaryDir dir;
+    const QString folder = dir.path() + QStringLiteral("/share");
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString path = folder + QStringLiteral("/session.ini");
+    struct Case { Call call; int error; bool saved; };
+    for (const Case c : {Case{Call::sync, EIO, false}, Case{Call::open, EACCES, true}}) {
+        inject(c.call, c.error, "/share$");
+        const bool saved = replace_whole_file(path, "[HEADER]\r\n");
+        const int failed = failures();
+        clear_faults();
+        EXPECT_EQ(saved, c.saved) << static_cast<int>(c.call);
+        EXPECT_EQ(failed, 1) << static_cast<int>(c.call);
+        EXPECT_EQ(contents(path), QByteArray("[HEADER]\r\n"));
+    }
 }
 
 // The export and the review's source curve: a failed export leaves the file of that name.

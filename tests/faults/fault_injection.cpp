@@ -40,8 +40,13 @@ F real(const char* name) {
 bool strikes(Call call, const char* path) {
     State& s = state();
     std::lock_guard<std::mutex> hold(s.lock);
-    if (!s.armed || s.call != call || path == nullptr ||
-        std::string(path).find(s.part) == std::string::npos)
+    if (!s.armed || s.call != call || path == nullptr) return false;
+    const std::string text(path);
+    const bool at_end = !s.part.empty() && s.part.back() == '$';
+    const std::string part = at_end ? s.part.substr(0, s.part.size() - 1) : s.part;
+    if (at_end ? !(text.size() >= part.size() &&
+                   text.compare(text.size() - part.size(), part.size(), part) == 0)
+               : text.find(part) == std::string::npos)
         return false;
     ++s.failed;
     errno = s.error;

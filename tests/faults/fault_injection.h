@@ -3,7 +3,8 @@
 // program defines these calls itself, so that the console's code and Qt's reach them before
 // the C library's: a full disk, a quota, an I/O error or a read-only share without root.
 //   inject(call, error, part)   each later such call on a path holding `part` fails with
-//                               `error`; a write, sync or close on a file opened by such a path
+//                               `error`; a write, sync or close on a file opened by such a path;
+//                               a `part` ending in "$" must end the path (a folder, not its files)
 //   clear()                     every call works again
 //   failures()                  how many calls failed since the last inject
 #include <string>
