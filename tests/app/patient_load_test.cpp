@@ -109,15 +109,6 @@ TEST(PatientCreate, a_cancelled_dialog_leaves_no_patient_and_no_names) {
               (QStringList{"Close()", "SetRelayEnablePermission(1)", "Close()"}));
 }
 
-TEST(PatientCreate, the_menu_does_nothing_during_a_hold) {
-    WorkflowRig rig;
-    rig.form.b_state = 2;
-    rig.form.create_new_patient_Click();
-    rig.form.load_existing_patient_Click();
-    EXPECT_TRUE(rig.fakes.windows.log.isEmpty());
-    EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
-}
-
 TEST(PatientLoad, a_saved_patient_comes_back_with_its_settings_for_a_new_session) {
     WorkflowRig rig;
     rig.create(false, QStringLiteral("1.5"));

@@ -85,12 +85,19 @@ TEST(PatientWorkflow, reset_patient_ends_a_running_recording_read_only) {
     EXPECT_GT(QFileInfo(rig.form.record_filename).size(), 0);
 }
 
-TEST(PatientWorkflow, patient_menu_entries_do_nothing_during_a_hold) {
-    for (int16_t state : {2, 3, 4}) {
+// The File and Settings menus' handlers during a hold: no window, no box, no file, nothing to
+// the module, no redraw.
+TEST(PatientWorkflow, patient_and_settings_menu_entries_do_nothing_during_a_hold) {
+    for (int16_t state : {2, 3, 4, 5}) {
         PatientRig rig;
         rig.form.b_state = state;
+        rig.form.Timer_HeartBeat->set_Enabled(true);
         rig.form.create_new_patient_Click();
         rig.form.load_existing_patient_Click();
+        rig.form.Patient_Settings_Click();
+        rig.form.Control_Panel_Click();
+        EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled()) << state;
+        EXPECT_EQ(rig.fakes.chart.clears, 0) << state;
         EXPECT_TRUE(rig.fakes.windows.log.isEmpty()) << state;
         EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty()) << state;
         EXPECT_TRUE(rig.fakes.dialogs.opened_in.isEmpty()) << state;

@@ -252,18 +252,6 @@ TEST(Form11, cancel_after_a_display_change_asks) {
 
 // ---- The System Settings menu entry --------------------------------------------------------
 
-TEST(SystemSettingsMenu, does_nothing_while_a_hold_is_armed_or_running) {
-    for (int16_t state : {2, 3, 4, 5}) {
-        DialogRig rig;
-        rig.form.b_state = state;
-        rig.form.Timer_HeartBeat->set_Enabled(true);
-        rig.form.Control_Panel_Click();
-        EXPECT_TRUE(rig.fakes.windows.log.isEmpty()) << state;
-        EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled());
-        EXPECT_EQ(rig.fakes.chart.clears, 0);
-    }
-}
-
 TEST(SystemSettingsMenu, keeps_the_link_saves_the_patient_and_redraws) {
     for (bool defined : {true, false}) {
         DialogRig rig;

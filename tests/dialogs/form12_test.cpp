@@ -286,18 +286,6 @@ struct MenuRig : DialogRig {
     QString zel_file() const { return data.path() + QStringLiteral("/Doe_Jane_MR7/Doe.zel"); }
 };
 
-TEST(PatientSettingsMenu, does_nothing_while_a_hold_is_armed_or_running) {
-    for (int16_t state : {2, 3, 4, 5}) {
-        MenuRig rig;
-        rig.form.b_state = state;
-        rig.form.patient_settings_cancel = true;
-        rig.form.Patient_Settings_Click();
-        EXPECT_TRUE(rig.fakes.windows.log.isEmpty()) << state;
-        EXPECT_TRUE(rig.form.patient_settings_cancel);
-        EXPECT_FALSE(QFile::exists(rig.zel_file()));
-    }
-}
-
 TEST(PatientSettingsMenu, saves_and_uploads_only_what_the_dialog_saved) {
     struct Case {
         bool save;
