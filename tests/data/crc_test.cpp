@@ -1,4 +1,7 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
 #include <zlib.h>
 
 #include <QFile>
@@ -143,6 +146,23 @@ TEST_F(CrcFiles, missing_and_folder_paths_fail_as_file_not_found) {
             EXPECT_TRUE(e.source.endsWith(".File")) << e.source.toStdString();
         }
     }
+}
+
+// A file another program holds locked for writing is in use: permission denied, not a broken
+// file.
+TEST_F(CrcFiles, a_file_locked_by_a_writer_fails_as_permission_denied) {
+    const QString path = write("busy.zel", "123456789");
+    const int writer = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(writer, 0);
+    ASSERT_EQ(::flock(writer, LOCK_EX | LOCK_NB), 0);
+    try {
+        CalculateCRC(path);
+        ADD_FAILURE() << "read while locked";
+    } catch (const ZelError& e) {
+        EXPECT_EQ(e.number, err_permission_denied);
+    }
+    ::close(writer);
+    EXPECT_EQ(CalculateCRC(path), static_cast<int32_t>(0xCBF43926u));
 }
 
 // ".Doe.zel" was once taken for a hidden file: its CRC failed and the patient could not load.
