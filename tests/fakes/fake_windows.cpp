@@ -41,9 +41,10 @@ void FakeWindows::unload(Window window) {
 }
 
 int FakeWindows::show_message(Window window, const QString&, const QStringList& texts,
-                              const QStringList&) {
+                              const QStringList& buttons) {
     log.append(QStringLiteral("show ") + name(window));
     message_texts.push_back(texts);
+    message_buttons.push_back(buttons);
     open.push_back(window);
     unloaded[window] = false;
     if (auto script = scripts.find(window); script != scripts.end()) script->second();

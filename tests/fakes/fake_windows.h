@@ -32,8 +32,9 @@ public:
     void press(Window window, int button) { presses[window].push_back(button); }
     // The windows shown and not yet ended, innermost last.
     std::vector<Window> open;
-    // The texts of every message window shown, in order.
+    // The texts and the buttons of every message window shown, in order.
     std::vector<QStringList> message_texts;
+    std::vector<QStringList> message_buttons;
 
     QStringList log;
     bool main_visible = true;

@@ -88,6 +88,9 @@ TEST(GatedTreatment, the_operator_chooses_manual_or_automated_after_a_hardware_p
         GatingRig rig;
         rig.fakes.windows.press(Window::Form_OverRide_Enable, button);
         rig.poll("^X:?EL");
+        // The operator's choice is read off the buttons: automated first, manual second.
+        EXPECT_EQ(rig.fakes.windows.message_buttons.at(0),
+                  (QStringList{message_text(268), message_text(269)}));
         EXPECT_EQ(rig.form.Gating_OverRide, button == 1);
         EXPECT_EQ(rig.form.gating_label.Caption, message_text(button == 1 ? 269 : 268));
         EXPECT_FALSE(rig.form.tarrow_error_lock);
