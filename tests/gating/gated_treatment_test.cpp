@@ -114,6 +114,12 @@ TEST(GatedTreatment, the_way_back_from_manual_waits_for_the_end_of_the_hold) {
     EXPECT_FALSE(rig.form.Gating_OverRide);
     EXPECT_EQ(rig.form.gating_label.Caption, message_text(268));
     EXPECT_FALSE(rig.form.tarrow_error_lock);
+
+    // A system that answers again but is not enabled offers the way back all the same.
+    GatingRig disabled;
+    disabled.form.Gating_OverRide = true;
+    disabled.poll("^O:?DL");
+    EXPECT_EQ(disabled.shown(), QStringList{QStringLiteral("show Form_OverRide_Disable")});
 }
 
 TEST(GatedTreatment, a_question_withdrawn_when_the_system_recovers_and_never_stacked) {
