@@ -191,8 +191,7 @@ int main(int argc, char** argv) {
     QObject::connect(&host, &zelsim::SimHost::quit_requested, app.get(), &QCoreApplication::quit,
                      Qt::QueuedConnection);
     quit_on_signals(*app);
-    QObject::connect(&host, &zelsim::SimHost::message, app.get(),
-                     [](const QString& text) { fail(text); });
+    QObject::connect(&host, &zelsim::SimHost::message, app.get(), [](const QString& text) { fail(text); });
     if (const QString error = host.start(); !error.isEmpty()) {
         fail(error);
         return 1;

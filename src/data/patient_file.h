@@ -25,8 +25,8 @@ struct PatientParameters {
 QString patient_folder(const QString& data_directory, const QString& last, const QString& first,
                        const QString& id);
 // "<folder>/<last>.zel": only the last name names the file.
-QString patient_file_path(const QString& data_directory, const QString& last, const QString& first,
-                          const QString& id);
+QString patient_file_path(const QString& data_directory, const QString& last,
+                          const QString& first, const QString& id);
 // Every ".zel" of the path replaced by ".sfv", exactly and case-sensitively.
 QString companion_path(const QString& zel_path);
 
@@ -77,6 +77,7 @@ struct PatientFileReading {
 // or companion that can't be read, too few lines (62) or a value that doesn't convert (13, 6)
 // fail with their numbers.
 PatientFileReading read_patient_file(const QString& zel_path, const QString& stamp,
-                                     const QString& software_version, const QString& number_format);
+                                     const QString& software_version,
+                                     const QString& number_format);
 
 }  // namespace zel

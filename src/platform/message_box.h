@@ -18,7 +18,7 @@ enum MsgBoxStyle : int {
 enum MsgBoxResult : int { vbOK = 1, vbCancel = 2, vbYes = 6, vbNo = 7 };
 
 class MessageBoxes {
-  public:
+public:
     virtual ~MessageBoxes() = default;
     virtual int MsgBox(const QString& prompt, int style = vbOKOnly, const QString& title = {}) = 0;
     // A box that stands beside the work: it returns at once, and timers and frames go on.

@@ -58,8 +58,8 @@ QString denying_group(const QString& device) {
 QStringList serial_port_paths(const QString& app_data_path) {
     QStringList paths;
     const QDir links(app_data_path + QStringLiteral("/ports"));
-    for (const QString& name :
-         links.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name))
+    for (const QString& name : links.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
+                                               QDir::Name))
         paths.append(links.filePath(name));
     paths.append(machine_port_paths());
     while (paths.size() > 20) paths.removeLast();

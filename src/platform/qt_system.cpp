@@ -26,8 +26,7 @@ QString QtLocale::medium_date(const QDate& date) const {
 QString QtLocale::medium_time(const QTime& time) const {
     // The short time format, with seconds added where it has none.
     QString format = QLocale::system().timeFormat(QLocale::ShortFormat);
-    if (!format.contains(QLatin1Char('s')))
-        format.replace(QStringLiteral("mm"), QStringLiteral("mm:ss"));
+    if (!format.contains(QLatin1Char('s'))) format.replace(QStringLiteral("mm"), QStringLiteral("mm:ss"));
     return QLocale::system().toString(time, format);
 }
 
@@ -40,50 +39,30 @@ QString QtLocale::general_date(const QDateTime& when) const {
 int QtMessageBoxes::MsgBox(const QString& prompt, int style, const QString& title) {
     // What the operator was told stands in the program's output too, for the service engineer
     // who looks into a failure afterwards.
-    std::fprintf(stderr, "zelmoor: message: %s\n",
-                 qPrintable(QString(prompt).replace(QLatin1Char('\n'), QLatin1Char(' '))));
+    std::fprintf(stderr, "zelmoor: message: %s\n", qPrintable(QString(prompt).replace(QLatin1Char('\n'), QLatin1Char(' '))));
     QMessageBox box(parent);
     box.setWindowTitle(title.isEmpty() ? QStringLiteral("Zelmoor") : title);
     box.setText(prompt);
     switch (style & 0x70) {
-        case vbCritical:
-            box.setIcon(QMessageBox::Critical);
-            break;
-        case vbQuestion:
-            box.setIcon(QMessageBox::Question);
-            break;
-        case vbExclamation:
-            box.setIcon(QMessageBox::Warning);
-            break;
-        case vbInformation:
-            box.setIcon(QMessageBox::Information);
-            break;
-        default:
-            break;
+        case vbCritical: box.setIcon(QMessageBox::Critical); break;
+        case vbQuestion: box.setIcon(QMessageBox::Question); break;
+        case vbExclamation: box.setIcon(QMessageBox::Warning); break;
+        case vbInformation: box.setIcon(QMessageBox::Information); break;
+        default: break;
     }
     switch (style & 0x0F) {
-        case vbOKCancel:
-            box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
-            break;
+        case vbOKCancel: box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel); break;
         case vbYesNoCancel:
             box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
             break;
-        case vbYesNo:
-            box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-            break;
-        default:
-            box.setStandardButtons(QMessageBox::Ok);
-            break;
+        case vbYesNo: box.setStandardButtons(QMessageBox::Yes | QMessageBox::No); break;
+        default: box.setStandardButtons(QMessageBox::Ok); break;
     }
     switch (box.exec()) {
-        case QMessageBox::Cancel:
-            return vbCancel;
-        case QMessageBox::Yes:
-            return vbYes;
-        case QMessageBox::No:
-            return vbNo;
-        default:
-            return vbOK;
+        case QMessageBox::Cancel: return vbCancel;
+        case QMessageBox::Yes: return vbYes;
+        case QMessageBox::No: return vbNo;
+        default: return vbOK;
     }
 }
 

@@ -9,12 +9,12 @@
 namespace zel {
 
 class QtClock final : public Clock {
-  public:
+public:
     QDateTime now() const override { return QDateTime::currentDateTime(); }
 };
 
 class QtLocale final : public Locale {
-  public:
+public:
     QChar decimal_separator() const override;
     QString long_date(const QDate& date) const override;
     QString medium_date(const QDate& date) const override;
@@ -23,7 +23,7 @@ class QtLocale final : public Locale {
 };
 
 class QtMessageBoxes final : public MessageBoxes {
-  public:
+public:
     int MsgBox(const QString& prompt, int style, const QString& title) override;
     QString InputBox(const QString& prompt) override;
     void notice(const QString& text) override;

@@ -25,7 +25,7 @@ namespace zel::test {
 //   deny_open(n, device, group)   port number n exists, but this user may not open it
 //   ports(n)         how many port numbers exist (others give an invalid-port error)
 class FakeSerialPort final : public SerialPort {
-  public:
+public:
     void set_CommPort(int number) override;
     int CommPort() const override { return port_number; }
     void set_PortOpen(bool open) override;
@@ -49,7 +49,7 @@ class FakeSerialPort final : public SerialPort {
     int notifications = 0;
     std::vector<int> opened;  // port numbers in the order they were opened
 
-  private:
+private:
     std::deque<uint8_t> inbox;
     QByteArray output;
     std::vector<int> refusing;
@@ -61,7 +61,7 @@ class FakeSerialPort final : public SerialPort {
 
 // Timers ticked by hand. `get(name)` finds a timer by its control name.
 class FakeTimer final : public Timer {
-  public:
+public:
     void set_Interval(int milliseconds) override { interval = milliseconds; }
     int Interval() const override { return interval; }
     void set_Enabled(bool enabled) override { is_enabled = enabled; }
@@ -69,29 +69,29 @@ class FakeTimer final : public Timer {
     // Runs the tick handler if the timer is on and has an interval, as a real timer would.
     void tick();
 
-  private:
+private:
     int interval = 0;
     bool is_enabled = false;
 };
 
 class FakeTimerFactory final : public TimerFactory {
-  public:
+public:
     std::unique_ptr<Timer> create(const char* name) override;
     FakeTimer& get(const std::string& name);
 
-  private:
+private:
     std::map<std::string, FakeTimer*> by_name;
 };
 
 class FakeClock final : public Clock {
-  public:
+public:
     QDateTime now() const override { return when; }
     QDateTime when{QDate(2026, 11, 22), QTime(9, 5, 7)};
 };
 
 // English formats; the decimal separator is set by the test.
 class FakeLocale final : public Locale {
-  public:
+public:
     QChar decimal_separator() const override { return separator; }
     QString long_date(const QDate& date) const override;
     QString medium_date(const QDate& date) const override;
@@ -102,7 +102,7 @@ class FakeLocale final : public Locale {
 
 // Message boxes answered from a script; every box shown is kept.
 class FakeMessageBoxes final : public MessageBoxes {
-  public:
+public:
     int MsgBox(const QString& prompt, int style, const QString& title) override;
     void answer(int result) { answers.push_back(result); }
     // The next prompt returns `text`; an unscripted prompt is cancelled.
@@ -115,7 +115,7 @@ class FakeMessageBoxes final : public MessageBoxes {
     std::vector<int> styles;            // the style of each box shown
     std::function<void()> while_shown;  // runs inside the box, as the nested event loop would
 
-  private:
+private:
     std::deque<int> answers;
     std::deque<QString> typed;
 };
@@ -124,7 +124,7 @@ class FakeMessageBoxes final : public MessageBoxes {
 //   scale x1 y1 x2 y2 | clear | style dotted|solid | width n | fore r,g,b
 //   line x1 y1 x2 y2 [r,g,b] | box x1 y1 x2 y2 r,g,b
 class RecordingSurface final : public ChartSurface {
-  public:
+public:
     void set_scale(double x1, double y1, double x2, double y2) override;
     void clear() override;
     void set_line_style(LineStyle style) override;
@@ -146,7 +146,7 @@ class RecordingSurface final : public ChartSurface {
     QStringList log;              // everything, in order
     int clears = 0;
 
-  private:
+private:
     LineStyle style = LineStyle::solid;
     int width = 1;
     Rgb fore{0, 0, 0};
@@ -165,7 +165,7 @@ struct FakePlatform {
     FakeFileDialogs dialogs;
     FakeWindows windows;
     ChartSurface* drawn_on;
-    Platform platform{serial, timers,  clock,  locale, boxes, drawn_on ? *drawn_on : chart,
+    Platform platform{serial, timers, clock,   locale, boxes, drawn_on ? *drawn_on : chart,
                       tarrow, dialogs, windows};
 };
 

@@ -18,14 +18,14 @@ struct LinkRig : Rig {
 };
 
 TEST(StatusFrame, converts_levels_and_judges_them_at_their_limits) {
-    struct Case {
-        uint8_t battery, line, pressure, vacuum;
-        bool battery_ok, line_ok, pneumatics_ok;
-    };
+    struct Case { uint8_t battery, line, pressure, vacuum; bool battery_ok, line_ok, pneumatics_ok; };
     const Case cases[] = {
-        {104, 171, 200, 200, true, true, true},  {103, 171, 200, 200, false, true, true},
-        {104, 170, 200, 200, true, false, true}, {104, 171, 0, 200, true, true, false},
-        {104, 171, 200, 0, true, true, false},   {255, 255, 255, 255, true, true, true},
+        {104, 171, 200, 200, true, true, true},
+        {103, 171, 200, 200, false, true, true},
+        {104, 170, 200, 200, true, false, true},
+        {104, 171, 0, 200, true, true, false},
+        {104, 171, 200, 0, true, true, false},
+        {255, 255, 255, 255, true, true, true},
     };
     for (const auto& c : cases) {
         LinkRig rig;
