@@ -14,7 +14,11 @@ build / timed out. Last: "mutation score K/M", the killed (timed out counted as 
 the mutants that built.
 
 Environment: MUTANT_BUILD (build folder), MUTANT_TIMEOUT (seconds a test binary may run, 120),
-MUTANT_ONLY (a path prefix under src/ to draw the places from, e.g. src/gating).
+MUTANT_ONLY (a path prefix under src/ to draw the places from, e.g. src/gating),
+MUTANT_AT (a commit: draw the places from src/ as it stood there, so that a later run puts the
+same mutants to a changed suite; each is planted on the line of today's file that still reads
+as that line did, the nearest one, or counted "gone" when no line does),
+MUTANT_PICK (numbers among the drawn mutants to run, e.g. 3,17,40; the others are skipped).
 """
 import os
 import random
@@ -87,9 +91,11 @@ def matching_paren(text, open_at):
 
 
 def candidates_of(path):
-    rel = os.path.relpath(path, ROOT)
     with open(path, encoding="utf-8") as f:
-        lines = f.read().split("\n")
+        return candidates_in(os.path.relpath(path, ROOT), f.read().split("\n"))
+
+
+def candidates_in(rel, lines):
     found = []
     in_block_comment = False
     for n, line in enumerate(lines):
@@ -122,6 +128,24 @@ def candidates_of(path):
         if call and not re.match(r"\s*(return|delete|throw|case|else|do)\b", m) and "=" not in m:
             found.append((rel, n, 0, line, call.group(1) + ";", "call removed: " + stripped))
     return lines, found
+
+
+def sources_at(commit):
+    """{path: lines} of src/*.cpp as they stood at the commit."""
+    listed = subprocess.run(["git", "ls-tree", "-r", "--name-only", commit, "src"], cwd=SOURCE,
+                            check=True, capture_output=True, text=True).stdout.split()
+    return {rel: subprocess.run(["git", "show", "%s:%s" % (commit, rel)], cwd=SOURCE, check=True,
+                                capture_output=True, text=True).stdout.split("\n")
+            for rel in listed if rel.endswith(".cpp")}
+
+
+def replanted(candidate, then, now):
+    """The candidate moved to the line of today's file that reads as its line did then."""
+    rel, n = candidate[0], candidate[1]
+    same = [k for k, line in enumerate(now) if line == then[n]]
+    if not same:
+        return None
+    return (rel, min(same, key=lambda k: abs(k - n))) + candidate[2:]
 
 
 def apply(lines, candidate):
@@ -217,12 +241,28 @@ def main():
         lines, found = candidates_of(f)
         originals[os.path.relpath(f, ROOT)] = lines
         every.extend(found)
+    at = os.environ.get("MUTANT_AT")
+    if at:
+        then = {rel: lines for rel, lines in sources_at(at).items() if rel.startswith(ONLY)}
+        every = [c for rel in sorted(then) for c in candidates_in(rel, then[rel])[1]]
     chosen = random.Random(seed).sample(every, min(n, len(every)))
-    print("mutants: %d of %d places, seed %d" % (len(chosen), len(every), seed), flush=True)
+    print("mutants: %d of %d places, seed %d%s" % (len(chosen), len(every), seed,
+                                                   ", drawn at " + at if at else ""), flush=True)
+    pick = {int(k) for k in os.environ.get("MUTANT_PICK", "").split(",") if k.strip()}
 
-    tally = {"killed": 0, "survived": 0, "did not build": 0, "timed out": 0}
+    tally = {"killed": 0, "survived": 0, "did not build": 0, "timed out": 0, "gone": 0}
     started = time.monotonic()
     for k, candidate in enumerate(chosen, 1):
+        if pick and k not in pick:
+            continue
+        if at:
+            moved = replanted(candidate, then[candidate[0]], originals.get(candidate[0], []))
+            if moved is None:
+                tally["gone"] += 1
+                print("%3d %s:%d  %s  gone" % (k, candidate[0], candidate[1] + 1,
+                                               candidate[5][:80]), flush=True)
+                continue
+            candidate = moved
         rel, line_no = candidate[0], candidate[1]
         path = os.path.join(ROOT, rel)
         saved = os.path.join(BACKUP, rel)
