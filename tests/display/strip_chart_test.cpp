@@ -8,34 +8,42 @@ namespace zel::test {
 namespace {
 
 using Stroke = RecordingSurface::Stroke;
-constexpr Rgb grid{255, 192, 128}, green{0, 255, 0}, red{255, 0, 0}, blue{0, 0, 255};
 
 std::vector<Stroke> strokes_where(const Rig& rig, auto predicate) {
     std::vector<Stroke> out;
-    for (const Stroke& s : rig.fakes.chart.strokes)
-        if (predicate(s)) out.push_back(s);
+    std::copy_if(rig.fakes.chart.strokes.begin(), rig.fakes.chart.strokes.end(),
+                 std::back_inserter(out), predicate);
     return out;
 }
 
-bool is_horizontal_grid(const Stroke& s) {
-    return !s.is_box && s.style == LineStyle::dotted && s.y1 == s.y2;
-}
-bool is_vertical_grid(const Stroke& s) {
-    return !s.is_box && s.style == LineStyle::dotted && s.x1 == s.x2;
+// A stroke as "x1 y1 x2 y2 colour width", enough to tell every line of the chart apart.
+std::string drawn(const Stroke& s) {
+    return QStringLiteral("%1 %2 %3 %4 %5,%6,%7 %8")
+        .arg(s.x1).arg(s.y1).arg(s.x2).arg(s.y2)
+        .arg(s.colour.r).arg(s.colour.g).arg(s.colour.b).arg(s.width).toStdString();
 }
 
-TEST(StripChart, draws_eight_horizontal_grid_lines_the_last_on_the_bottom_edge) {
+TEST(StripChart, draws_the_grid_the_zero_line_and_the_wide_green_threshold) {
     Rig rig;
+    rig.form.thresh = 0.75f;
     rig.form.draw_chart();
-    std::vector<double> ys;
-    for (const Stroke& s : strokes_where(rig, is_horizontal_grid)) {
-        EXPECT_EQ(s.colour, grid);
-        EXPECT_EQ(s.width, 1);
-        ys.push_back(s.y1);
+    std::vector<std::string> horizontal, solid;
+    for (const Stroke& s : rig.fakes.chart.strokes) {
+        if (s.is_box || s.y1 != s.y2) continue;
+        (s.style == LineStyle::dotted ? horizontal : solid).push_back(drawn(s));
     }
-    EXPECT_EQ(ys, (std::vector<double>{-1.5, -1, -0.5, 0, 0.5, 1, 1.5, 2}));
+    // Eight dotted lines, the last on the bottom edge; volumes stand negated.
+    EXPECT_EQ(horizontal, (std::vector<std::string>{
+                              "0 -1.5 1000 -1.5 255,192,128 1", "0 -1 1000 -1 255,192,128 1",
+                              "0 -0.5 1000 -0.5 255,192,128 1", "0 0 1000 0 255,192,128 1",
+                              "0 0.5 1000 0.5 255,192,128 1", "0 1 1000 1 255,192,128 1",
+                              "0 1.5 1000 1.5 255,192,128 1", "0 2 1000 2 255,192,128 1"}));
+    EXPECT_EQ(solid, (std::vector<std::string>{"0 0 1000 0 255,192,128 1",
+                                               "0 -0.75 1000 -0.75 0,255,0 4"}));
     EXPECT_EQ(rig.fakes.chart.log.mid(0, 2),
               (QStringList{QStringLiteral("scale 0 -2 1000 2"), QStringLiteral("clear")}));
+    rig.form.max_y = rig.form.min_y = 0;
+    EXPECT_THROW(rig.form.draw_chart(), ZelError);  // a flat scale
 }
 
 TEST(StripChart, issues_one_vertical_line_a_second_whatever_the_division) {
@@ -48,27 +56,15 @@ TEST(StripChart, issues_one_vertical_line_a_second_whatever_the_division) {
         rig.form.max_x = c.max_x;
         rig.form.x_scale_factor = c.scale;
         rig.form.draw_chart();
-        const auto lines = strokes_where(rig, is_vertical_grid);
+        const auto lines = strokes_where(rig, [](const Stroke& s) {
+            return !s.is_box && s.style == LineStyle::dotted && s.x1 == s.x2;
+        });
         EXPECT_EQ(static_cast<int>(lines.size()), c.issued) << c.max_x << " " << c.scale;
         const auto inside = std::count_if(lines.begin(), lines.end(),
                                           [&](const Stroke& s) { return s.x1 <= c.max_x; });
         EXPECT_EQ(inside, c.inside) << c.max_x << " " << c.scale;
         EXPECT_DOUBLE_EQ(lines.front().x1, 50.0 * c.scale);
     }
-}
-
-TEST(StripChart, zero_line_solid_and_threshold_line_wide_and_green) {
-    Rig rig;
-    rig.form.thresh = 0.8f;
-    rig.form.draw_chart();
-    const auto solid = strokes_where(rig, [](const Stroke& s) { return s.style == LineStyle::solid; });
-    ASSERT_EQ(solid.size(), 2u);
-    EXPECT_EQ(solid[0].colour, grid);
-    EXPECT_EQ(solid[0].width, 1);
-    EXPECT_EQ(solid[0].y1, 0);
-    EXPECT_EQ(solid[1].colour, green);
-    EXPECT_EQ(solid[1].width, 4);
-    EXPECT_FLOAT_EQ(static_cast<float>(solid[1].y1), -0.8f);  // volumes stand negated
 }
 
 TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
@@ -94,33 +90,23 @@ TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
     }
 }
 
-TEST(StripChart, a_flat_scale_is_a_fault) {
-    Rig rig;
-    rig.form.max_y = 0;
-    rig.form.min_y = 0;
-    EXPECT_THROW(rig.form.draw_chart(), ZelError);
-}
-
 TEST(StripChart, the_box_frames_the_armed_region_only_while_armed_or_holding) {
-    struct Case { int16_t b_state; bool inhale; bool drawn; double far_y; };
+    struct Case { int16_t b_state; bool inhale; const char* box; };
     const Case cases[] = {
-        {0, true, false, 0}, {1, true, false, 0}, {5, true, false, 0},
-        {2, true, true, -2}, {3, false, true, 2}, {4, true, true, -2}, {4, false, true, 2},
+        {0, true, nullptr}, {1, true, nullptr}, {5, true, nullptr},
+        {2, true, "0 -1.2 1000 -2 0,255,0 4"}, {3, false, "0 -1.2 1000 2 0,255,0 4"},
+        {4, true, "0 -1.2 1000 -2 0,255,0 4"}, {4, false, "0 -1.2 1000 2 0,255,0 4"},
     };
     for (const auto& c : cases) {
         Rig rig;
         rig.form.b_state = c.b_state;
         rig.form.inhale = c.inhale;
         rig.form.draw_chart();
-        const auto boxes = strokes_where(rig, [](const Stroke& s) { return s.is_box; });
-        ASSERT_EQ(boxes.size(), c.drawn ? 1u : 0u) << c.b_state;
-        if (!c.drawn) continue;
-        EXPECT_EQ(boxes[0].colour, green);
-        EXPECT_EQ(boxes[0].width, 4);
-        EXPECT_EQ(boxes[0].x1, 0);
-        EXPECT_EQ(boxes[0].x2, 1000);
-        EXPECT_FLOAT_EQ(static_cast<float>(boxes[0].y1), -1.2f);
-        EXPECT_EQ(boxes[0].y2, c.far_y);
+        std::vector<std::string> boxes;
+        for (const Stroke& s : strokes_where(rig, [](const Stroke& s) { return s.is_box; }))
+            boxes.push_back(drawn(s));
+        EXPECT_EQ(boxes, c.box ? std::vector<std::string>{c.box} : std::vector<std::string>{})
+            << c.b_state << c.inhale;
     }
 }
 
@@ -136,8 +122,9 @@ TEST(StripChart, segments_follow_the_switch_and_the_sweep_wraps_after_max_x) {
     // switch as the frame before left it: the switch is read after the chart is drawn.
     QStringList segments;
     for (const QString& entry : rig.fakes.chart.log)
-        if (entry.startsWith(QStringLiteral("line")) && !entry.endsWith(QStringLiteral("255,192,128")) &&
-            entry.count(QLatin1Char(' ')) == 5 && !entry.endsWith(QStringLiteral("0,255,0")))
+        if (entry.startsWith(QStringLiteral("line")) && entry.count(QLatin1Char(' ')) == 5 &&
+            !entry.endsWith(QStringLiteral("255,192,128")) &&
+            !entry.endsWith(QStringLiteral("0,255,0")))
             segments.append(entry);
     EXPECT_EQ(segments, (QStringList{
                             QStringLiteral("line 1 0 2 -1 255,0,0"),
@@ -148,17 +135,12 @@ TEST(StripChart, segments_follow_the_switch_and_the_sweep_wraps_after_max_x) {
                         }));
     EXPECT_EQ(rig.fakes.chart.clears, 1);
     EXPECT_EQ(rig.form.counts, 2);
-}
 
-TEST(StripChart, a_redraw_mid_sweep_keeps_the_trace_position) {
-    Rig rig;
-    for (int k = 0; k < 10; ++k) rig.fakes.serial.receive(data_frame());
-    rig.form.draw_chart();
-    rig.fakes.serial.receive(data_frame());
-    const Stroke last = rig.fakes.chart.strokes.back();
-    EXPECT_EQ(last.x1, 11);
-    EXPECT_EQ(last.width, 3);
-    EXPECT_EQ(last.colour, red);
+    Rig redrawn;  // a redraw mid-sweep keeps the trace's place
+    for (int k = 0; k < 10; ++k) redrawn.fakes.serial.receive(data_frame());
+    redrawn.form.draw_chart();
+    redrawn.fakes.serial.receive(data_frame());
+    EXPECT_EQ(drawn(redrawn.fakes.chart.strokes.back()), "11 0 12 0 255,0,0 3");
 }
 
 TEST(ThresholdRegion, the_narrowed_volume_must_pass_the_threshold_strictly) {

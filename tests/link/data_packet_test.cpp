@@ -12,68 +12,48 @@ QByteArray raw_frame(uint8_t flags, uint8_t hi, uint8_t lo, uint8_t t_hi = 0, ui
     return with_checksum({131, flags, 1, hi, lo, t_hi, t_lo});
 }
 
-TEST(DataFrameVolume, decodes_the_full_signed_range) {
-    struct Case { uint8_t hi, lo; double litres; const char* label; };
+TEST(DataFrame, decodes_the_full_signed_volume_and_shows_the_time_left_upwards) {
+    struct Case {
+        uint8_t hi, lo; double litres; const char* label;
+        uint8_t t_hi, t_lo; double seconds; const char* shown; char separator = '.';
+    };
     const Case cases[] = {
-        {0xFF, 0xFF, -0.004, "volume [L]:   0.00"},
-        {0x00, 0x00, 0.0, "volume [L]:   0.00"},
-        {0x7F, 0xFF, 131.068, "volume [L]:   131.07"},
-        {0x80, 0x01, -131.068, "volume [L]:   -131.07"},
-        {0x00, 0xFA, 1.0, "volume [L]:   1.00"},
-        {0xFF, 0x06, -1.0, "volume [L]:   -1.00"},
-        {0x01, 0x00, 1.024, "volume [L]:   1.02"},
+        {0xFF, 0xFF, -0.004, "volume [L]:   0.00", 0x00, 0x32, 1.0, "1"},
+        {0x00, 0x00, 0.0, "volume [L]:   0.00", 0x00, 0x33, 1.02, "2"},
+        {0x7F, 0xFF, 131.068, "volume [L]:   131.07", 0x00, 0x01, 0.02, "1"},
+        {0x80, 0x01, -131.068, "volume [L]:   -131.07", 0x00, 0x00, 0.0, "0"},
+        {0x00, 0xFA, 1.0, "volume [L]:   1.00", 0x02, 0xEE, 15.0, "15"},
+        {0xFF, 0x06, -1.0, "volume [L]:   -1.00", 0xFF, 0xFF, 1310.7, "1311"},
+        {0x01, 0x00, 1.024, "volume [L]:   1.02", 0x00, 0x32, 1.0, "1"},
+        {0x00, 0x7D, 0.5, "volume [L]:   0,50", 0x00, 0x32, 1.0, "1", ','},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.label);
         Rig rig;
-        rig.fakes.serial.receive(raw_frame(0x04, c.hi, c.lo));
-        EXPECT_DOUBLE_EQ(rig.form.volume, c.litres) << int(c.hi) << " " << int(c.lo);
+        rig.fakes.locale.separator = QLatin1Char(c.separator);
+        rig.fakes.serial.receive(raw_frame(0x04, c.hi, c.lo, c.t_hi, c.t_lo));
+        EXPECT_DOUBLE_EQ(rig.form.volume, c.litres);
         EXPECT_EQ(rig.form.volume_label.Caption, QString::fromLatin1(c.label));
-    }
-}
-
-TEST(DataFrameVolume, the_pattern_with_no_magnitude_overflows) {
-    EXPECT_THROW(decode_volume(0x80, 0x00), ZelError);
-}
-
-TEST(DataFrameVolume, the_label_follows_the_decimal_separator) {
-    Rig rig;
-    rig.fakes.locale.separator = QLatin1Char(',');
-    rig.fakes.serial.receive(raw_frame(0x04, 0x00, 0x7D));
-    EXPECT_EQ(rig.form.volume_label.Caption, QStringLiteral("volume [L]:   0,50"));
-}
-
-TEST(DataFrameTimeLeft, shows_the_next_whole_second_upwards) {
-    struct Case { uint8_t hi, lo; double seconds; const char* shown; };
-    const Case cases[] = {
-        {0x00, 0x32, 1.0, "1"}, {0x00, 0x33, 1.02, "2"}, {0x00, 0x01, 0.02, "1"},
-        {0x00, 0x00, 0.0, "0"}, {0x02, 0xEE, 15.0, "15"}, {0xFF, 0xFF, 1310.7, "1311"},
-    };
-    for (const auto& c : cases) {
-        Rig rig;
-        rig.fakes.serial.receive(raw_frame(0x04, 0, 0, c.hi, c.lo));
         EXPECT_NEAR(rig.form.ZEL_CM_duration, c.seconds, 1e-9);
-        EXPECT_EQ(rig.form.countdown2.Caption, QString::fromLatin1(c.shown)) << c.seconds;
+        EXPECT_EQ(rig.form.countdown2.Caption, QString::fromLatin1(c.shown));
     }
+    EXPECT_THROW(decode_volume(0x80, 0x00), ZelError);  // the pattern with no magnitude
 }
 
 TEST(ElapsedTime, seconds_round_to_even_while_minutes_truncate) {
     struct Case { double counts; const char* text; };
     const Case cases[] = {
-        {1, "0:0:0"},            // 0.02 s
-        {25, "0:0:0"},           // 0.5 s: a half goes to the even neighbour
-        {75, "0:0:2"},           // 1.5 s
-        {2980, "0:0:0"},         // 59.6 s: seconds round to 60, modulo 60, minutes still 0
-        {3000, "0:1:0"},
-        {3025, "0:1:0"},         // 60.5 s
-        {179975, "0:59:0"},      // 3599.5 s rounds to 3600
-        {180000, "1:0:0"},
-        {180000 * 25 + 50, "25:0:1"},
+        {1, "0:0:0"},        // 0.02 s
+        {25, "0:0:0"},       // 0.5 s: a half goes to the even neighbour
+        {75, "0:0:2"},       // 1.5 s
+        {2980, "0:0:0"},     // 59.6 s: seconds round to 60, modulo 60, minutes still 0
+        {3000, "0:1:0"},     {3025, "0:1:0"},  // 60.5 s
+        {179975, "0:59:0"},  // 3599.5 s rounds to 3600
+        {180000, "1:0:0"},   {180000 * 25 + 50, "25:0:1"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(elapsed_text(c.counts, 50.0f), QString::fromLatin1(c.text)) << c.counts;
-}
 
-TEST(DataFrameCounting, counts_every_frame_and_shows_the_elapsed_time) {
     Rig rig;
     for (int k = 0; k < 75; ++k) rig.fakes.serial.receive(data_frame());
     EXPECT_EQ(rig.form.total_counts, 75);
@@ -82,41 +62,33 @@ TEST(DataFrameCounting, counts_every_frame_and_shows_the_elapsed_time) {
 }
 
 TEST(FaultLines, each_line_sets_its_flag_and_the_fault_state_once) {
-    struct Case { uint8_t flags; bool line, battery, pneumatic, transducer; };
+    using Flags = std::array<bool, 4>;  // line, battery, pneumatic, transducer
+    struct Case { uint8_t flags; Flags faults; };
     const Case cases[] = {
-        {0x04, false, false, false, false},  // healthy idle frame
-        {0x06, false, false, false, false},  // the switch is no fault
-        {0x85, false, false, false, false},  // bits 0 and 7 are not read
-        {0x00, false, false, false, true},
-        {0x0C, false, false, false, true},
-        {0x08, false, false, false, true},
-        {0x24, true, false, false, false},
-        {0x14, false, true, false, false},
-        {0x44, false, false, true, false},
-        {0x70, true, true, true, true},
+        {0x04, {}},  // healthy idle frame
+        {0x06, {}},  // the switch is no fault
+        {0x85, {}},  // bits 0 and 7 are not read
+        {0x00, {0, 0, 0, 1}}, {0x0C, {0, 0, 0, 1}}, {0x08, {0, 0, 0, 1}}, {0x24, {1, 0, 0, 0}},
+        {0x14, {0, 1, 0, 0}}, {0x44, {0, 0, 1, 0}}, {0x70, {1, 1, 1, 1}},
     };
     for (const auto& c : cases) {
         Rig rig;
         rig.fakes.serial.receive(raw_frame(c.flags, 0, 0));
-        EXPECT_EQ(rig.form.line_fault, c.line) << int(c.flags);
-        EXPECT_EQ(rig.form.battery_fault, c.battery) << int(c.flags);
-        EXPECT_EQ(rig.form.pneumatic_fault, c.pneumatic) << int(c.flags);
-        EXPECT_EQ(rig.form.transducer_fault, c.transducer) << int(c.flags);
-        const bool any = c.line || c.battery || c.pneumatic || c.transducer;
-        EXPECT_EQ(rig.form.sw_state, any ? 2 : 1) << int(c.flags);
+        const Form1& f = rig.form;
+        EXPECT_EQ((Flags{f.line_fault, f.battery_fault, f.pneumatic_fault, f.transducer_fault}),
+                  c.faults) << int(c.flags);
+        EXPECT_EQ(f.sw_state, c.faults == Flags{} ? 1 : 2) << int(c.flags);
     }
-}
-
-TEST(FaultLines, clearing_a_flag_leaves_the_fault_state_standing) {
+    // A standing flag raises nothing new; a cleared one clears whatever the fault state.
     Rig rig;
     rig.fakes.serial.receive(raw_frame(0x24, 0, 0));
-    ASSERT_EQ(rig.form.sw_state, 2);
     rig.form.sw_state = 1;  // as if the fault state had ended
     rig.fakes.serial.receive(raw_frame(0x24, 0, 0));
-    EXPECT_EQ(rig.form.sw_state, 1);  // a standing flag raises nothing new
+    EXPECT_EQ(rig.form.sw_state, 1);
     rig.fakes.serial.receive(raw_frame(0x04, 0, 0));
     EXPECT_FALSE(rig.form.line_fault);
     rig.form.sw_state = 2;
+    rig.fakes.serial.receive(raw_frame(0x24, 0, 0));
     rig.fakes.serial.receive(raw_frame(0x04, 0, 0));
     EXPECT_FALSE(rig.form.line_fault);
 }
@@ -143,8 +115,7 @@ TEST(RecordingLine, joins_seven_fields_or_dashes_without_a_fresh_gating_status) 
 
     struct Case { bool gated, overide; char enable, relay; const char* tail; };
     const Case cases[] = {
-        {false, false, 'E', 'C', "Manual;-;-"},
-        {true, false, 'E', 'C', "Automated;Enabled;Closed"},
+        {false, false, 'E', 'C', "Manual;-;-"}, {true, false, 'E', 'C', "Automated;Enabled;Closed"},
         {true, true, 'D', 'O', "Manual Overide;Disabled;Open"},
         {true, false, 'F', 'o', "Automated;Fault;Opening"},
         {true, false, 'E', 'c', "Automated;Enabled;Closing"},

@@ -6,38 +6,42 @@
 namespace zel::test {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 struct LinkRig : Rig {
-    LinkRig() {
+    explicit LinkRig(bool open = false) {
         form.duration = 15;
         form.thresh = 1.2f;
-        fakes.serial.set_PortOpen(false);
+        fakes.serial.set_PortOpen(open);
         fakes.serial.ports(3);
     }
     FakeTimer& connect() { return fakes.timers.get("Timer_module_connect"); }
     FakeTimer& heartbeat() { return fakes.timers.get("Timer_HeartBeat"); }
+    // Ticks of the search, each after clearing what was sent.
+    void tick_search(int ticks = 1) {
+        for (int k = 0; k < ticks; ++k) {
+            fakes.serial.clear_sent();
+            connect().tick();
+        }
+    }
 };
 
 TEST(StatusFrame, converts_levels_and_judges_them_at_their_limits) {
-    struct Case { uint8_t battery, line, pressure, vacuum; bool battery_ok, line_ok, pneumatics_ok; };
+    using Checks = std::array<bool, 3>;  // battery, line, pneumatics
+    struct Case { uint8_t battery, line, pressure, vacuum; Checks ok; };
     const Case cases[] = {
-        {104, 171, 200, 200, true, true, true},
-        {103, 171, 200, 200, false, true, true},
-        {104, 170, 200, 200, true, false, true},
-        {104, 171, 0, 200, true, true, false},
-        {104, 171, 200, 0, true, true, false},
-        {255, 255, 255, 255, true, true, true},
+        {104, 171, 200, 200, {1, 1, 1}}, {103, 171, 200, 200, {0, 1, 1}},
+        {104, 170, 200, 200, {1, 0, 1}}, {104, 171, 0, 200, {1, 1, 0}},
+        {104, 171, 200, 0, {1, 1, 0}},   {255, 255, 255, 255, {1, 1, 1}},
     };
     for (const auto& c : cases) {
-        LinkRig rig;
-        rig.fakes.serial.set_PortOpen(true);
+        LinkRig rig(true);
         rig.fakes.serial.receive(status_frame(c.battery, c.line, c.pressure, c.vacuum));
-        EXPECT_EQ(rig.form.battery_check, c.battery_ok) << int(c.battery);
-        EXPECT_EQ(rig.form.line_check, c.line_ok) << int(c.line);
-        EXPECT_EQ(rig.form.pneumatics_check, c.pneumatics_ok) << int(c.pressure);
+        const Form1& f = rig.form;
+        EXPECT_EQ((Checks{f.battery_check, f.line_check, f.pneumatics_check}), c.ok)
+            << int(c.battery) << " " << int(c.line) << " " << int(c.pressure);
     }
-    EXPECT_FLOAT_EQ(static_cast<float>(104 * 0.0363), 3.7752f);
-    LinkRig rig;
-    rig.fakes.serial.set_PortOpen(true);
+    LinkRig rig(true);
     rig.fakes.serial.receive(status_frame(103, 170, 0, 255));
     EXPECT_FLOAT_EQ(rig.form.battery_level, 3.7389f);
     EXPECT_FLOAT_EQ(rig.form.line_level, 9.996f);
@@ -47,21 +51,18 @@ TEST(StatusFrame, converts_levels_and_judges_them_at_their_limits) {
 }
 
 TEST(StatusFrame, version_text_takes_up_to_fifteen_bytes_and_always_the_first) {
-    LinkRig rig;
-    rig.fakes.serial.set_PortOpen(true);
+    LinkRig rig(true);
     QByteArray raw = status_frame().left(30);
     for (int k = 1; k <= 15; ++k) raw[k] = static_cast<char>('a' + k);
     rig.fakes.serial.receive(with_checksum(raw));
-    EXPECT_EQ(rig.form.zel_version_id.size(), 15);
-    raw[1] = 0;
-    raw[2] = 0;
+    EXPECT_EQ(rig.form.zel_version_id, QStringLiteral("bcdefghijklmnop"));
+    raw[1] = raw[2] = 0;
     rig.fakes.serial.receive(with_checksum(raw));
     EXPECT_EQ(rig.form.zel_version_id, QString(QChar(0)));
 }
 
 TEST(StatusFrame, three_mismatched_echoes_pass_and_the_fourth_stops_the_link) {
-    LinkRig rig;
-    rig.fakes.serial.set_PortOpen(true);
+    LinkRig rig(true);
     rig.form.Timer_HeartBeat->set_Enabled(true);
     for (int k = 1; k <= 3; ++k) {
         rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 14));
@@ -77,37 +78,29 @@ TEST(StatusFrame, three_mismatched_echoes_pass_and_the_fourth_stops_the_link) {
 }
 
 TEST(StatusFrame, a_matching_echo_confirms_and_later_frames_are_not_compared) {
-    LinkRig rig;
-    rig.fakes.serial.set_PortOpen(true);
-    rig.fakes.serial.receive(status_frame());
-    EXPECT_FALSE(rig.form.settings_confirm);
-    rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 99));
-    EXPECT_FALSE(rig.form.settings_confirm);
-    EXPECT_EQ(rig.form.settings_confirm_counter, 0);
-}
-
-TEST(StatusFrame, a_zero_threshold_echoes_equal) {
-    LinkRig rig;
-    rig.form.thresh = 0;
-    rig.fakes.serial.set_PortOpen(true);
-    rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 15, 0.0f));
-    EXPECT_FALSE(rig.form.settings_confirm);
+    for (float thresh : {1.2f, 0.0f}) {
+        LinkRig rig(true);
+        rig.form.thresh = thresh;
+        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 15, thresh));
+        EXPECT_FALSE(rig.form.settings_confirm) << thresh;
+        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 99));
+        EXPECT_FALSE(rig.form.settings_confirm) << thresh;
+        EXPECT_EQ(rig.form.settings_confirm_counter, 0) << thresh;
+    }
 }
 
 TEST(ModuleSearch, goes_from_cold_start_to_the_stream_in_three_ticks) {
     LinkRig rig;
     rig.form.start_module_search();
-    rig.connect().tick();  // ports listed, first port opened, "V"
+    rig.tick_search();  // ports listed, first port opened, "V"
     EXPECT_EQ(rig.form.num_ports, 3);
     EXPECT_EQ(rig.fakes.serial.sent(), "V");
     EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
     rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 0, 0.0f));
-    rig.fakes.serial.clear_sent();
-    rig.connect().tick();  // checks pass, settings uploaded
+    rig.tick_search();  // checks pass, settings uploaded
     EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));
     rig.fakes.serial.receive(status_frame());
-    rig.fakes.serial.clear_sent();
-    rig.connect().tick();  // confirmed: the link is up
+    rig.tick_search();  // confirmed: the link is up
     EXPECT_EQ(rig.fakes.serial.sent(), "XE");
     EXPECT_FALSE(rig.connect().Enabled());
     EXPECT_TRUE(rig.heartbeat().Enabled());
@@ -119,13 +112,24 @@ TEST(ModuleSearch, a_module_back_in_a_hold_is_not_sent_x) {
     rig.form.b_state = 4;
     rig.form.Recover_Comm_During_Gated_Treatment = true;
     rig.form.start_module_search();
-    rig.connect().tick();
+    rig.tick_search();
     rig.fakes.serial.receive(status_frame());
     rig.form.settings_confirm = false;
-    rig.fakes.serial.clear_sent();
-    rig.connect().tick();
+    rig.tick_search();
     EXPECT_EQ(rig.fakes.serial.sent(), "E");
     EXPECT_TRUE(rig.form.Recover_Comm_During_Gated_Treatment);
+}
+
+TEST(ModuleSearch, a_failed_check_names_the_faults_with_a_leading_blank) {
+    LinkRig rig;
+    rig.form.start_module_search();
+    rig.tick_search();
+    rig.fakes.serial.receive(status_frame(103, 171, 0, 200, 15, 1.2f, 0));
+    rig.tick_search();
+    EXPECT_EQ(rig.form.Label2.Caption,
+              QStringLiteral(" Battery Fault. Transducer Fault. Balloon fault."));
+    EXPECT_EQ(rig.fakes.serial.sent(), "V");
+    EXPECT_EQ(rig.form.sw_state, 2);
 }
 
 TEST(ModuleSearch, walks_the_ports_one_a_tick_and_skips_those_in_use) {
@@ -133,10 +137,15 @@ TEST(ModuleSearch, walks_the_ports_one_a_tick_and_skips_those_in_use) {
     rig.fakes.serial.ports(20);
     rig.fakes.serial.fail_open(2);
     rig.form.start_module_search();
-    for (int k = 0; k < 3; ++k) rig.connect().tick();
+    rig.tick_search(3);
     EXPECT_EQ(rig.form.num_ports, 19);
     EXPECT_EQ(rig.form.port_list[1], 3);
     EXPECT_EQ(rig.form.ComPort, 4);
+    LinkRig many;
+    many.fakes.serial.ports(25);  // twenty usable ports fill the list
+    many.form.enumerate_com_ports();
+    EXPECT_EQ(many.form.num_ports, 20);
+    EXPECT_EQ(many.form.port_list[19], 20);
 }
 
 TEST(ModuleSearch, a_port_the_user_may_not_open_is_told_once_and_the_search_goes_on) {
@@ -146,50 +155,26 @@ TEST(ModuleSearch, a_port_the_user_may_not_open_is_told_once_and_the_search_goes
     rig.fakes.serial.deny_open(4, QStringLiteral("/dev/ttyACM0"), QStringLiteral("plugdev"));
     rig.fakes.serial.fail_open(3);  // held by another program: nothing to tell
     rig.form.start_module_search();
-    for (int k = 0; k < 9; ++k) rig.connect().tick();  // several passes over the ports
-    ASSERT_EQ(rig.fakes.boxes.notices.size(), 2);
-    EXPECT_TRUE(rig.fakes.boxes.notices[0].contains(
-        QStringLiteral("/dev/ttyUSB0 exists, but this user may not open it")));
-    EXPECT_TRUE(rig.fakes.boxes.notices[0].contains(
-        QStringLiteral("add the user to the group that owns it (dialout)")));
-    EXPECT_TRUE(rig.fakes.boxes.notices[1].contains(QStringLiteral("(plugdev)")));
+    rig.tick_search(9);  // several passes over the ports
+    const QStringList& told = rig.fakes.boxes.notices;
+    ASSERT_EQ(told.size(), 2);
+    EXPECT_TRUE(told[0].contains(u"/dev/ttyUSB0 exists, but this user may not open it"_s));
+    EXPECT_TRUE(told[0].contains(u"add the user to the group that owns it (dialout)"_s));
+    EXPECT_TRUE(told[1].contains(QStringLiteral("(plugdev)")));
     EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
     EXPECT_TRUE(rig.connect().Enabled());
     EXPECT_EQ(rig.form.num_ports, 1);
     EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
 }
 
-TEST(ModuleSearch, twenty_usable_ports_fill_the_list) {
-    LinkRig rig;
-    rig.fakes.serial.ports(25);
-    rig.form.enumerate_com_ports();
-    EXPECT_EQ(rig.form.num_ports, 20);
-    EXPECT_EQ(rig.form.port_list[19], 20);
-}
-
-TEST(ModuleSearch, a_failed_check_names_the_faults_with_a_leading_blank) {
-    LinkRig rig;
-    rig.form.start_module_search();
-    rig.connect().tick();
-    rig.fakes.serial.receive(status_frame(103, 171, 0, 200, 15, 1.2f, 0));
-    rig.fakes.serial.clear_sent();
-    rig.connect().tick();
-    EXPECT_EQ(rig.form.Label2.Caption,
-              QStringLiteral(" Battery Fault. Transducer Fault. Balloon fault."));
-    EXPECT_EQ(rig.fakes.serial.sent(), "V");
-    EXPECT_EQ(rig.form.sw_state, 2);
-}
-
 TEST(Heartbeat, tolerates_one_silent_tick_and_loses_the_link_on_the_second) {
-    LinkRig rig;
-    rig.fakes.serial.set_PortOpen(true);
+    LinkRig rig(true);
     rig.form.Timer_HeartBeat->set_Enabled(true);
-    rig.fakes.serial.receive(data_frame(0x04, 1, 0, 100));
-    rig.heartbeat().tick();
-    EXPECT_TRUE(rig.fakes.serial.PortOpen());
-    rig.fakes.serial.receive(data_frame(0x04, 1, 0, 100));
-    rig.heartbeat().tick();
-    EXPECT_TRUE(rig.fakes.serial.PortOpen());
+    for (int k = 0; k < 2; ++k) {
+        rig.fakes.serial.receive(data_frame(0x04, 1, 0, 100));
+        rig.heartbeat().tick();
+        EXPECT_TRUE(rig.fakes.serial.PortOpen());
+    }
     rig.heartbeat().tick();
     EXPECT_FALSE(rig.fakes.serial.PortOpen());
     EXPECT_TRUE(rig.connect().Enabled());
@@ -198,33 +183,30 @@ TEST(Heartbeat, tolerates_one_silent_tick_and_loses_the_link_on_the_second) {
     EXPECT_TRUE(rig.form.settings_confirm);
 }
 
-TEST(Heartbeat, a_loss_during_a_gated_hold_opens_the_relay_at_once) {
-    LinkRig rig;
-    rig.form.Gated_Treatment = true;
-    rig.form.b_state = 4;
-    rig.form.pneumatic_fault = true;
-    rig.form.line_fault = true;
-    rig.form.Timer_HeartBeat->set_Enabled(true);
-    rig.heartbeat().tick();
-    rig.heartbeat().tick();
-    EXPECT_EQ(rig.fakes.tarrow.relay_calls(), QStringList{QStringLiteral("SetRelayState(0)")});
-    EXPECT_TRUE(rig.form.Recover_Comm_During_Gated_Treatment);
-    EXPECT_TRUE(rig.form.Image_Gating_Ready.Visible);
-    EXPECT_FALSE(rig.form.Image_Gating_Closed.Visible);
-    EXPECT_EQ(rig.form.b_state, 1);
-    EXPECT_TRUE(rig.form.pneumatic_fault);  // left standing by a link loss
-    EXPECT_FALSE(rig.form.line_fault);
-}
-
-TEST(Heartbeat, a_loss_during_a_manual_hold_shows_the_pause_cue) {
-    LinkRig rig;
-    rig.form.b_state = 4;
-    rig.form.Timer_HeartBeat->set_Enabled(true);
-    rig.heartbeat().tick();
-    rig.heartbeat().tick();
-    EXPECT_TRUE(rig.form.pause_cue_visible);
-    EXPECT_TRUE(rig.fakes.timers.get("pauseBeamTimer").Enabled());
-    EXPECT_TRUE(rig.fakes.tarrow.relay_calls().isEmpty());
+TEST(Heartbeat, a_loss_during_a_hold_opens_the_relay_at_once_if_gated_else_cues_a_pause) {
+    for (bool gated : {true, false}) {
+        SCOPED_TRACE(gated ? "gated" : "manual");
+        LinkRig rig;
+        rig.form.Gated_Treatment = gated;
+        rig.form.b_state = 4;
+        rig.form.pneumatic_fault = true;
+        rig.form.line_fault = true;
+        rig.form.Timer_HeartBeat->set_Enabled(true);
+        rig.heartbeat().tick();
+        rig.heartbeat().tick();
+        EXPECT_EQ(rig.fakes.tarrow.relay_calls(),
+                  gated ? QStringList{QStringLiteral("SetRelayState(0)")} : QStringList{});
+        EXPECT_EQ(rig.form.Recover_Comm_During_Gated_Treatment, gated);
+        EXPECT_EQ(rig.form.pause_cue_visible, !gated);
+        EXPECT_EQ(rig.fakes.timers.get("pauseBeamTimer").Enabled(), !gated);
+        EXPECT_EQ(rig.form.Image_Gating_Ready.Visible, gated);
+        EXPECT_FALSE(rig.form.Image_Gating_Closed.Visible);
+        if (gated) {
+            EXPECT_EQ(rig.form.b_state, 1);
+        }
+        EXPECT_TRUE(rig.form.pneumatic_fault);  // left standing by a link loss
+        EXPECT_FALSE(rig.form.line_fault);
+    }
 }
 
 }  // namespace

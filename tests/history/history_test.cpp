@@ -1,0 +1,369 @@
+// The session history window of the patient Doe, Jane, A1 over fakes, with the patient's
+// "session.ini" written as the console writes it: its rows, its layout on resize, the window
+// on screen, and the printed page. The fake printer's text is 100 twips a character, 240 high.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+
+#include "data/session_history_file.h"
+#include "fakes/fake_printer.h"
+#include "fakes/rig.h"
+#include "history/dialog_session_history.h"
+#include "history/history_printout.h"
+#include "language/messages.h"
+#include "platform/qt_printer.h"
+#include "ui/dialog_session_history_view.h"
+
+namespace zel::test {
+namespace {
+
+using Row = std::vector<QString>;
+// One session's values as they stand in the file, blanks of printed numbers included; a null
+// value stands for a key the file lacks.
+using StoredSession = std::array<QByteArray, 7>;
+
+const StoredSession first{" 1", "04-Mar-26 at 09:05:07", "1.2", " 15", "Inhale", " 2", "Manual"};
+const Row first_row{"1", "04-Mar-26 at 09:05:07", "1.2", "15", "Inhale", "2", "Manual"};
+
+struct HistoryRig : Rig {
+    HistoryRig() {
+        form.data_directory = app_data.path();
+        form.patient_last_name = QStringLiteral("Doe");
+        form.patient_first_name = QStringLiteral("Jane");
+        form.patient_medical_id = QStringLiteral("A1");
+        QDir().mkpath(app_data.path() + QStringLiteral("/Doe_Jane_A1"));
+    }
+    void write_file(const QByteArray& contents) {
+        QFile file(app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini"));
+        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) file.write(contents);
+    }
+    // The file with "TOTAL_SESSIONS" = total and these sections, numbered from 1.
+    void write_history(int total, const std::vector<StoredSession>& sessions) {
+        const char* const keys[] = {"ID", "Date", "Threshold", "Breath_Hold_Duration",
+                                    "Trigger_on_Inhale", "Number_of_breath_holds", "Gating Mode"};
+        QByteArray text;
+        for (size_t n = 0; n < sessions.size(); ++n) {
+            text += "[" + session_section(int(n) + 1).toLatin1() + "]\r\n";
+            for (int k = 0; k < 7; ++k)
+                if (!sessions[n][k].isNull())
+                    text += QByteArray(keys[k]) + "=" + sessions[n][k] + "\r\n";
+        }
+        write_file(text + "[HEADER]\r\nTOTAL_SESSIONS= " + QByteArray::number(total) + "\r\n");
+    }
+    // The rows as the window shows them: the item's text and its six sub-items.
+    std::vector<Row> rows() const {
+        std::vector<Row> out;
+        for (int item = 1; item <= history.ListView1.item_count(); ++item) {
+            out.emplace_back();
+            for (int k = 0; k < 7; ++k) out.back().push_back(history.ListView1.cell(item, k));
+        }
+        return out;
+    }
+
+    FakePrinter printer;
+    DialogSessionHistory history{form, printer};
+};
+
+TEST(SessionList, shows_each_session_as_stored_in_file_order_and_blanks_for_what_is_missing) {
+    StoredSession partial = first;
+    partial[6] = partial[2] = QByteArray();  // written before the key existed
+    struct Case {
+        const char* what; int total; std::vector<StoredSession> file; std::vector<Row> rows;
+    };
+    const Case cases[] = {
+        {"three sessions", 3,
+         {first,
+          // Saved under another language: its trigger word stays.
+          {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Einatmen", " 0", "Automated"},
+          {"Evening", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12", "Manual Overide"}},
+         {first_row,
+          {"2", "05-Mar-26 at 14:30:00", "1.5", "20", "Einatmen", "0", "Automated"},
+          {"Evening", "05-Mar-26 at 18:00:59", "0.8", "9", "Exhale", "12", "Manual Overide"}}},
+        // The count was edited by hand: two sessions more than the file holds.
+        {"missing keys and sections", 3, {partial},
+         {{"1", "04-Mar-26 at 09:05:07", "", "15", "Inhale", "2", ""}, Row(7), Row(7)}},
+    };
+    for (const Case& c : cases) {
+        HistoryRig rig;
+        rig.write_history(c.total, c.file);
+        rig.history.Form_Load();
+        EXPECT_EQ(rig.rows(), c.rows) << c.what;
+        EXPECT_EQ(rig.history.ListView1.column_count(), 7) << c.what;
+        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty()) << c.what;
+    }
+}
+
+// Found by fuzzing: a file of one section whose count says 32767 kept the window reading the
+// file once for every value, 229,369 times, for longer than the fuzzer's ten seconds.
+TEST(SessionList, a_count_far_beyond_its_sections_lists_every_row_from_one_read) {
+    HistoryRig rig;
+    rig.write_history(32767, {first});
+    rig.history.Form_Load();
+    const std::vector<Row> rows = rig.rows();
+    ASSERT_EQ(rows.size(), 32767u);
+    EXPECT_EQ(rows.front(), first_row);
+    EXPECT_EQ(rows.back(), Row(7));
+}
+
+TEST(SessionList, without_sessions_stays_empty_without_headings_or_message) {
+    struct Case { const char* what; QByteArray file; const char* medical_id = "A1"; };
+    const Case cases[] = {
+        {"no file", QByteArray()},
+        {"no header", "[" + session_section(1).toLatin1() + "]\r\nID= 1\r\n"},
+        {"a count of 0", "[HEADER]\r\nTOTAL_SESSIONS= 0\r\n"},
+        {"an empty count", "[HEADER]\r\nTOTAL_SESSIONS=\r\n"},
+        {"a count that is no number", "[HEADER]\r\nTOTAL_SESSIONS=many\r\n"},
+        {"a count beyond 16 bits", "[HEADER]\r\nTOTAL_SESSIONS= 40000\r\n"},
+        {"another patient's history", "[HEADER]\r\nTOTAL_SESSIONS= 1\r\n", "B2"},
+    };
+    for (const Case& c : cases) {
+        HistoryRig rig;
+        if (!c.file.isNull()) rig.write_file(c.file);
+        rig.form.patient_medical_id = QString::fromLatin1(c.medical_id);
+        rig.history.Form_Load();
+        EXPECT_EQ(rig.history.ListView1.item_count(), 0) << c.what;
+        EXPECT_EQ(rig.history.ListView1.column_count(), 0) << c.what;
+        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty()) << c.what;
+    }
+}
+
+TEST(SessionList, controls_grow_with_the_window_in_proportion) {
+    struct Case { double width_factor, height_factor; bool minimized; };
+    const Case cases[] = {{2, 1.5, false}, {0.5, 0.75, false}, {1, 1, false}, {0.1, 0.1, true}};
+    for (const Case& c : cases) {
+        HistoryRig rig;
+        DialogSessionHistory& h = rig.history;
+        h.Form_Load();
+        const Control list = h.ListView1, done = h.DoneButton, label = h.LabelSession;
+        h.ScaleWidth *= c.width_factor;
+        h.ScaleHeight *= c.height_factor;
+        h.minimized = c.minimized;
+        h.Form_Resize();
+        const double xs = c.minimized ? 1 : c.width_factor, ys = c.minimized ? 1 : c.height_factor;
+        const Control& now = h.ListView1;
+        EXPECT_EQ((std::array{now.Left, now.Top, now.Width, now.Height, h.DoneButton.Left,
+                              h.DoneButton.Top}),
+                  (std::array{list.Left * xs, list.Top * ys, list.Width * xs, list.Height * ys,
+                              done.Left * xs, done.Top * ys})) << c.width_factor;
+        EXPECT_EQ(h.LabelSession.font.size, label.font.size);
+    }
+}
+
+TEST(SessionHistoryMenu, opens_the_window_modally_in_every_balloon_state) {
+    for (int16_t state : {0, 1, 2, 4, 5}) {
+        HistoryRig rig;
+        rig.form.b_state = state;
+        rig.form.mnuSessionHistory_Click();
+        EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("show DialogSessionHistory")})
+            << state;
+    }
+}
+
+QPushButton* button(QWidget& window, int message) {
+    for (QPushButton* b : window.findChildren<QPushButton*>())
+        if (b->text() == message_text(message)) return b;
+    return nullptr;
+}
+
+TEST(DialogSessionHistoryView, shows_the_model_list_under_its_headings_and_hands_it_the_buttons) {
+    HistoryRig rig;
+    rig.write_history(2, {first, {"2", "05-Mar-26", "1.5", "20", "Exhale", "0", "Automated"}});
+    DialogSessionHistoryView view(rig.form, nullptr);
+    view.load();
+    auto* list = view.findChild<QTreeWidget*>();
+    ASSERT_TRUE(list && list->columnCount() == 7 && list->topLevelItemCount() == 2);
+    EXPECT_FALSE(list->isHeaderHidden());
+    EXPECT_EQ(list->headerItem()->text(6), QStringLiteral("Gating Mode"));
+    EXPECT_EQ(list->topLevelItem(1)->text(0), QStringLiteral("2"));
+    EXPECT_EQ(list->topLevelItem(1)->text(6), QStringLiteral("Automated"));
+
+    HistoryRig empty;  // no history: Print refuses with its message
+    DialogSessionHistoryView none(empty.form, nullptr);
+    none.load();
+    EXPECT_TRUE(none.findChild<QTreeWidget*>()->isHeaderHidden());
+    none.show();
+    QPushButton* print = button(none, 317);
+    QPushButton* done = button(none, 113);
+    ASSERT_TRUE(print && done);
+    QTest::mouseClick(print, Qt::LeftButton);
+    EXPECT_EQ(empty.fakes.boxes.shown, QStringList{message_text(199)});
+    QTest::mouseClick(done, Qt::LeftButton);
+    EXPECT_TRUE(none.model().unloaded);
+    EXPECT_FALSE(none.isVisible());
+}
+
+// Each drawing operation as one line: "text x y <text>" with " /" for a line end,
+// "line x1 y1 x2 y2", "box x1 y1 x2 y2", or its kind alone.
+QStringList drawn(const std::vector<FakePrinter::Op>& ops) {
+    QStringList out;
+    for (const FakePrinter::Op& op : ops) {
+        const QString at = QStringLiteral("%1 %2 %3").arg(op.kind).arg(op.x).arg(op.y);
+        if (op.kind == QStringLiteral("text"))
+            out << at + ' ' + op.text + (op.line_end ? " /" : "");
+        else if (op.kind == QStringLiteral("line") || op.kind == QStringLiteral("box"))
+            out << at + QStringLiteral(" %1 %2").arg(op.x2).arg(op.y2);
+        else
+            out << op.kind;
+    }
+    return out;
+}
+
+TEST(HistoryPrintout, a_heading_then_the_rows_in_a_ruled_box_with_columns_as_wide_as_their_text) {
+    struct Case {
+        const char* last_name; std::vector<StoredSession> sessions;
+        std::array<double, 7> lefts; double right;
+    };
+    const Case cases[] = {
+        // Every column as wide as its heading and 240 more: the date's by its trailing blanks.
+        {"Doe", {first}, {1500, 2440, 6180, 8220, 10160, 11600, 13040}, 14440},
+        // The third session's id and gating mode are wider than their headings; a long name
+        // is printed whole.
+        {"Vandenberghe-Oosterhuis-Castellanos",
+         {first,
+          {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Inhale", " 0", "Automated"},
+          {"Evening session 2", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12",
+           "Manual Overide"}},
+         {1500, 3440, 7180, 9220, 11160, 12600, 14040}, 15740},
+    };
+    for (const Case& c : cases) {
+        HistoryRig rig;
+        rig.write_history(int(c.sessions.size()), c.sessions);
+        rig.history.Form_Load();
+        rig.form.patient_last_name = QString::fromLatin1(c.last_name);
+        rig.history.cmdPrint_Click();
+        QStringList expected = {
+            "dialog", "text 1500 1440 ZEL Patient Session History (22-Nov-26 09:05:07) /",
+            QStringLiteral("text 1500 1740 Name: %1, Jane /").arg(c.last_name),
+            "text 1500 2040 Medical ID: A1 /", "text 0 2280  /"};
+        int k = 0;
+        for (int heading : {156, 157, 158, 159, 160, 161, 300})
+            expected << QStringLiteral("text %1 2400 ").arg(c.lefts[k++]) + message_text(heading);
+        expected << QStringLiteral("text %1 2400  /").arg(c.lefts[6] + 1100)
+                 << QStringLiteral("line 1440 2760 %1 2760").arg(c.right);
+        const int n = int(c.sessions.size());
+        for (int row = 0; row < n; ++row)
+            for (k = 0; k < 7; ++k)
+                expected << QStringLiteral("text %1 %2 %3").arg(c.lefts[k]).arg(2880 + 360 * row)
+                                .arg(rig.history.ListView1.cell(row + 1, k));
+        const int bottom = 3240 + 360 * (n - 1);  // each row 1.5 text heights deep
+        expected << QStringLiteral("box 1440 2340 %1 %2").arg(c.right).arg(bottom);
+        for (k = 1; k < 7; ++k)
+            expected << QStringLiteral("line %1 2340 %1 %2").arg(c.lefts[k] - 30).arg(bottom);
+        expected << "end";
+        EXPECT_EQ(drawn(rig.printer.ops), expected);
+        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
+    }
+}
+
+TEST(HistoryPrintout, prints_nothing_when_there_is_nothing_or_the_operator_cancels) {
+    struct Case {
+        const char* what; bool sessions, cancel;
+        QStringList kinds, messages; std::vector<int> styles;
+    };
+    const Case cases[] = {
+        {"an empty history", false, false, {}, {message_text(199)}, {vbInformation}},
+        {"a cancelled dialog", true, true, {"dialog", "end"}, {}, {}},
+    };
+    for (const Case& c : cases) {
+        HistoryRig rig;
+        if (c.sessions) rig.write_history(1, {first});
+        rig.printer.cancel = c.cancel;
+        rig.history.Form_Load();
+        rig.history.cmdPrint_Click();
+        EXPECT_EQ(rig.printer.kinds(), c.kinds) << c.what;
+        EXPECT_EQ(rig.fakes.boxes.shown, c.messages) << c.what;
+        EXPECT_EQ(rig.fakes.boxes.styles, c.styles) << c.what;
+    }
+}
+
+TEST(HistoryPrintout, a_failure_on_the_page_sends_out_what_was_drawn_without_a_message) {
+    HistoryRig rig;
+    rig.write_history(1, {first});
+    rig.history.Form_Load();
+    rig.printer.fail_at(6);  // the second column's heading
+    rig.history.cmdPrint_Click();
+    EXPECT_EQ(rig.printer.kinds(), QStringList({"dialog", "text", "text", "text", "text", "text",
+                                                "end"}));
+    EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
+    // The next click starts a page of its own at one inch.
+    rig.printer.fail_at(0);
+    rig.printer.ops.clear();
+    rig.history.cmdPrint_Click();
+    ASSERT_GE(rig.printer.ops.size(), 2u);
+    EXPECT_EQ(drawn({rig.printer.ops[1]})[0].left(15), QStringLiteral("text 1500 1440 "));
+}
+
+TEST(HistoryPrintout, fit_text_cuts_characters_from_the_end_until_the_text_fits) {
+    FakePrinter printer;
+    struct Case { const char* text; float width; const char* fitted; };
+    const Case cases[] = {{"Inhale", 600, "Inhale"}, {"Inhale", 599, "Inhal"},
+                          {"Inhale", 350, "Inh"},    {"Inhale", 99, ""},
+                          {"", 0, ""},               {"A  ", 250, "A "}};
+    for (const Case& c : cases)
+        EXPECT_EQ(fit_text(printer, QString::fromLatin1(c.text), c.width),
+                  QString::fromLatin1(c.fitted))
+            << c.text << " " << c.width;
+}
+
+// The printer through Qt, printing to a PDF file as on a machine without a printer: the page
+// is a PDF, twips measure as twips, and a document ended without drawing writes nothing.
+TEST(QtPrinter, measures_in_twips_and_fits_the_history_table_on_an_upright_page) {
+    QtPrinter printer;
+    // An 8 point line is 160 twips of type and a little more.
+    EXPECT_EQ(printer.font_size(), 8);
+    EXPECT_GT(printer.text_height(QStringLiteral("X")), 160);
+    EXPECT_LT(printer.text_height(QStringLiteral("X")), 240);
+    const double date = printer.text_width(QStringLiteral("Date and Time"));
+    EXPECT_GT(date, 800);
+    EXPECT_LT(date, 1600);
+    EXPECT_GT(printer.text_width(QStringLiteral("Date and Time      ")), date + 150);
+    for (QPageSize::PageSizeId size : {QPageSize::A4, QPageSize::Letter}) {
+        printer.device().setPageSize(QPageSize(size));
+        EXPECT_GT(printer.page_height(), 14000);  // less its margins
+        const QString row[] = {"12", "23.11.2026 at 14:17:52", "1.5", "15", "Inhale", "12",
+                               "Manual Overide"};
+        double right = 1440 + 60 + 60;
+        int k = 0;
+        for (int heading : {156, 157, 158, 159, 160, 161, 300})
+            right += std::max(printer.text_width(message_text(heading)),
+                              printer.text_width(row[k++])) + 240;
+        EXPECT_LT(right, printer.page_width()) << int(size);
+    }
+}
+
+TEST(QtPrinter, draws_the_history_page_into_a_pdf_file) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("history.pdf"));
+    QtPrinter printer;
+    printer.device().setOutputFormat(QPrinter::PdfFormat);
+    printer.device().setOutputFileName(path);
+    printer.end_document();
+    EXPECT_FALSE(QFile::exists(path)) << "a document without a page went out";
+
+    ReportListView list;
+    list.add_item(1, QStringLiteral("1"));
+    list.add_sub_item(1, 1, QStringLiteral("04.03.26 at 09:05:07"));
+    list.add_column(1, QStringLiteral("Session"));
+    list.add_column(2, QStringLiteral("Date and Time      "), 2400);
+    printer.set_CurrentX(1440);
+    printer.set_CurrentY(1440);
+    draw_session_list(printer,
+                      {QStringLiteral("ZEL Patient Session History (04.03.26 09:05:07)"),
+                       QStringLiteral("Name: Doe, Jane"), QStringLiteral("Medical ID: A1")},
+                      list);
+    EXPECT_GT(printer.CurrentY(), 1440 + 900);  // the last column rule leaves it at its foot
+    printer.end_document();
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray pdf = file.readAll();
+    EXPECT_TRUE(pdf.startsWith("%PDF-")) << pdf.left(16).toStdString();
+    EXPECT_GT(pdf.size(), 1000);
+}
+
+}  // namespace
+}  // namespace zel::test
