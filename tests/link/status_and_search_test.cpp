@@ -1,12 +1,58 @@
 #include <gtest/gtest.h>
 
+#include "app/zel_error.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
+#include "link/commands.h"
 
 namespace zel::test {
 namespace {
 
 using namespace Qt::StringLiterals;
+using Pair = std::array<uint8_t, 2>;
+
+TEST(SettingsEncoding, threshold_duration_and_calibration_bytes_with_their_kept_quirks) {
+    struct Case { float litres; uint8_t high, low; };
+    const Case cases[] = {
+        {0.5f, 0x00, 0x7D}, {1.0f, 0x00, 0xFA}, {-0.5f, 0xFF, 0x83}, {0.0f, 0x00, 0x00},
+        {2.0f, 0x01, 0xF4}, {-1.0f, 0xFF, 0x06},
+        {1.02f, 0x01, 0xFF},  // A = 255 rounds up into the high byte: sent 256 units too high
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(encode_threshold(c.litres), (Pair{c.high, c.low})) << c.litres;
+    EXPECT_THROW(encode_threshold(-5.12f), ZelError);  // negative with a zero low byte overflows
+    EXPECT_EQ(encode_duration(15), 0x0F);
+    EXPECT_EQ(encode_duration(12.5), 12);  // ties to even
+    EXPECT_EQ(encode_duration(13.5), 14);
+    EXPECT_EQ(encode_calibration(0.004f), (Pair{0x80, 0x00}));
+    EXPECT_EQ(encode_calibration(0.0041f), (Pair{0x83, 0x33}));
+}
+
+TEST(UploadSettings, sends_thirteen_setting_bytes_then_asks_for_the_echo_on_an_open_port) {
+    for (bool open : {true, false}) {
+        Rig rig;
+        rig.fakes.serial.set_PortOpen(open);
+        rig.form.duration = 15;
+        rig.form.thresh = 1.0f;
+        rig.form.settings_confirm = false;
+        rig.form.settings_confirm_counter = 3;
+        rig.form.upload_settings();
+        const QByteArray settings =
+            bytes({'L', 15, 'T', 0x00, 0xFA, '+', 0x80, 0x00, '-', 0x80, 0x00, '1', 'V'});
+        EXPECT_EQ(rig.fakes.serial.sent(), open ? settings : QByteArray());
+        EXPECT_EQ(rig.form.settings_confirm, open);
+        EXPECT_EQ(rig.form.settings_confirm_counter, open ? 0 : 3);
+    }
+}
+
+TEST(StopModuleLink, sends_stop_and_suspends_both_link_timers) {
+    Rig rig;
+    rig.form.Timer_HeartBeat->set_Enabled(true);
+    rig.form.stop_module_link();
+    EXPECT_EQ(rig.fakes.serial.sent(), "D");
+    EXPECT_FALSE(rig.form.Timer_HeartBeat->Enabled());
+    EXPECT_FALSE(rig.form.Timer_module_connect->Enabled());
+}
 
 struct LinkRig : Rig {
     explicit LinkRig(bool open = false) {
@@ -48,10 +94,7 @@ TEST(StatusFrame, converts_levels_and_judges_them_at_their_limits) {
     EXPECT_FLOAT_EQ(rig.form.pressure_level, -1.875f);
     EXPECT_FLOAT_EQ(rig.form.vacuum_level, 16.875f);
     EXPECT_EQ(rig.form.zel_version_id, QStringLiteral("ZEL 3.1"));
-}
-
-TEST(StatusFrame, version_text_takes_up_to_fifteen_bytes_and_always_the_first) {
-    LinkRig rig(true);
+    // The version text takes up to fifteen bytes, and always the first.
     QByteArray raw = status_frame().left(30);
     for (int k = 1; k <= 15; ++k) raw[k] = static_cast<char>('a' + k);
     rig.fakes.serial.receive(with_checksum(raw));
@@ -90,34 +133,28 @@ TEST(StatusFrame, a_matching_echo_confirms_and_later_frames_are_not_compared) {
 }
 
 TEST(ModuleSearch, goes_from_cold_start_to_the_stream_in_three_ticks) {
-    LinkRig rig;
-    rig.form.start_module_search();
-    rig.tick_search();  // ports listed, first port opened, "V"
-    EXPECT_EQ(rig.form.num_ports, 3);
-    EXPECT_EQ(rig.fakes.serial.sent(), "V");
-    EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
-    rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 0, 0.0f));
-    rig.tick_search();  // checks pass, settings uploaded
-    EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));
-    rig.fakes.serial.receive(status_frame());
-    rig.tick_search();  // confirmed: the link is up
-    EXPECT_EQ(rig.fakes.serial.sent(), "XE");
-    EXPECT_FALSE(rig.connect().Enabled());
-    EXPECT_TRUE(rig.heartbeat().Enabled());
-    EXPECT_EQ(rig.fakes.serial.CommPort(), 1);
-}
-
-TEST(ModuleSearch, a_module_back_in_a_hold_is_not_sent_x) {
-    LinkRig rig;
-    rig.form.b_state = 4;
-    rig.form.Recover_Comm_During_Gated_Treatment = true;
-    rig.form.start_module_search();
-    rig.tick_search();
-    rig.fakes.serial.receive(status_frame());
-    rig.form.settings_confirm = false;
-    rig.tick_search();
-    EXPECT_EQ(rig.fakes.serial.sent(), "E");
-    EXPECT_TRUE(rig.form.Recover_Comm_During_Gated_Treatment);
+    // A module found again during a hold is not sent X (start), only E.
+    for (bool back_in_a_hold : {false, true}) {
+        SCOPED_TRACE(back_in_a_hold);
+        LinkRig rig;
+        rig.form.b_state = back_in_a_hold ? 4 : 1;
+        rig.form.Recover_Comm_During_Gated_Treatment = back_in_a_hold;
+        rig.form.start_module_search();
+        rig.tick_search();  // ports listed, first port opened, "V"
+        EXPECT_EQ(rig.form.num_ports, 3);
+        EXPECT_EQ(rig.fakes.serial.sent(), "V");
+        EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
+        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 0, 0.0f));
+        rig.tick_search();  // checks pass, settings uploaded
+        EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));
+        rig.fakes.serial.receive(status_frame());
+        rig.tick_search();  // confirmed: the link is up
+        EXPECT_EQ(rig.fakes.serial.sent(), back_in_a_hold ? "E" : "XE");
+        EXPECT_FALSE(rig.connect().Enabled());
+        EXPECT_TRUE(rig.heartbeat().Enabled());
+        EXPECT_EQ(rig.fakes.serial.CommPort(), 1);
+        EXPECT_EQ(rig.form.Recover_Comm_During_Gated_Treatment, back_in_a_hold);
+    }
 }
 
 TEST(ModuleSearch, a_failed_check_names_the_faults_with_a_leading_blank) {
