@@ -109,47 +109,27 @@ TEST(FrameReception, a_nested_pass_during_a_dialog_handles_the_same_frame_again)
     EXPECT_EQ(rig.fakes.serial.InBufferCount(), 1);  // the filling loop was skipped
 }
 
-TEST(Checksum, a_frame_is_good_when_its_bytes_sum_to_zero_modulo_256) {
-    Rig rig;
-    rig.form.packet_length = 0;
-    EXPECT_TRUE(rig.form.checksum_ok());
-    rig.form.packet_length = 31;
-    rig.form.packet.fill(255);  // 31 * 255 = 7905: no overflow of the 16-bit sum
-    EXPECT_FALSE(rig.form.checksum_ok());
-    rig.form.packet[30] = 31;   // 30 * 255 + 31 = 7681 = 30 * 256 + 1
-    EXPECT_FALSE(rig.form.checksum_ok());
-    rig.form.packet[30] = 30;
-    EXPECT_TRUE(rig.form.checksum_ok());
-}
-
-QByteArray raw_frame(uint8_t flags, uint8_t hi, uint8_t lo, uint8_t t_hi = 0, uint8_t t_lo = 0) {
-    return with_checksum({131, flags, 1, hi, lo, t_hi, t_lo});
-}
-
 TEST(DataFrame, decodes_the_full_signed_volume_and_shows_the_time_left_upwards) {
+    // Volume in units of 0.004 L, time left in frames of 0.02 s.
     struct Case {
-        uint8_t hi, lo; double litres; const char* label;
-        uint8_t t_hi, t_lo; double seconds; const char* shown; char separator = '.';
+        int16_t units; double litres; const char* shown;
+        uint16_t frames; double seconds; const char* countdown; char separator = '.';
     };
     const Case cases[] = {
-        {0xFF, 0xFF, -0.004, "volume [L]:   0.00", 0x00, 0x32, 1.0, "1"},
-        {0x00, 0x00, 0.0, "volume [L]:   0.00", 0x00, 0x33, 1.02, "2"},
-        {0x7F, 0xFF, 131.068, "volume [L]:   131.07", 0x00, 0x01, 0.02, "1"},
-        {0x80, 0x01, -131.068, "volume [L]:   -131.07", 0x00, 0x00, 0.0, "0"},
-        {0x00, 0xFA, 1.0, "volume [L]:   1.00", 0x02, 0xEE, 15.0, "15"},
-        {0xFF, 0x06, -1.0, "volume [L]:   -1.00", 0xFF, 0xFF, 1310.7, "1311"},
-        {0x01, 0x00, 1.024, "volume [L]:   1.02", 0x00, 0x32, 1.0, "1"},
-        {0x00, 0x7D, 0.5, "volume [L]:   0,50", 0x00, 0x32, 1.0, "1", ','},
+        {-1, -0.004, "0.00", 50, 1.0, "1"},          {0, 0.0, "0.00", 51, 1.02, "2"},
+        {32767, 131.068, "131.07", 1, 0.02, "1"},    {-32767, -131.068, "-131.07", 0, 0.0, "0"},
+        {250, 1.0, "1.00", 750, 15.0, "15"},         {-250, -1.0, "-1.00", 65535, 1310.7, "1311"},
+        {256, 1.024, "1.02", 50, 1.0, "1"},          {125, 0.5, "0,50", 50, 1.0, "1", ','},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.label);
+        SCOPED_TRACE(c.shown);
         Rig rig;
         rig.fakes.locale.separator = QLatin1Char(c.separator);
-        rig.fakes.serial.receive(raw_frame(0x04, c.hi, c.lo, c.t_hi, c.t_lo));
+        rig.fakes.serial.receive(data_frame(0x04, 1, c.units, c.frames));
         EXPECT_DOUBLE_EQ(rig.form.volume, c.litres);
-        EXPECT_EQ(rig.form.volume_label.Caption, QString::fromLatin1(c.label));
+        EXPECT_EQ(rig.form.volume_label.Caption, QStringLiteral("volume [L]:   ") + c.shown);
         EXPECT_NEAR(rig.form.ZEL_CM_duration, c.seconds, 1e-9);
-        EXPECT_EQ(rig.form.countdown2.Caption, QString::fromLatin1(c.shown));
+        EXPECT_EQ(rig.form.countdown2.Caption, QString::fromLatin1(c.countdown));
     }
     EXPECT_THROW(decode_volume(0x80, 0x00), ZelError);  // the pattern with no magnitude
 }
@@ -157,17 +137,13 @@ TEST(DataFrame, decodes_the_full_signed_volume_and_shows_the_time_left_upwards) 
 TEST(ElapsedTime, seconds_round_to_even_while_minutes_truncate) {
     struct Case { double counts; const char* text; };
     const Case cases[] = {
-        {1, "0:0:0"},        // 0.02 s
-        {25, "0:0:0"},       // 0.5 s: a half goes to the even neighbour
-        {75, "0:0:2"},       // 1.5 s
-        {2980, "0:0:0"},     // 59.6 s: seconds round to 60, modulo 60, minutes still 0
-        {3000, "0:1:0"},     {3025, "0:1:0"},  // 60.5 s
-        {179975, "0:59:0"},  // 3599.5 s rounds to 3600
-        {180000, "1:0:0"},   {180000 * 25 + 50, "25:0:1"},
+        {1, "0:0:0"}, {25, "0:0:0"}, {75, "0:0:2"},  // 0.02 s; 0.5 and 1.5 s go to the even
+        {2980, "0:0:0"},  // 59.6 s: seconds round to 60, modulo 60, minutes still 0
+        {3000, "0:1:0"}, {3025, "0:1:0"}, {179975, "0:59:0"},  // 3599.5 s rounds to 3600
+        {180000, "1:0:0"}, {180000 * 25 + 50, "25:0:1"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(elapsed_text(c.counts, 50.0f), QString::fromLatin1(c.text)) << c.counts;
-
     Rig rig;
     for (int k = 0; k < 75; ++k) rig.fakes.serial.receive(data_frame());
     EXPECT_EQ(rig.form.total_counts, 75);
@@ -179,15 +155,14 @@ TEST(FaultLines, each_line_sets_its_flag_and_the_fault_state_once) {
     using Flags = std::array<bool, 4>;  // line, battery, pneumatic, transducer
     struct Case { uint8_t flags; Flags faults; };
     const Case cases[] = {
-        {0x04, {}},  // healthy idle frame
-        {0x06, {}},  // the switch is no fault
-        {0x85, {}},  // bits 0 and 7 are not read
+        // Healthy idle; the switch is no fault; bits 0 and 7 are not read.
+        {0x04, {}}, {0x06, {}}, {0x85, {}},
         {0x00, {0, 0, 0, 1}}, {0x0C, {0, 0, 0, 1}}, {0x08, {0, 0, 0, 1}}, {0x24, {1, 0, 0, 0}},
         {0x14, {0, 1, 0, 0}}, {0x44, {0, 0, 1, 0}}, {0x70, {1, 1, 1, 1}},
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.fakes.serial.receive(raw_frame(c.flags, 0, 0));
+        rig.fakes.serial.receive(data_frame(c.flags));
         const Form1& f = rig.form;
         EXPECT_EQ((Flags{f.line_fault, f.battery_fault, f.pneumatic_fault, f.transducer_fault}),
                   c.faults) << int(c.flags);
@@ -195,15 +170,12 @@ TEST(FaultLines, each_line_sets_its_flag_and_the_fault_state_once) {
     }
     // A standing flag raises nothing new; a cleared one clears whatever the fault state.
     Rig rig;
-    rig.fakes.serial.receive(raw_frame(0x24, 0, 0));
+    rig.fakes.serial.receive(data_frame(0x24));
     rig.form.sw_state = 1;  // as if the fault state had ended
-    rig.fakes.serial.receive(raw_frame(0x24, 0, 0));
+    rig.fakes.serial.receive(data_frame(0x24));
     EXPECT_EQ(rig.form.sw_state, 1);
-    rig.fakes.serial.receive(raw_frame(0x04, 0, 0));
-    EXPECT_FALSE(rig.form.line_fault);
     rig.form.sw_state = 2;
-    rig.fakes.serial.receive(raw_frame(0x24, 0, 0));
-    rig.fakes.serial.receive(raw_frame(0x04, 0, 0));
+    rig.fakes.serial.receive(data_frame(0x04));
     EXPECT_FALSE(rig.form.line_fault);
 }
 
