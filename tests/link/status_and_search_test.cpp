@@ -28,30 +28,18 @@ TEST(SettingsEncoding, threshold_duration_and_calibration_bytes_with_their_kept_
     EXPECT_EQ(encode_calibration(0.0041f), (Pair{0x83, 0x33}));
 }
 
-TEST(UploadSettings, sends_thirteen_setting_bytes_then_asks_for_the_echo_on_an_open_port) {
-    for (bool open : {true, false}) {
-        Rig rig;
-        rig.fakes.serial.set_PortOpen(open);
-        rig.form.duration = 15;
-        rig.form.thresh = 1.0f;
-        rig.form.settings_confirm = false;
-        rig.form.settings_confirm_counter = 3;
-        rig.form.upload_settings();
-        const QByteArray settings =
-            bytes({'L', 15, 'T', 0x00, 0xFA, '+', 0x80, 0x00, '-', 0x80, 0x00, '1', 'V'});
-        EXPECT_EQ(rig.fakes.serial.sent(), open ? settings : QByteArray());
-        EXPECT_EQ(rig.form.settings_confirm, open);
-        EXPECT_EQ(rig.form.settings_confirm_counter, open ? 0 : 3);
-    }
-}
-
-TEST(StopModuleLink, sends_stop_and_suspends_both_link_timers) {
+TEST(StopModuleLink, sends_stop_and_suspends_both_link_timers_and_a_closed_port_gets_no_settings) {
     Rig rig;
     rig.form.Timer_HeartBeat->set_Enabled(true);
     rig.form.stop_module_link();
     EXPECT_EQ(rig.fakes.serial.sent(), "D");
     EXPECT_FALSE(rig.form.Timer_HeartBeat->Enabled());
     EXPECT_FALSE(rig.form.Timer_module_connect->Enabled());
+    rig.fakes.serial.set_PortOpen(false);
+    rig.form.settings_confirm = false;
+    rig.form.upload_settings();
+    EXPECT_EQ(rig.fakes.serial.sent(), "D");
+    EXPECT_FALSE(rig.form.settings_confirm);
 }
 
 struct LinkRig : Rig {
@@ -145,8 +133,11 @@ TEST(ModuleSearch, goes_from_cold_start_to_the_stream_in_three_ticks) {
         EXPECT_EQ(rig.fakes.serial.sent(), "V");
         EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
         rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 0, 0.0f));
-        rig.tick_search();  // checks pass, settings uploaded
-        EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));
+        rig.form.settings_confirm_counter = 3;
+        rig.tick_search();  // checks pass; thirteen setting bytes, then a request for the echo
+        EXPECT_EQ(rig.fakes.serial.sent(),
+                  bytes({'L', 15, 'T', 0x01, 0x2C, '+', 0x80, 0x00, '-', 0x80, 0x00, '1', 'V'}));
+        EXPECT_EQ(rig.form.settings_confirm_counter, 0);
         rig.fakes.serial.receive(status_frame());
         rig.tick_search();  // confirmed: the link is up
         EXPECT_EQ(rig.fakes.serial.sent(), back_in_a_hold ? "E" : "XE");
