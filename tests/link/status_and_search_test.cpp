@@ -28,7 +28,7 @@ TEST(SettingsEncoding, threshold_duration_and_calibration_bytes_with_their_kept_
     EXPECT_EQ(encode_calibration(0.0041f), (Pair{0x83, 0x33}));
 }
 
-TEST(StopModuleLink, sends_stop_and_suspends_both_link_timers_and_a_closed_port_gets_no_settings) {
+TEST(StopModuleLink, sends_stop_and_suspends_both_link_timers_then_a_closed_port_gets_nothing) {
     Rig rig;
     rig.form.Timer_HeartBeat->set_Enabled(true);
     rig.form.stop_module_link();
@@ -92,7 +92,15 @@ TEST(StatusFrame, converts_levels_and_judges_them_at_their_limits) {
     EXPECT_EQ(rig.form.zel_version_id, QString(QChar(0)));
 }
 
-TEST(StatusFrame, three_mismatched_echoes_pass_and_the_fourth_stops_the_link) {
+TEST(StatusFrame, a_matching_echo_confirms_and_the_fourth_mismatch_in_a_row_stops_the_link) {
+    for (float thresh : {1.2f, 0.0f}) {  // later frames are not compared
+        LinkRig rig(true);
+        rig.form.thresh = thresh;
+        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 15, thresh));
+        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 99));
+        EXPECT_FALSE(rig.form.settings_confirm) << thresh;
+        EXPECT_EQ(rig.form.settings_confirm_counter, 0) << thresh;
+    }
     LinkRig rig(true);
     rig.form.Timer_HeartBeat->set_Enabled(true);
     for (int k = 1; k <= 3; ++k) {
@@ -106,18 +114,6 @@ TEST(StatusFrame, three_mismatched_echoes_pass_and_the_fourth_stops_the_link) {
     EXPECT_FALSE(rig.form.Timer_HeartBeat->Enabled());
     EXPECT_FALSE(rig.form.Timer_module_connect->Enabled());
     EXPECT_TRUE(rig.form.settings_confirm);
-}
-
-TEST(StatusFrame, a_matching_echo_confirms_and_later_frames_are_not_compared) {
-    for (float thresh : {1.2f, 0.0f}) {
-        LinkRig rig(true);
-        rig.form.thresh = thresh;
-        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 15, thresh));
-        EXPECT_FALSE(rig.form.settings_confirm) << thresh;
-        rig.fakes.serial.receive(status_frame(104, 171, 200, 200, 99));
-        EXPECT_FALSE(rig.form.settings_confirm) << thresh;
-        EXPECT_EQ(rig.form.settings_confirm_counter, 0) << thresh;
-    }
 }
 
 TEST(ModuleSearch, goes_from_cold_start_to_the_stream_in_three_ticks) {
@@ -195,43 +191,39 @@ TEST(ModuleSearch, a_port_the_user_may_not_open_is_told_once_and_the_search_goes
     EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
 }
 
-TEST(Heartbeat, tolerates_one_silent_tick_and_loses_the_link_on_the_second) {
-    LinkRig rig(true);
-    rig.form.Timer_HeartBeat->set_Enabled(true);
-    for (int k = 0; k < 2; ++k) {
-        rig.fakes.serial.receive(data_frame(0x04, 1, 0, 100));
-        rig.heartbeat().tick();
-        EXPECT_TRUE(rig.fakes.serial.PortOpen());
-    }
-    rig.heartbeat().tick();
-    EXPECT_FALSE(rig.fakes.serial.PortOpen());
-    EXPECT_TRUE(rig.connect().Enabled());
-    EXPECT_FALSE(rig.heartbeat().Enabled());
-    EXPECT_TRUE(rig.form.countdown2.Caption.isEmpty());
-    EXPECT_TRUE(rig.form.settings_confirm);
-}
-
-TEST(Heartbeat, a_loss_during_a_hold_opens_the_relay_at_once_if_gated_else_cues_a_pause) {
-    for (bool gated : {true, false}) {
-        SCOPED_TRACE(gated ? "gated" : "manual");
-        LinkRig rig;
-        rig.form.Gated_Treatment = gated;
-        rig.form.b_state = 4;
-        rig.form.pneumatic_fault = true;
-        rig.form.line_fault = true;
+TEST(Heartbeat, a_second_silent_tick_loses_the_link_and_in_a_hold_opens_the_relay_or_cues_a_pause) {
+    struct Case { const char* what; bool gated; int16_t b_state; int frames; QStringList relay; };
+    const Case cases[] = {
+        {"idle, frames between ticks", false, 1, 2, {}},
+        {"gated hold", true, 4, 0, {"SetRelayState(0)"}},
+        {"manual hold", false, 4, 0, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        LinkRig rig(true);
+        rig.form.Gated_Treatment = c.gated;
+        rig.form.b_state = c.b_state;
         rig.form.Timer_HeartBeat->set_Enabled(true);
-        rig.heartbeat().tick();
-        rig.heartbeat().tick();
-        EXPECT_EQ(rig.fakes.tarrow.relay_calls(),
-                  gated ? QStringList{QStringLiteral("SetRelayState(0)")} : QStringList{});
-        EXPECT_EQ(rig.form.Recover_Comm_During_Gated_Treatment, gated);
-        EXPECT_EQ(rig.form.pause_cue_visible, !gated);
-        EXPECT_EQ(rig.fakes.timers.get("pauseBeamTimer").Enabled(), !gated);
-        EXPECT_EQ(rig.form.Image_Gating_Ready.Visible, gated);
-        EXPECT_FALSE(rig.form.Image_Gating_Closed.Visible);
-        if (gated) {
-            EXPECT_EQ(rig.form.b_state, 1);
+        for (int k = 0; k < c.frames; ++k) {
+            rig.fakes.serial.receive(data_frame(0x04, 1, 0, 100));
+            rig.heartbeat().tick();
+            EXPECT_TRUE(rig.fakes.serial.PortOpen());
         }
+        rig.form.pneumatic_fault = rig.form.line_fault = true;
+        rig.heartbeat().tick();
+        if (c.frames == 0) rig.heartbeat().tick();
+        EXPECT_FALSE(rig.fakes.serial.PortOpen());
+        EXPECT_TRUE(rig.connect().Enabled());
+        EXPECT_FALSE(rig.heartbeat().Enabled());
+        EXPECT_TRUE(rig.form.countdown2.Caption.isEmpty());
+        EXPECT_TRUE(rig.form.settings_confirm);
+        // The beam must stop at once; a manual hold is paused instead.
+        EXPECT_EQ(rig.fakes.tarrow.relay_calls(), c.relay);
+        EXPECT_EQ(rig.form.Recover_Comm_During_Gated_Treatment, c.gated);
+        const bool manual_hold = !c.gated && c.b_state == 4;
+        EXPECT_EQ(rig.form.pause_cue_visible, manual_hold);
+        EXPECT_EQ(rig.fakes.timers.get("pauseBeamTimer").Enabled(), manual_hold);
+        EXPECT_EQ(rig.form.b_state, 1);
         EXPECT_TRUE(rig.form.pneumatic_fault);  // left standing by a link loss
         EXPECT_FALSE(rig.form.line_fault);
     }
