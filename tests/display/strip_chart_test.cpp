@@ -33,11 +33,10 @@ TEST(StripChart, draws_the_grid_the_zero_line_and_the_wide_green_threshold) {
         (s.style == LineStyle::dotted ? horizontal : solid).push_back(drawn(s));
     }
     // Eight dotted lines, the last on the bottom edge; volumes stand negated.
-    EXPECT_EQ(horizontal, (std::vector<std::string>{
-                              "0 -1.5 1000 -1.5 255,192,128 1", "0 -1 1000 -1 255,192,128 1",
-                              "0 -0.5 1000 -0.5 255,192,128 1", "0 0 1000 0 255,192,128 1",
-                              "0 0.5 1000 0.5 255,192,128 1", "0 1 1000 1 255,192,128 1",
-                              "0 1.5 1000 1.5 255,192,128 1", "0 2 1000 2 255,192,128 1"}));
+    std::vector<std::string> grid;
+    for (const char* y : {"-1.5", "-1", "-0.5", "0", "0.5", "1", "1.5", "2"})
+        grid.push_back(std::string("0 ") + y + " 1000 " + y + " 255,192,128 1");
+    EXPECT_EQ(horizontal, grid);
     EXPECT_EQ(solid, (std::vector<std::string>{"0 0 1000 0 255,192,128 1",
                                                "0 -0.75 1000 -0.75 0,255,0 4"}));
     EXPECT_EQ(rig.fakes.chart.log.mid(0, 2),
@@ -69,15 +68,12 @@ TEST(StripChart, issues_one_vertical_line_a_second_whatever_the_division) {
 
 TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
     struct Case { float thresh; double max_y; const char* caption; double top; };
+    // Top: the threshold's fraction of the chart's 7485 twips, less half the label's height.
     const Case cases[] = {
-        {1.2f, 2.0, "1.2", 0.2 * 7485 - 142.5},
-        {0.0f, 2.0, "0.0", 0.5 * 7485 - 142.5},
-        {-0.55f, 1.0, "-0.6", 0.775 * 7485 - 142.5},
+        {1.2f, 2.0, "1.2", 0.2}, {0.0f, 2.0, "0.0", 0.5}, {-0.55f, 1.0, "-0.6", 0.775},
         // The threshold label once under-read these: a single widened to a double rounds down.
-        {0.35f, 2.0, "0.4", 0.4125 * 7485 - 142.5},
-        {0.45f, 2.0, "0.5", 0.3875 * 7485 - 142.5},
-        {1.15f, 2.0, "1.2", 0.2125 * 7485 - 142.5},
-        {1.55f, 2.0, "1.6", 0.1125 * 7485 - 142.5},
+        {0.35f, 2.0, "0.4", 0.4125}, {0.45f, 2.0, "0.5", 0.3875}, {1.15f, 2.0, "1.2", 0.2125},
+        {1.55f, 2.0, "1.6", 0.1125},
     };
     for (const auto& c : cases) {
         Rig rig;
@@ -86,7 +82,7 @@ TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
         rig.form.min_y = -c.max_y;
         rig.form.draw_chart();
         EXPECT_EQ(rig.form.thresh_label.Caption, QString::fromLatin1(c.caption)) << c.thresh;
-        EXPECT_NEAR(rig.form.thresh_label.Top, c.top, 0.01) << c.thresh;
+        EXPECT_NEAR(rig.form.thresh_label.Top, c.top * 7485 - 142.5, 0.01) << c.thresh;
     }
 }
 
@@ -146,9 +142,9 @@ TEST(StripChart, segments_follow_the_switch_and_the_sweep_wraps_after_max_x) {
 TEST(ThresholdRegion, the_narrowed_volume_must_pass_the_threshold_strictly) {
     struct Case { double volume; bool inhale; bool inside; };
     const Case cases[] = {
-        {1.2, true, false},  // 1.2 narrowed equals the single 1.2: in neither region
-        {1.2, false, false},  {1.204, true, true}, {1.196, true, false},
-        {1.196, false, true}, {-3.0, false, true}, {-3.0, true, false},
+        {1.2, true, false}, {1.2, false, false},  // 1.2 narrowed equals the single 1.2: neither
+        {1.204, true, true}, {1.196, true, false}, {1.196, false, true}, {-3.0, false, true},
+        {-3.0, true, false},
     };
     for (const auto& c : cases) {
         Rig rig;
