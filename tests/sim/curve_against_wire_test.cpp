@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <set>
 
@@ -60,52 +61,27 @@ void erase(std::vector<int>& frames, int frame) {
 }
 
 TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_module_is_found) {
-    struct Case {
-        const char* what;
-        std::function<void(Recording&)> change;
-        long expected, missing, duplicated, foreign, unread, count_gaps;
-    };
+    struct Case { const char* what; std::function<void(Recording&)> change; std::array<long, 6> counts; };
+    // counts: expected, missing, duplicated, foreign, unread, count gaps
     const Case cases[] = {
         {"every frame once", [](Recording&) {}, 290, 0, 0, 0, 0, 0},
         {"a frame lost before the console took it in", [](Recording& r) { erase(r.written, 100); },
          290, 1, 0, 0, 0, 0},
         {"a frame taken in and not written",
-         [](Recording& r) {
-             erase(r.written, 100);
-             r.taken_unwritten.insert(100);
-         },
-         290, 1, 0, 0, 0, 1},
+         [](Recording& r) { erase(r.written, 100); r.taken_unwritten.insert(100); }, 290, 1, 0, 0, 0, 1},
         {"a frame written twice",
-         [](Recording& r) {
-             r.written.insert(std::find(r.written.begin(), r.written.end(), 100), 100);
-         },
+         [](Recording& r) { r.written.insert(std::find(r.written.begin(), r.written.end(), 100), 100); },
          290, 0, 1, 0, 0, 0},
         {"a corrupt frame written", [](Recording& r) { r.wire[150].corrupt = true; }, 289, 0, 0, 1,
          0, 0},
-        {"a corrupt frame left out",
-         [](Recording& r) {
-             r.wire[150].corrupt = true;
-             erase(r.written, 150);
-         },
+        {"a corrupt frame left out", [](Recording& r) { r.wire[150].corrupt = true; erase(r.written, 150); },
          289, 0, 0, 0, 0, 0},
-        {"a frame lost while the volume stands still",
-         [](Recording& r) {
-             hold(r);
-             erase(r.written, 130);
-         },
+        {"a frame lost while the volume stands still", [](Recording& r) { hold(r); erase(r.written, 130); },
          290, 1, 0, 0, 0, 0},
         {"a corrupt frame written while the volume stands still",
-         [](Recording& r) {
-             hold(r);
-             r.wire[130].corrupt = true;
-         },
-         289, 0, 0, 1, 0, 0},
+         [](Recording& r) { hold(r); r.wire[130].corrupt = true; }, 289, 0, 0, 1, 0, 0},
         {"frames after the cut, before the module was found, unread",
-         [](Recording& r) {
-             erase(r.written, 200);
-             erase(r.written, 202);
-         },
-         288, 0, 0, 0, 2, 0},
+         [](Recording& r) { erase(r.written, 200); erase(r.written, 202); }, 288, 0, 0, 0, 2, 0},
         {"frames after the cut unread, and one lost once the module was found",
          [](Recording& r) {
              for (int k = 200; k < 203; ++k) erase(r.written, k);
@@ -126,11 +102,7 @@ TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_modul
          },
          287, 2, 0, 0, 3, 0},
         {"frames lost once the module was found",
-         [](Recording& r) {
-             erase(r.written, 204);
-             erase(r.written, 205);
-         },
-         290, 2, 0, 0, 0, 0},
+         [](Recording& r) { erase(r.written, 204); erase(r.written, 205); }, 290, 2, 0, 0, 0, 0},
     };
     for (const Case& c : cases) {
         Recording r = every_frame_recorded();
@@ -138,12 +110,10 @@ TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_modul
         long last_count = 0;
         const std::vector<Sample> samples = lines_of(r, last_count);
         const Comparison found = compare(r.wire, r.starts, samples, 0, last_count);
-        EXPECT_EQ(found.missing, c.missing) << c.what;
-        EXPECT_EQ(found.duplicated, c.duplicated) << c.what;
-        EXPECT_EQ(found.foreign, c.foreign) << c.what;
-        EXPECT_EQ(found.unread, c.unread) << c.what;
-        EXPECT_EQ(found.count_gaps, c.count_gaps) << c.what;
-        EXPECT_EQ(found.expected, c.expected) << c.what;
+        EXPECT_EQ((std::array{found.expected, found.missing, found.duplicated, found.foreign,
+                              found.unread, found.count_gaps}),
+                  c.counts)
+            << c.what;
     }
 }
 

@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <cmath>
 
 #include "fakes/rig.h"
+#include "sim/live_console.h"
 #include "script.h"
 
 namespace zelsim::test {
@@ -17,14 +17,7 @@ namespace {
 // A console recording `units` (volumes in 0.004 L), one data frame each.
 QString record(zel::test::Rig& rig, const std::vector<int16_t>& units, QChar separator) {
     rig.fakes.locale.separator = separator;
-    rig.form.data_directory = rig.app_data.path();
-    rig.form.patient_last_name = QStringLiteral("Doe");
-    rig.form.patient_first_name = QStringLiteral("Jane");
-    rig.form.patient_medical_id = QStringLiteral("A1");
-    rig.form.session = QStringLiteral("1");
-    rig.form.patient_defined = true;
-    rig.form.cmdRecord.Enabled = true;
-    QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
+    zel::test::as_patient(rig.form, rig.app_data.path(), QStringLiteral("1"));
     rig.form.cmdRecord_Click();
     for (int16_t u : units) rig.fakes.serial.receive(zel::test::data_frame(0x04, 1, u));
     rig.form.cmdPause_Click();
@@ -36,20 +29,6 @@ std::vector<int16_t> breath(int frames) {
     for (int k = 0; k < frames; ++k)
         units.push_back(static_cast<int16_t>(250 + std::lround(150 * std::sin(k * 0.05))));
     return units;
-}
-
-TEST(CurveReplay, reads_the_volumes_the_console_recorded_with_either_separator) {
-    for (const QChar separator : {QLatin1Char('.'), QLatin1Char(',')}) {
-        zel::test::Rig rig;
-        const std::vector<int16_t> units = breath(300);
-        std::string error;
-        const auto curve = CurveReplay::load(record(rig, units, separator).toStdString(), error);
-        ASSERT_TRUE(curve) << error;
-        EXPECT_EQ(curve->frame_rate, 50);
-        ASSERT_EQ(curve->samples(), units.size());
-        for (size_t k = 0; k < units.size(); ++k)
-            ASSERT_NEAR(curve->litres[k], units[k] * 0.004, 1e-9) << k;
-    }
 }
 
 TEST(CurveReplay, interpolates_between_frames_and_loops_at_the_end) {
@@ -82,65 +61,56 @@ TEST(CurveReplay, a_bad_file_is_named_and_the_patient_breathes_on) {
         {"header.dat", lines(26), "fewer than two samples"},
         {"one.dat", lines(27), "fewer than two samples"},
         {"garbage.dat", contents + "1.00;lots;1;1; - ; - ; - \r\n", "not a sample line"},
-        {"norate.dat", QByteArray(contents).replace("Count Frequency:", "Count Rate:     "),
-         "no frame rate"},
+        {"norate.dat", QByteArray(contents).replace("Count Frequency:", "Count Rate:     "), "no frame rate"},
+        {"/nonexistent/curve.dat", {}, "cannot be opened"},
     };
     for (const auto& c : cases) {
-        const QString path = rig.app_data.path() + QLatin1Char('/') + QString::fromLatin1(c.name);
-        QFile out(path);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-        out.write(c.bytes);
-        out.close();
+        SCOPED_TRACE(c.name);
+        QString path = QString::fromLatin1(c.name);
+        if (!path.startsWith(QLatin1Char('/'))) {
+            path = rig.app_data.filePath(path);
+            QFile out(path);
+            ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+            out.write(c.bytes);
+        }
         Simulator sim;
-        EXPECT_FALSE(sim.replay(path.toStdString())) << c.name;
-        ASSERT_EQ(sim.messages.size(), 1u) << c.name;
+        EXPECT_FALSE(sim.replay(path.toStdString()));
+        ASSERT_EQ(sim.messages.size(), 1u);
         EXPECT_NE(sim.messages[0].find(path.toStdString()), std::string::npos) << sim.messages[0];
         EXPECT_NE(sim.messages[0].find(c.reason), std::string::npos) << sim.messages[0];
-        EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr) << c.name;
-    }
-    Simulator sim;
-    EXPECT_FALSE(sim.replay("/nonexistent/curve.dat"));
-    EXPECT_NE(sim.messages.at(0).find("cannot be opened"), std::string::npos);
-}
-
-TEST(CurveReplay, the_script_starts_and_stops_it) {
-    struct Case { const char* line; bool ok; const char* path; };
-    const Case cases[] = {
-        {"replay /tmp/a curve.dat", true, "/tmp/a curve.dat"},
-        {"replay off", true, ""},
-        {"replay", false, ""},
-        {"replay   ", false, ""},
-    };
-    for (const auto& c : cases) {
-        const ParsedLine parsed = parse_script_line(c.line);
-        EXPECT_EQ(parsed.error.empty(), c.ok) << c.line;
-        if (!c.ok) continue;
-        ASSERT_TRUE(parsed.instruction) << c.line;
-        EXPECT_EQ(parsed.instruction->op, Instruction::replay);
-        EXPECT_EQ(parsed.instruction->path, c.path);
+        EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr);
     }
 }
 
-TEST(CurveReplay, the_module_measures_the_replayed_volume_and_waits_while_the_airway_is_closed) {
-    zel::test::Rig rig;
-    const std::string path = record(rig, breath(400), QLatin1Char('.')).toStdString();
-    Simulator sim;
-    ASSERT_TRUE(sim.replay(path));
-    const CurveReplay& curve = *sim.module.patient_breathing().replaying();
-    Breathing& patient = sim.module.patient_breathing();
-    VolumeIntegrator module(patient.lung_volume());
-    double played = 0;
-    for (int frame = 1; frame <= 1000; ++frame) {
-        // Closed for one second in the middle: nothing flows, and the curve waits.
-        const bool closed = frame > 300 && frame <= 350;
-        module.add(patient.step(0.02, closed));
-        if (!closed) played += 0.02;
-        ASSERT_NEAR(module.volume(), curve.volume_at(played), 2 * litres_per_pulse) << frame;
+TEST(CurveReplay, plays_the_volumes_the_console_recorded_and_waits_while_the_airway_is_closed) {
+    for (const QChar separator : {QLatin1Char('.'), QLatin1Char(',')}) {
+        SCOPED_TRACE(separator.toLatin1());
+        zel::test::Rig rig;
+        const std::vector<int16_t> units = breath(400);
+        // Started by the script, whose line takes the rest of it as the path, spaces and all.
+        const QString path = rig.app_data.filePath(QStringLiteral("a curve.dat"));
+        ASSERT_TRUE(QFile::copy(record(rig, units, separator), path));
+        Simulator sim;
+        sim.apply(parse_script_line("replay " + path.toStdString()).instruction.value(), 0);
+        ASSERT_NE(sim.module.patient_breathing().replaying(), nullptr);
+        const CurveReplay& curve = *sim.module.patient_breathing().replaying();
+        EXPECT_EQ(curve.frame_rate, 50);
+        ASSERT_EQ(curve.samples(), units.size());
+        for (size_t k = 0; k < units.size(); ++k) ASSERT_NEAR(curve.litres[k], units[k] * 0.004, 1e-9) << k;
+
+        Breathing& patient = sim.module.patient_breathing();
+        VolumeIntegrator module(patient.lung_volume());
+        double played = 0;
+        for (int frame = 1; frame <= 1000; ++frame) {
+            // Closed for one second in the middle: nothing flows, and the curve waits.
+            const bool closed = frame > 300 && frame <= 350;
+            module.add(patient.step(0.02, closed));
+            if (!closed) played += 0.02;
+            ASSERT_NEAR(module.volume(), curve.volume_at(played), 2 * litres_per_pulse) << frame;
+        }
+        sim.apply(*parse_script_line("replay off").instruction, 0);
+        EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr);
     }
-    Simulator script;
-    ASSERT_TRUE(script.replay(path));
-    script.apply(*parse_script_line("replay off").instruction, 0);
-    EXPECT_EQ(script.module.patient_breathing().replaying(), nullptr);
 }
 
 }  // namespace

@@ -29,6 +29,26 @@ void keep_event_loop_running(int milliseconds) {
     loop.exec();
 }
 
+bool install_gating_library(const QString& app_data, const QString& library, const QByteArray& control) {
+    QDir().mkpath(app_data + QStringLiteral("/lib"));
+    QDir().mkpath(app_data + QStringLiteral("/sim"));
+    QFile file(app_data + QStringLiteral("/sim/tarrow-control.txt"));
+    if (!control.isEmpty() && !(file.open(QIODevice::WriteOnly) && file.write(control) == control.size()))
+        return false;
+    return QFile::copy(library, app_data + QStringLiteral("/lib/libtarrow.so"));
+}
+
+void as_patient(Form1& form, const QString& data, const QString& session) {
+    form.data_directory = data;
+    form.patient_last_name = QStringLiteral("Doe");
+    form.patient_first_name = QStringLiteral("Jane");
+    form.patient_medical_id = QStringLiteral("A1");
+    form.session = session;
+    form.patient_defined = true;
+    form.cmdRecord.Enabled = true;
+    QDir().mkpath(data + QStringLiteral("/Doe_Jane_A1"));
+}
+
 bool LiveConsole::run_until(const std::function<bool()>& done, int timeout_ms) {
     QElapsedTimer waited;
     waited.start();

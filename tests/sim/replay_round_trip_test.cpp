@@ -2,8 +2,6 @@
 // recorded again: the second recording holds the first one's volumes.
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
 #include <cmath>
 #include <cstdlib>
 
@@ -13,17 +11,6 @@
 
 namespace zel::test {
 namespace {
-
-void as_patient(Form1& form, const QString& data, const QString& session) {
-    form.data_directory = data;
-    form.patient_last_name = QStringLiteral("Doe");
-    form.patient_first_name = QStringLiteral("Jane");
-    form.patient_medical_id = QStringLiteral("A1");
-    form.session = session;
-    form.patient_defined = true;
-    form.cmdRecord.Enabled = true;
-    QDir().mkpath(data + QStringLiteral("/Doe_Jane_A1"));
-}
 
 std::vector<long> volume_units(const QString& path) {
     CurveData curve;
@@ -53,7 +40,7 @@ TEST(ReplayRoundTrip, the_console_records_the_replayed_volumes_within_one_count)
     as_patient(c.form, c.app_data.path(), QStringLiteral("2"));
     c.form.cmdRecord_Click();
     // Two and a half times round the loop.
-    c.run_until([&c] { return false; }, 10000);
+    c.wait(10000);
     c.form.cmdPause_Click();
     const std::vector<long> second = volume_units(c.form.curve_file_path());
     ASSERT_GT(second.size(), 400u);

@@ -2,43 +2,16 @@
 // serial port adapter and frame reception.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QThread>
-#include <memory>
 
-#include "app/form1.h"
-#include "fakes/fake_platform.h"
-#include "platform/qt_serial_port.h"
+#include "sim/curve_against_wire.h"
 #include "sim/live_console.h"
 
-namespace zelsim::test {
+namespace zel::test {
 namespace {
-
-struct SentFrame {
-    double litres;
-    bool corrupt;
-};
-
-// The data frames of the simulator's wire log, in the order they went out.
-std::vector<SentFrame> sent_data_frames(const QString& wire_log) {
-    QFile file(wire_log);
-    std::vector<SentFrame> frames;
-    if (!file.open(QIODevice::ReadOnly)) return frames;
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        const QList<QByteArray> w = line.simplified().split(' ');
-        if (w.size() < 10 || w[1] != "data") continue;
-        const auto volume =
-            static_cast<int16_t>(w[5].toInt(nullptr, 16) << 8 | w[6].toInt(nullptr, 16));
-        frames.push_back({volume * 0.004, w.size() > 10 && w[10] == "corrupt"});
-    }
-    return frames;
-}
 
 int checksum_log_entries(const QString& app_data) {
     int entries = 0;
@@ -54,88 +27,49 @@ int checksum_log_entries(const QString& app_data) {
 TEST(SimulatorOnPseudoTerminal,
      the_console_reads_500_frames_in_order_and_rejects_each_corrupt_one) {
     constexpr size_t wanted = 500;
-    QTemporaryDir app_data;
-    const QString script = app_data.filePath(QStringLiteral("corrupt.txt"));
-    const QString wire_log = app_data.filePath(QStringLiteral("wire.log"));
-    {
-        QFile file(script);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(
-            "# one frame in ten with a wrong checksum, from the start of the stream\n"
-            "await E\ncorrupt 0.1\n");
-    }
-    QProcess simulator;
-    simulator.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    simulator.start(QStringLiteral(ZELMOOR_SIM_PATH),
-                    {QStringLiteral("--headless"), QStringLiteral("--app-data"), app_data.path(),
-                     QStringLiteral("--script"), script, QStringLiteral("--wire-log"), wire_log,
-                     QStringLiteral("--seed"), QStringLiteral("4")});
-    ASSERT_TRUE(simulator.waitForStarted());
-    // Ended by SIGTERM, whichever way the test leaves, so that it removes its link.
-    const std::unique_ptr<QProcess, void (*)(QProcess*)> stop_at_end(&simulator, [](QProcess* p) {
-        p->terminate();
-        p->waitForFinished(5000);
-    });
-    const QString link = app_data.filePath(QStringLiteral("ports/sim0"));
-    for (int k = 0; k < 100 && !QFileInfo(link).isSymLink(); ++k) QThread::msleep(20);
-    ASSERT_TRUE(QFileInfo(link).isSymLink());
-
-    zel::test::FakePlatform fakes;
-    zel::QtSerialPort port(app_data.path());
-    zel::Platform platform{port,        fakes.timers, fakes.clock,   fakes.locale, fakes.boxes,
-                           fakes.chart, fakes.tarrow, fakes.dialogs, fakes.windows};
-    zel::Form1 form(platform, app_data.path());
-    form.end_program = [](int code) { FAIL() << "the console ended with " << code; };
-    form.Pic.Top = 0;
-    form.Pic.Height = 7485;
-    form.thresh_label.Height = 285;
-
-    std::vector<double> received;
-    port.OnComm = [&] {
+    LiveConsole c(false);
+    // One frame in ten with a wrong checksum, from the start of the stream.
+    ASSERT_TRUE(c.sim.start("await E\ncorrupt 0.1\n", {QStringLiteral("--seed"), QStringLiteral("4")}));
+    std::vector<int> received;
+    c.port.OnComm = [&] {
         if (received.size() == wanted) return;
-        const double before = form.total_counts;
-        form.MSComm1_OnComm();
-        if (form.total_counts != before) received.push_back(form.volume);
+        const double before = c.form.total_counts;
+        c.form.MSComm1_OnComm();
+        if (c.form.total_counts != before) received.push_back(qRound(c.form.volume / 0.004));
     };
-    port.set_CommPort(1);
-    port.set_PortOpen(true);
-    ASSERT_TRUE(QFileInfo(link).symLinkTarget().endsWith(port.device_path()));
-    port.Output("E");
-    QElapsedTimer clock;
-    clock.start();
-    while (received.size() < wanted && clock.elapsed() < 30000)
-        zel::test::handle_events();
-    port.Output("d");
-    port.set_PortOpen(false);
-    simulator.terminate();
-    EXPECT_TRUE(simulator.waitForFinished(5000));
+    const QString link = c.app_data.filePath(QStringLiteral("ports/sim0"));
+    c.port.set_CommPort(1);
+    c.port.set_PortOpen(true);
+    ASSERT_TRUE(QFileInfo(link).symLinkTarget().endsWith(c.real_port.device_path()));
+    c.port.Output("E");
+    ASSERT_TRUE(c.run_until([&] { return received.size() == wanted; }, 30000));
+    c.port.Output("d");
+    c.port.set_PortOpen(false);
+    c.sim.stop();
     EXPECT_FALSE(QFileInfo(link).isSymLink()) << "the simulator leaves its link behind";
+    EXPECT_TRUE(c.ended.empty());
 
-    ASSERT_EQ(received.size(), wanted);
     // The frames the console should have taken: every good one up to the 500th, in order.
-    std::vector<double> good;
+    std::vector<int> good;
     int corrupt = 0;
-    for (const SentFrame& f : sent_data_frames(wire_log)) {
+    for (const WireFrame& f : wire_frames(c.sim.wire_log())) {
         if (good.size() == wanted) break;
-        if (!f.corrupt) good.push_back(f.litres);
+        if (!f.corrupt) good.push_back(f.units);
         // Rejections are logged once the first frame has been counted.
         else if (!good.empty())
             ++corrupt;
     }
-    ASSERT_EQ(good.size(), wanted);
-    for (size_t k = 0; k < wanted; ++k) ASSERT_NEAR(received[k], good[k], 1e-9) << "frame " << k;
+    EXPECT_EQ(received, good);
     EXPECT_GE(corrupt, 25);
     EXPECT_LE(corrupt, 80);
-    EXPECT_EQ(checksum_log_entries(app_data.path()), corrupt);
-    std::printf("[          ] %zu frames received in order, %d corrupted and rejected, %.1f s\n",
-                wanted, corrupt, clock.elapsed() / 1000.0);
+    EXPECT_EQ(checksum_log_entries(c.app_data.path()), corrupt);
 }
 
 // The search lists the ports by trying to open each of twenty numbers in one tick of its
 // 350 ms timer. A pass that overran the tick made the next tick fall due at once, which closed
 // the simulator's port a moment after its "V" went out, every pass: the module was never heard.
 TEST(SimulatorOnPseudoTerminal, the_search_lists_twenty_port_numbers_well_inside_one_tick) {
-    zel::test::LiveConsole c(false);
+    LiveConsole c(false);
     ASSERT_TRUE(c.sim.start("wait 60\nquit\n"));
     for (int pass = 0; pass < 5; ++pass) {
         QElapsedTimer took;
@@ -149,4 +83,4 @@ TEST(SimulatorOnPseudoTerminal, the_search_lists_twenty_port_numbers_well_inside
 }
 
 }  // namespace
-}  // namespace zelsim::test
+}  // namespace zel::test
