@@ -17,16 +17,11 @@ using zel::test::Rig;
 TEST(SimulatedFrames, data_frames_pass_the_console_checksum_and_decode_to_what_was_meant) {
     struct Case { int units, time_left; double litres; };
     const Case cases[] = {
-        {0, 0, 0.0},
-        {1, 1, 0.004},
-        {-1, 50, -0.004},
-        {250, 1000, 1.0},
-        {-375, 51, -1.5},
-        {32767, 65535, 131.068},
+        {0, 0, 0.0},       {1, 1, 0.004},           {-1, 50, -0.004},
+        {250, 1000, 1.0},  {-375, 51, -1.5},        {32767, 65535, 131.068},
         {-32767, 2, -131.068},
         // Beyond the range the module reports its limit, never the pattern 0x80 0x00.
-        {-32768, 0, -131.068},
-        {40000, 0, 131.068},
+        {-32768, 0, -131.068}, {40000, 0, 131.068},
     };
     for (const Case& c : cases) {
         Rig rig;
@@ -41,48 +36,39 @@ TEST(SimulatedFrames, data_frames_pass_the_console_checksum_and_decode_to_what_w
     }
 }
 
-TEST(SimulatedFrames, each_fault_line_reaches_the_console_as_that_fault) {
+// Each fault line of the data frames, and each level of the status frames, as the trainer set them.
+TEST(SimulatedStatus, the_console_judges_the_faults_and_levels_as_the_trainer_set_them) {
     using Faults = std::array<bool, 4>;  // line, battery, transducer, pneumatic
-    const std::pair<std::optional<Fault>, Faults> cases[] = {
-        {std::nullopt, {0, 0, 0, 0}},   {Fault::line, {1, 0, 0, 0}},
-        {Fault::battery, {0, 1, 0, 0}}, {Fault::transducer, {0, 0, 1, 0}},
-        {Fault::pneumatic, {0, 0, 0, 1}},
-    };
-    for (const auto& [fault, faults] : cases) {
-        Rig rig;
-        ControlModule module;
-        if (fault) module.set_fault(*fault, true);
-        module.receive(letters("E"), 0.0);
-        rig.fakes.serial.receive(to_bytes(module.advance_to(0.05)));
-        EXPECT_GE(rig.form.total_counts, 1);
-        const zel::Form1& f = rig.form;
-        EXPECT_EQ((Faults{f.line_fault, f.battery_fault, f.transducer_fault, f.pneumatic_fault}), faults)
-            << (fault ? static_cast<int>(*fault) : -1);
-    }
-}
-
-TEST(SimulatedStatus, the_console_judges_the_levels_as_the_trainer_set_them) {
     using Checks = std::array<bool, 4>;  // turbine, battery, line, pneumatics
-    struct Case { const char* name; std::function<void(ControlModule&)> set; Checks checks; };
+    struct Case { const char* name; std::function<void(ControlModule&)> set; Faults faults; Checks checks; };
+    const auto fault = [](Fault f) { return [f](ControlModule& m) { m.set_fault(f, true); }; };
     const Case cases[] = {
-        {"healthy", [](ControlModule&) {}, {1, 1, 1, 1}},
-        {"battery low", [](ControlModule& m) { m.supplies.battery_volts = 3.7; }, {1, 0, 1, 1}},
-        {"battery just good", [](ControlModule& m) { m.supplies.battery_volts = 3.78; }, {1, 1, 1, 1}},
-        {"line low", [](ControlModule& m) { m.supplies.line_volts = 9.9; }, {1, 1, 0, 1}},
-        {"pressure low", [](ControlModule& m) { m.supplies.pressure_psi = 4.8; }, {1, 1, 1, 0}},
-        {"vacuum low", [](ControlModule& m) { m.supplies.vacuum_psi = 2.8; }, {1, 1, 1, 0}},
-        {"transducer failed", [](ControlModule& m) { m.set_fault(Fault::transducer, true); }, {0, 1, 1, 1}},
+        {"healthy", [](ControlModule&) {}, {0, 0, 0, 0}, {1, 1, 1, 1}},
+        {"battery low", [](ControlModule& m) { m.supplies.battery_volts = 3.7; }, {0, 0, 0, 0}, {1, 0, 1, 1}},
+        {"battery just good", [](ControlModule& m) { m.supplies.battery_volts = 3.78; }, {0, 0, 0, 0},
+         {1, 1, 1, 1}},
+        {"line low", [](ControlModule& m) { m.supplies.line_volts = 9.9; }, {0, 0, 0, 0}, {1, 1, 0, 1}},
+        {"pressure low", [](ControlModule& m) { m.supplies.pressure_psi = 4.8; }, {0, 0, 0, 0}, {1, 1, 1, 0}},
+        {"vacuum low", [](ControlModule& m) { m.supplies.vacuum_psi = 2.8; }, {0, 0, 0, 0}, {1, 1, 1, 0}},
+        {"line fault", fault(Fault::line), {1, 0, 0, 0}, {1, 1, 1, 1}},
+        {"battery fault", fault(Fault::battery), {0, 1, 0, 0}, {1, 1, 1, 1}},
+        {"transducer failed", fault(Fault::transducer), {0, 0, 1, 0}, {0, 1, 1, 1}},
+        {"pneumatic fault", fault(Fault::pneumatic), {0, 0, 0, 1}, {1, 1, 1, 1}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         Rig rig;
         ControlModule module;
         c.set(module);
-        module.receive(letters("V"), 0.0);
-        rig.fakes.serial.receive(to_bytes(module.advance_to(0.0)));
+        module.receive(letters("E"), 0.0);
+        rig.fakes.serial.receive(to_bytes(module.advance_to(0.05)));
+        module.receive(letters("V"), 0.05);
+        rig.fakes.serial.receive(to_bytes(module.advance_to(0.05)));
         const zel::Form1& f = rig.form;
         EXPECT_TRUE(f.zel_detect);
         EXPECT_EQ(f.zel_version_id, QStringLiteral("ZEL-CM SIM 1.0"));
+        EXPECT_GE(f.total_counts, 1);
+        EXPECT_EQ((Faults{f.line_fault, f.battery_fault, f.transducer_fault, f.pneumatic_fault}), c.faults);
         EXPECT_EQ((Checks{f.turbine_check, f.battery_check, f.line_check, f.pneumatics_check}), c.checks);
     }
 }
