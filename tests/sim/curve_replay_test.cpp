@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <cmath>
+#include <cstdlib>
 
 #include "fakes/rig.h"
 #include "sim/live_console.h"
@@ -111,6 +112,45 @@ TEST(CurveReplay, plays_the_volumes_the_console_recorded_and_waits_while_the_air
         sim.apply(*parse_script_line("replay off").instruction, 0);
         EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr);
     }
+}
+
+// A curve the console recorded, breathed again by the simulator over the real line and
+// recorded again: the second recording holds the first one's volumes.
+TEST(ReplayRoundTrip, the_console_records_the_replayed_volumes_within_one_count) {
+    // The original: four seconds of irregular breathing, recorded by the console's own code.
+    std::vector<int16_t> first;
+    for (int k = 0; k < 200; ++k)
+        first.push_back(static_cast<int16_t>(
+            std::lround((1.2 + 0.5 * std::sin(k * 0.08) + 0.1 * std::sin(k * 0.37)) / 0.004)));
+    zel::test::Rig original;
+    const QString recorded = record(original, first, QLatin1Char('.'));
+
+    zel::test::LiveConsole c(false);
+    ASSERT_TRUE(c.sim.start("wait 600\n", {QStringLiteral("--replay"), recorded}));
+    ASSERT_TRUE(c.link_up()) << "the link never came up";
+    zel::test::as_patient(c.form, c.app_data.path(), QStringLiteral("2"));
+    c.form.cmdRecord_Click();
+    // Two and a half times round the loop.
+    c.wait(10000);
+    c.form.cmdPause_Click();
+    std::string error;
+    const auto second = CurveReplay::load(c.form.curve_file_path().toStdString(), error);
+    ASSERT_TRUE(second) << error;
+    ASSERT_GT(second->samples(), 400u);
+
+    // Where in the loop the second recording began.
+    size_t best_shift = 0;
+    long best = 1 << 30;
+    for (size_t shift = 0; shift < first.size(); ++shift) {
+        long worst = 0;
+        for (size_t i = 0; i < second->samples() && worst <= best; ++i) {
+            const long units = std::lround(second->litres[i] / 0.004);
+            worst = std::max(worst, std::labs(units - first[(i + shift) % first.size()]));
+        }
+        if (worst < best) best = worst, best_shift = shift;
+    }
+    EXPECT_LE(best, 1) << "the replayed curve differs by " << best << " counts at best (shift "
+                       << best_shift << ")";
 }
 
 }  // namespace
