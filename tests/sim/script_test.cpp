@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 #include "wire.h"
 
 namespace zelsim::test {
@@ -71,9 +73,7 @@ TEST(SimulatorScript, a_chosen_frame_goes_out_next_with_a_good_checksum_even_whe
     ASSERT_EQ(out.size(), 8u);
     EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 7),
               (std::vector<uint8_t>{0x83, 0x06, 0x04, 0x80, 0x00, 0x00, 0x32}));
-    unsigned sum = 0;
-    for (uint8_t b : out) sum += b;
-    EXPECT_EQ(sum % 256, 0u);
+    EXPECT_EQ(std::accumulate(out.begin(), out.end(), 0u) % 256, 0u);
     out = simulator.module.advance_to(0.145);
     ASSERT_EQ(out.size(), 8u);
     EXPECT_NE(out[3], 0x80) << "the module's own frames follow";
