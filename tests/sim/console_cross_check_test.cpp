@@ -17,18 +17,14 @@ using zel::test::Rig;
 TEST(SimulatedFrames, data_frames_pass_the_console_checksum_and_decode_to_what_was_meant) {
     struct Case { int units, time_left; double litres; };
     const Case cases[] = {
-        {0, 0, 0.0},       {1, 1, 0.004},           {-1, 50, -0.004},
-        {250, 1000, 1.0},  {-375, 51, -1.5},        {32767, 65535, 131.068},
-        {-32767, 2, -131.068},
+        {0, 0, 0.0},      {1, 1, 0.004},    {-1, 50, -0.004},      {250, 1000, 1.0},
+        {-375, 51, -1.5}, {-32767, 2, -131.068}, {32767, 65535, 131.068},
         // Beyond the range the module reports its limit, never the pattern 0x80 0x00.
         {-32768, 0, -131.068}, {40000, 0, 131.068},
     };
     for (const Case& c : cases) {
         Rig rig;
-        DataFrame frame;
-        frame.volume_units = c.units;
-        frame.time_left_frames = c.time_left;
-        const auto bytes = encode_data_frame(frame);
+        const auto bytes = encode_data_frame({.volume_units = c.units, .time_left_frames = c.time_left});
         rig.fakes.serial.receive(to_bytes({bytes.begin(), bytes.end()}));
         EXPECT_EQ(rig.form.total_counts, 1) << c.units;
         EXPECT_NEAR(rig.form.volume, c.litres, 1e-9) << c.units;
@@ -74,22 +70,12 @@ TEST(SimulatedStatus, the_console_judges_the_faults_and_levels_as_the_trainer_se
 }
 
 TEST(SimulatedStatus, echoes_what_the_console_uploaded_so_that_it_confirms) {
-    struct Case {
-        double duration;
-        float thresh;
-        bool wrong_echo;
-        int held_duration, held_threshold_units;
-        bool confirmed;
-    };
+    struct Case { double duration; float thresh; bool wrong_echo; int held_threshold_units; bool confirmed; };
     const Case cases[] = {
-        {15, 0.5f, false, 15, 125, true},
-        {20, 1.0f, false, 20, 250, true},
-        {1, 0.0f, false, 1, 0, true},
-        {99, -0.5f, false, 99, -125, true},
-        {30, 3.0f, false, 30, 750, true},
+        {15, 0.5f, false, 125, true}, {20, 1.0f, false, 250, true},  {1, 0.0f, false, 0, true},
+        {99, -0.5f, false, -125, true}, {30, 3.0f, false, 750, true},
         // The console sends 1.02 L as 2.044 L; the module echoes what it got, which differs.
-        {10, 1.02f, false, 10, 511, false},
-        {15, 0.5f, true, 15, 125, false},
+        {10, 1.02f, false, 511, false}, {15, 0.5f, true, 125, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.thresh << (c.wrong_echo ? " echoed wrong" : ""));
@@ -100,7 +86,7 @@ TEST(SimulatedStatus, echoes_what_the_console_uploaded_so_that_it_confirms) {
         ControlModule module;
         module.wrong_echo = c.wrong_echo;
         module.receive(letters(rig.fakes.serial.sent().toStdString()), 0.0);
-        EXPECT_EQ(module.settings().duration_seconds, c.held_duration);
+        EXPECT_EQ(module.settings().duration_seconds, c.duration);
         EXPECT_EQ(module.settings().threshold_units, c.held_threshold_units);
         rig.fakes.serial.receive(to_bytes(module.advance_to(0.0)));
         EXPECT_EQ(rig.form.settings_confirm, !c.confirmed);

@@ -78,7 +78,7 @@ TEST(SimulatedBalloon, follows_the_commands_and_the_patient_through_its_states) 
     }
 }
 
-TEST(SimulatedBreathing, looks_like_a_patient_breathing_around_the_resting_level) {
+TEST(SimulatedBreathing, breathes_around_the_resting_level_scaled_by_the_calibration) {
     ControlModule module(11);
     const auto frames = data_frames(run(module, {send(0, "E")}, 40.0));
     ASSERT_NEAR(static_cast<double>(frames.size()), 2000, 1);
@@ -93,9 +93,8 @@ TEST(SimulatedBreathing, looks_like_a_patient_breathing_around_the_resting_level
     EXPECT_NEAR(high * 0.004, 1.8, 0.2);
     EXPECT_GE(rises, 8);  // about ten breaths in 40 s, with some noise on the crossings
     EXPECT_LE(rises, 14);
-}
 
-TEST(SimulatedBreathing, the_uploaded_calibration_scales_the_volume) {
+    // The uploaded calibration scales the volume.
     ControlModule plain(5), doubled(5);
     doubled.receive({'+', 0xFF, 0xFF, '-', 0xFF, 0xFF}, 0.0);  // 0.008 L a pulse
     plain.breathing().rest_litres = doubled.breathing().rest_litres = 0.0;
@@ -110,16 +109,16 @@ TEST(SimulatedBreathing, the_uploaded_calibration_scales_the_volume) {
 
 TEST(SimulatedStream, sends_only_what_is_asked_for) {
     struct Case { const char* name; std::vector<Step> steps; size_t data_frames, status_frames; };
+    const Step stream = send(0, "E");
     const Case cases[] = {
         {"nothing unasked", {}, 0, 0},
         {"one status frame for each V", {send(0.1, "V"), send(0.5, "VV")}, 0, 3},
-        {"50 data frames a second after E", {send(0.0, "E")}, 100, 0},
-        {"D stops the stream", {send(0.0, "E"), send(0.5, "D")}, 25, 0},
-        {"d stops it too", {send(0.0, "E"), send(0.5, "d")}, 25, 0},
-        {"a status frame in the stream", {send(0.0, "E"), send(0.5, "V")}, 100, 1},
+        {"50 data frames a second after E", {stream}, 100, 0},
+        {"D stops the stream", {stream, send(0.5, "D")}, 25, 0},
+        {"d stops it too", {stream, send(0.5, "d")}, 25, 0},
+        {"a status frame in the stream", {stream, send(0.5, "V")}, 100, 1},
         {"a cut line is dead both ways for its time",
-         {send(0, "E"), act(1.0, [](ControlModule& m) { m.cut_link(1.0, 0.5); }), send(1.2, "D"),
-          send(1.6, "V")},
+         {stream, act(1.0, [](ControlModule& m) { m.cut_link(1.0, 0.5); }), send(1.2, "D"), send(1.6, "V")},
          75, 1},
     };
     for (const Case& c : cases) {

@@ -91,10 +91,8 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
                            [t](const auto& window) { return t > window.first && t < window.second; });
     };
     if (samples.empty()) return r;
-    if (samples.front().count != first_count + 1)
-        r.count_gaps += std::labs(samples.front().count - first_count - 1);
-    if (samples.back().count != last_count)
-        r.count_gaps += std::labs(last_count - samples.back().count);
+    r.count_gaps += std::labs(samples.front().count - first_count - 1);
+    r.count_gaps += std::labs(last_count - samples.back().count);
     for (size_t i = 1; i < samples.size(); ++i) {
         const long step = samples[i].count - samples[i - 1].count;
         if (step > 1) r.count_gaps += step - 1;

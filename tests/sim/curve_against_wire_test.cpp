@@ -89,10 +89,8 @@ TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_modul
         long last_count = 0;
         const std::vector<Sample> samples = lines_of(r, last_count);
         const Comparison found = compare(r.wire, r.starts, samples, 0, last_count);
-        EXPECT_EQ((std::array{found.expected, found.missing, found.duplicated, found.foreign,
-                              found.unread, found.count_gaps}),
-                  c.counts)
-            << c.what;
+        EXPECT_EQ((std::array{found.expected, found.missing, found.duplicated, found.foreign, found.unread,
+                              found.count_gaps}), c.counts) << c.what;
     }
 }
 

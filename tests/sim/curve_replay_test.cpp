@@ -25,23 +25,24 @@ QString record(zel::test::Rig& rig, const std::vector<int16_t>& units, QChar sep
     return rig.form.curve_file_path();
 }
 
-std::vector<int16_t> breath(int frames) {
+// The volumes of `frames` frames, in 0.004 L; by default a regular breath.
+std::vector<int16_t> breath(int frames,
+                            double (*litres)(int) = [](int k) { return 1.0 + 0.6 * std::sin(k * 0.05); }) {
     std::vector<int16_t> units;
-    for (int k = 0; k < frames; ++k)
-        units.push_back(static_cast<int16_t>(250 + std::lround(150 * std::sin(k * 0.05))));
+    for (int k = 0; k < frames; ++k) units.push_back(static_cast<int16_t>(std::lround(litres(k) / 0.004)));
     return units;
 }
 
 TEST(CurveReplay, interpolates_between_frames_and_loops_at_the_end) {
     CurveReplay curve;
     curve.litres = {1.0, 2.0, 1.5};
-    struct Case { double seconds; double litres; };
-    const Case cases[] = {
+    const std::pair<double, double> seconds_litres[] = {
         {0.0, 1.0}, {0.01, 1.5}, {0.02, 2.0}, {0.03, 1.75},
         // After the last sample the line runs back to the first, and the loop begins again.
         {0.05, 1.25}, {0.06, 1.0}, {0.08, 2.0}, {6.0 + 0.02, 2.0},
     };
-    for (const auto& c : cases) EXPECT_NEAR(curve.volume_at(c.seconds), c.litres, 1e-9) << c.seconds;
+    for (const auto& [seconds, litres] : seconds_litres)
+        EXPECT_NEAR(curve.volume_at(seconds), litres, 1e-9) << seconds;
 }
 
 TEST(CurveReplay, a_bad_file_is_named_and_the_patient_breathes_on) {
@@ -118,10 +119,8 @@ TEST(CurveReplay, plays_the_volumes_the_console_recorded_and_waits_while_the_air
 // recorded again: the second recording holds the first one's volumes.
 TEST(ReplayRoundTrip, the_console_records_the_replayed_volumes_within_one_count) {
     // The original: four seconds of irregular breathing, recorded by the console's own code.
-    std::vector<int16_t> first;
-    for (int k = 0; k < 200; ++k)
-        first.push_back(static_cast<int16_t>(
-            std::lround((1.2 + 0.5 * std::sin(k * 0.08) + 0.1 * std::sin(k * 0.37)) / 0.004)));
+    const std::vector<int16_t> first =
+        breath(200, [](int k) { return 1.2 + 0.5 * std::sin(k * 0.08) + 0.1 * std::sin(k * 0.37); });
     zel::test::Rig original;
     const QString recorded = record(original, first, QLatin1Char('.'));
 

@@ -17,7 +17,6 @@ TEST(SettingsDialogsLive, arm_nothing_stop_a_hold_and_upload_nothing_during_it) 
     as_patient(c.form, c.app_data.path(), QStringLiteral("1"));
     c.form.number_format = QStringLiteral("dot");
     ASSERT_TRUE(c.link_up());
-    const auto ready = [&] { return c.ready_to_arm(); };
     const struct {
         Window window;
         std::function<void()> open, cancel;
@@ -29,7 +28,7 @@ TEST(SettingsDialogsLive, arm_nothing_stop_a_hold_and_upload_nothing_during_it) 
         SCOPED_TRACE(static_cast<int>(dialog.window));
         QByteArray sent;
         c.fakes.windows.during(dialog.window, [&] {
-            ASSERT_TRUE(c.run_until(ready, 8000));
+            ASSERT_TRUE(c.run_until([&] { return c.ready_to_arm(); }, 8000));
             const size_t before = c.port.writes.size();
             c.form.Form_KeyDown(32, 0);
             c.wait(600);
@@ -45,7 +44,7 @@ TEST(SettingsDialogsLive, arm_nothing_stop_a_hold_and_upload_nothing_during_it) 
     QByteArray during_hold;
     size_t before_return = 0;
     c.fakes.windows.during(Window::Form12, [&] {
-        ASSERT_TRUE(c.run_until(ready, 8000));
+        ASSERT_TRUE(c.run_until([&] { return c.ready_to_arm(); }, 8000));
         c.form.send_command("A");
         ASSERT_TRUE(c.run_until([&] { return c.form.b_state == 4; }, 8000))
             << "no hold began: state " << c.form.b_state << ", module heard "

@@ -63,14 +63,15 @@ bool LiveConsole::link_up(int timeout_ms) {
     form.start_module_search();
     const bool up = run_until(
         [this] { return form.Timer_HeartBeat->Enabled() && form.total_counts > 10; }, timeout_ms);
-    if (!up)
-        std::fprintf(stderr, "link not up: port %d, %d notifications, zel_detect %d, checks %d%d%d%d, "
-                     "battery %.2f line %.2f; module heard: %s\n",
-                     form.ComPort, notifications, form.zel_detect, form.line_check,
-                     form.battery_check, form.turbine_check, form.pneumatics_check,
-                     form.battery_level, form.line_level, qPrintable(sim.commands().join(QLatin1Char(' '))));
-    if (!up) std::fprintf(stderr, "wire: %s\n", qPrintable([&] { QFile f(sim.wire_log()); f.open(QIODevice::ReadOnly); return QString::fromLatin1(f.readAll().right(500)); }()));
-    return up;
+    if (up) return true;
+    QFile wire(sim.wire_log());
+    wire.open(QIODevice::ReadOnly);
+    std::fprintf(stderr, "link not up: port %d, %d notifications, zel_detect %d, checks %d%d%d%d, "
+                 "battery %.2f line %.2f; module heard: %s\nwire: %s\n", form.ComPort, notifications,
+                 form.zel_detect, form.line_check, form.battery_check, form.turbine_check,
+                 form.pneumatics_check, form.battery_level, form.line_level,
+                 qPrintable(sim.commands().join(QLatin1Char(' '))), wire.readAll().right(500).constData());
+    return false;
 }
 
 }  // namespace zel::test

@@ -32,11 +32,7 @@ void as_patient(Form1& form, const QString& data, const QString& session);
 // The real adapter, with every write stamped on the monotonic clock.
 class WatchedPort final : public SerialPort {
 public:
-    explicit WatchedPort(SerialPort& inner_) : inner(inner_) {
-        inner.OnComm = [this] {
-            if (OnComm) OnComm();
-        };
-    }
+    explicit WatchedPort(SerialPort& inner_) : inner(inner_) { inner.OnComm = [this] { if (OnComm) OnComm(); }; }
     void set_CommPort(int number) override { inner.set_CommPort(number); }
     int CommPort() const override { return inner.CommPort(); }
     void set_PortOpen(bool open) override { inner.set_PortOpen(open); }
@@ -58,7 +54,7 @@ struct LiveConsole {
     // stroke and so grows without end over a long run.
     explicit LiveConsole(bool simulated_gating_library, ChartSurface* chart = nullptr)
         : use_real_library(simulated_gating_library), drawn_on(chart) {
-        if (simulated_gating_library) install_gating_library(app_data.path(), QStringLiteral(TARROW_SIM_PATH));
+        if (use_real_library) install_gating_library(app_data.path(), QStringLiteral(TARROW_SIM_PATH));
         form.end_program = [this](int code) { ended.push_back({code, monotonic_seconds()}); };
         form.Pic.Height = 7485;
         form.thresh_label.Height = 285;
@@ -93,15 +89,9 @@ struct LiveConsole {
     WatchedPort port{real_port};
     QtTimerFactory timers;
     QtGatingLibrary real_library{app_data.path()};
-    Platform platform{port,
-                      timers,
-                      fakes.clock,
-                      fakes.locale,
-                      fakes.boxes,
-                      drawn_on ? *drawn_on : fakes.chart,
+    Platform platform{port, timers, fakes.clock, fakes.locale, fakes.boxes, drawn_on ? *drawn_on : fakes.chart,
                       use_real_library ? static_cast<GatingLibrary&>(real_library) : fakes.tarrow,
-                      fakes.dialogs,
-                      fakes.windows};
+                      fakes.dialogs, fakes.windows};
     Form1 form{platform, app_data.path()};
     std::vector<std::pair<int, double>> ended;  // end_program calls with their moments
     int notifications = 0;

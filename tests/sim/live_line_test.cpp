@@ -151,8 +151,7 @@ TEST(BreathHoldEndToEnd, finds_the_module_holds_aborts_signals_distress_and_surv
     EXPECT_GT(detected_after, 0.250);
     const double counted = c.form.total_counts;
     ASSERT_TRUE(c.run_until([&] { return c.form.Timer_HeartBeat->Enabled() &&
-                                         c.form.total_counts > counted + 10; },
-                            10000))
+                                         c.form.total_counts > counted + 10; }, 10000))
         << "the module was not found again";
     EXPECT_TRUE(c.ended.empty()) << "the console ended";
 }

@@ -66,9 +66,7 @@ TEST(SimulatorScript, a_chosen_frame_goes_out_next_with_a_good_checksum_even_whe
     std::vector<uint8_t> out = run(module, {send(0.0, "E")}, 0.1);
     Simulator simulator;
     simulator.module = module;
-    const ParsedLine parsed = parse_script_line("frame 06 04 80 00 00 32");
-    ASSERT_TRUE(parsed.instruction);
-    simulator.apply(*parsed.instruction, 0.1);
+    simulator.apply(parse_script_line("frame 06 04 80 00 00 32").instruction.value(), 0.1);
     out = simulator.module.advance_to(0.125);
     ASSERT_EQ(out.size(), 8u);
     EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 7),
