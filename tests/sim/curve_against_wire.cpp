@@ -10,11 +10,9 @@ namespace zel::test {
 
 namespace {
 
-bool same(const WireFrame& w, const Sample& s) {
-    return w.units == s.units && w.balloon == s.balloon && w.switch_closed == s.switch_closed;
-}
-
-bool same_values(const WireFrame& a, const WireFrame& b) {
+// The values a line keeps of a frame.
+template <class A, class B>
+bool same(const A& a, const B& b) {
     return a.units == b.units && a.balloon == b.balloon && a.switch_closed == b.switch_closed;
 }
 
@@ -85,24 +83,16 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
     std::vector<std::pair<double, double>> unread_windows;
     for (size_t k = 1; k < wire.size(); ++k) {
         if (wire[k].time - wire[k - 1].time <= 1.0) continue;
-        double found = 1e18;
-        for (double u : starts)
-            if (u > wire[k - 1].time) {
-                found = u;
-                break;
-            }
-        unread_windows.emplace_back(wire[k - 1].time, found);
+        const auto found = std::upper_bound(starts.begin(), starts.end(), wire[k - 1].time);
+        unread_windows.emplace_back(wire[k - 1].time, found == starts.end() ? 1e18 : *found);
     }
     const auto excused = [&](double t) {
-        for (const auto& [from, to] : unread_windows)
-            if (t > from && t < to) return true;
-        return false;
+        return std::any_of(unread_windows.begin(), unread_windows.end(),
+                           [t](const auto& window) { return t > window.first && t < window.second; });
     };
     if (samples.empty()) return r;
-    if (samples.front().count != first_count + 1)
-        r.count_gaps += std::labs(samples.front().count - first_count - 1);
-    if (samples.back().count != last_count)
-        r.count_gaps += std::labs(last_count - samples.back().count);
+    r.count_gaps += std::labs(samples.front().count - first_count - 1);
+    r.count_gaps += std::labs(last_count - samples.back().count);
     for (size_t i = 1; i < samples.size(); ++i) {
         const long step = samples[i].count - samples[i - 1].count;
         if (step > 1) r.count_gaps += step - 1;
@@ -155,7 +145,7 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
             // tell which of them went unread: any of them sent before the module was found
             // may stand for the one passed over.
             size_t first_alike = n;
-            while (first_alike > 0 && same_values(good[first_alike - 1], good[n])) --first_alike;
+            while (first_alike > 0 && same(good[first_alike - 1], good[n])) --first_alike;
             size_t excused_alike = 0;
             for (size_t m = first_alike; m <= n; ++m) excused_alike += excused(good[m].time);
             if (excused_alike > unread_alike[first_alike]) {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
+#include <array>
 #include <set>
 
 namespace zel::test {
@@ -50,100 +50,47 @@ std::vector<Sample> lines_of(const Recording& r, long& last_count) {
     return samples;
 }
 
-// A breath hold: the volume stands still over frames 120 to 139.
-void hold(Recording& r) {
-    for (int k = 120; k < 140; ++k) r.wire[static_cast<size_t>(k)].units = 700;
-}
-
-void erase(std::vector<int>& frames, int frame) {
-    frames.erase(std::find(frames.begin(), frames.end(), frame));
-}
-
 TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_module_is_found) {
+    // The frames lost (no line), taken in without a line, written twice and corrupt; the frames
+    // [from, to) over which the volume stands still, as in a breath hold.
     struct Case {
         const char* what;
-        std::function<void(Recording&)> change;
-        long expected, missing, duplicated, foreign, unread, count_gaps;
+        std::vector<int> lost, taken, twice, corrupt;
+        std::pair<int, int> still;
+        std::array<long, 6> counts;  // expected, missing, duplicated, foreign, unread, count gaps
     };
     const Case cases[] = {
-        {"every frame once", [](Recording&) {}, 290, 0, 0, 0, 0, 0},
-        {"a frame lost before the console took it in", [](Recording& r) { erase(r.written, 100); },
-         290, 1, 0, 0, 0, 0},
-        {"a frame taken in and not written",
-         [](Recording& r) {
-             erase(r.written, 100);
-             r.taken_unwritten.insert(100);
-         },
-         290, 1, 0, 0, 0, 1},
-        {"a frame written twice",
-         [](Recording& r) {
-             r.written.insert(std::find(r.written.begin(), r.written.end(), 100), 100);
-         },
-         290, 0, 1, 0, 0, 0},
-        {"a corrupt frame written", [](Recording& r) { r.wire[150].corrupt = true; }, 289, 0, 0, 1,
-         0, 0},
-        {"a corrupt frame left out",
-         [](Recording& r) {
-             r.wire[150].corrupt = true;
-             erase(r.written, 150);
-         },
-         289, 0, 0, 0, 0, 0},
-        {"a frame lost while the volume stands still",
-         [](Recording& r) {
-             hold(r);
-             erase(r.written, 130);
-         },
-         290, 1, 0, 0, 0, 0},
-        {"a corrupt frame written while the volume stands still",
-         [](Recording& r) {
-             hold(r);
-             r.wire[130].corrupt = true;
-         },
-         289, 0, 0, 1, 0, 0},
-        {"frames after the cut, before the module was found, unread",
-         [](Recording& r) {
-             erase(r.written, 200);
-             erase(r.written, 202);
-         },
-         288, 0, 0, 0, 2, 0},
-        {"frames after the cut unread, and one lost once the module was found",
-         [](Recording& r) {
-             for (int k = 200; k < 203; ++k) erase(r.written, k);
-             erase(r.written, 206);
-         },
-         287, 1, 0, 0, 3, 0},
-        {"a hold over the moment the module is found, its first frames unread",
-         [](Recording& r) {
-             for (int k = 200; k < 211; ++k) r.wire[static_cast<size_t>(k)].units = 700;
-             erase(r.written, 200);
-             erase(r.written, 201);
-         },
-         288, 0, 0, 0, 2, 0},
+        {"every frame once", {}, {}, {}, {}, {}, {290, 0, 0, 0, 0, 0}},
+        {"a frame lost before the console took it in", {100}, {}, {}, {}, {}, {290, 1, 0, 0, 0, 0}},
+        {"a frame taken in and not written", {100}, {100}, {}, {}, {}, {290, 1, 0, 0, 0, 1}},
+        {"a frame written twice", {}, {}, {100}, {}, {}, {290, 0, 1, 0, 0, 0}},
+        {"a corrupt frame written", {}, {}, {}, {150}, {}, {289, 0, 0, 1, 0, 0}},
+        {"a corrupt frame left out", {150}, {}, {}, {150}, {}, {289, 0, 0, 0, 0, 0}},
+        {"a frame lost while the volume stands still", {130}, {}, {}, {}, {120, 140}, {290, 1, 0, 0, 0, 0}},
+        {"a corrupt frame written while the volume stands still", {}, {}, {}, {130}, {120, 140},
+         {289, 0, 0, 1, 0, 0}},
+        {"frames after the cut, before the module was found, unread", {200, 202}, {}, {}, {}, {},
+         {288, 0, 0, 0, 2, 0}},
+        {"frames after the cut unread, and one lost once the module was found", {200, 201, 202, 206}, {}, {},
+         {}, {}, {287, 1, 0, 0, 3, 0}},
+        {"a hold over the moment the module is found, its first frames unread", {200, 201}, {}, {}, {},
+         {200, 211}, {288, 0, 0, 0, 2, 0}},
         {"a hold over the moment the module is found, more frames lost than were sent before",
-         [](Recording& r) {
-             for (int k = 200; k < 211; ++k) r.wire[static_cast<size_t>(k)].units = 700;
-             for (int k = 200; k < 205; ++k) erase(r.written, k);
-         },
-         287, 2, 0, 0, 3, 0},
-        {"frames lost once the module was found",
-         [](Recording& r) {
-             erase(r.written, 204);
-             erase(r.written, 205);
-         },
-         290, 2, 0, 0, 0, 0},
+         {200, 201, 202, 203, 204}, {}, {}, {}, {200, 211}, {287, 2, 0, 0, 3, 0}},
+        {"frames lost once the module was found", {204, 205}, {}, {}, {}, {}, {290, 2, 0, 0, 0, 0}},
     };
     for (const Case& c : cases) {
         Recording r = every_frame_recorded();
-        c.change(r);
+        for (int k = c.still.first; k < c.still.second; ++k) r.wire[static_cast<size_t>(k)].units = 700;
+        for (int k : c.corrupt) r.wire[static_cast<size_t>(k)].corrupt = true;
+        for (int k : c.lost) r.written.erase(std::find(r.written.begin(), r.written.end(), k));
+        for (int k : c.twice) r.written.insert(std::find(r.written.begin(), r.written.end(), k), k);
+        r.taken_unwritten.insert(c.taken.begin(), c.taken.end());
         long last_count = 0;
         const std::vector<Sample> samples = lines_of(r, last_count);
         const Comparison found = compare(r.wire, r.starts, samples, 0, last_count);
-        EXPECT_EQ(found.missing, c.missing) << c.what;
-        EXPECT_EQ(found.duplicated, c.duplicated) << c.what;
-        EXPECT_EQ(found.foreign, c.foreign) << c.what;
-        EXPECT_EQ(found.unread, c.unread) << c.what;
-        EXPECT_EQ(found.count_gaps, c.count_gaps) << c.what;
-        EXPECT_EQ(found.expected, c.expected) << c.what;
+        EXPECT_EQ((std::array{found.expected, found.missing, found.duplicated, found.foreign, found.unread,
+                              found.count_gaps}), c.counts) << c.what;
     }
 }
 

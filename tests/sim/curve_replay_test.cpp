@@ -4,11 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <cmath>
+#include <cstdlib>
 
 #include "fakes/rig.h"
+#include "sim/live_console.h"
 #include "script.h"
 
 namespace zelsim::test {
@@ -17,51 +18,31 @@ namespace {
 // A console recording `units` (volumes in 0.004 L), one data frame each.
 QString record(zel::test::Rig& rig, const std::vector<int16_t>& units, QChar separator) {
     rig.fakes.locale.separator = separator;
-    rig.form.data_directory = rig.app_data.path();
-    rig.form.patient_last_name = QStringLiteral("Doe");
-    rig.form.patient_first_name = QStringLiteral("Jane");
-    rig.form.patient_medical_id = QStringLiteral("A1");
-    rig.form.session = QStringLiteral("1");
-    rig.form.patient_defined = true;
-    rig.form.cmdRecord.Enabled = true;
-    QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
+    zel::test::as_patient(rig.form, rig.app_data.path(), QStringLiteral("1"));
     rig.form.cmdRecord_Click();
     for (int16_t u : units) rig.fakes.serial.receive(zel::test::data_frame(0x04, 1, u));
     rig.form.cmdPause_Click();
     return rig.form.curve_file_path();
 }
 
-std::vector<int16_t> breath(int frames) {
+// The volumes of `frames` frames, in 0.004 L; by default a regular breath.
+std::vector<int16_t> breath(int frames,
+                            double (*litres)(int) = [](int k) { return 1.0 + 0.6 * std::sin(k * 0.05); }) {
     std::vector<int16_t> units;
-    for (int k = 0; k < frames; ++k)
-        units.push_back(static_cast<int16_t>(250 + std::lround(150 * std::sin(k * 0.05))));
+    for (int k = 0; k < frames; ++k) units.push_back(static_cast<int16_t>(std::lround(litres(k) / 0.004)));
     return units;
-}
-
-TEST(CurveReplay, reads_the_volumes_the_console_recorded_with_either_separator) {
-    for (const QChar separator : {QLatin1Char('.'), QLatin1Char(',')}) {
-        zel::test::Rig rig;
-        const std::vector<int16_t> units = breath(300);
-        std::string error;
-        const auto curve = CurveReplay::load(record(rig, units, separator).toStdString(), error);
-        ASSERT_TRUE(curve) << error;
-        EXPECT_EQ(curve->frame_rate, 50);
-        ASSERT_EQ(curve->samples(), units.size());
-        for (size_t k = 0; k < units.size(); ++k)
-            ASSERT_NEAR(curve->litres[k], units[k] * 0.004, 1e-9) << k;
-    }
 }
 
 TEST(CurveReplay, interpolates_between_frames_and_loops_at_the_end) {
     CurveReplay curve;
     curve.litres = {1.0, 2.0, 1.5};
-    struct Case { double seconds; double litres; };
-    const Case cases[] = {
+    const std::pair<double, double> seconds_litres[] = {
         {0.0, 1.0}, {0.01, 1.5}, {0.02, 2.0}, {0.03, 1.75},
         // After the last sample the line runs back to the first, and the loop begins again.
         {0.05, 1.25}, {0.06, 1.0}, {0.08, 2.0}, {6.0 + 0.02, 2.0},
     };
-    for (const auto& c : cases) EXPECT_NEAR(curve.volume_at(c.seconds), c.litres, 1e-9) << c.seconds;
+    for (const auto& [seconds, litres] : seconds_litres)
+        EXPECT_NEAR(curve.volume_at(seconds), litres, 1e-9) << seconds;
 }
 
 TEST(CurveReplay, a_bad_file_is_named_and_the_patient_breathes_on) {
@@ -82,65 +63,93 @@ TEST(CurveReplay, a_bad_file_is_named_and_the_patient_breathes_on) {
         {"header.dat", lines(26), "fewer than two samples"},
         {"one.dat", lines(27), "fewer than two samples"},
         {"garbage.dat", contents + "1.00;lots;1;1; - ; - ; - \r\n", "not a sample line"},
-        {"norate.dat", QByteArray(contents).replace("Count Frequency:", "Count Rate:     "),
-         "no frame rate"},
+        {"norate.dat", QByteArray(contents).replace("Count Frequency:", "Count Rate:     "), "no frame rate"},
+        {"/nonexistent/curve.dat", {}, "cannot be opened"},
     };
     for (const auto& c : cases) {
-        const QString path = rig.app_data.path() + QLatin1Char('/') + QString::fromLatin1(c.name);
-        QFile out(path);
-        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-        out.write(c.bytes);
-        out.close();
+        SCOPED_TRACE(c.name);
+        QString path = QString::fromLatin1(c.name);
+        if (!path.startsWith(QLatin1Char('/'))) {
+            path = rig.app_data.filePath(path);
+            QFile out(path);
+            ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+            out.write(c.bytes);
+        }
         Simulator sim;
-        EXPECT_FALSE(sim.replay(path.toStdString())) << c.name;
-        ASSERT_EQ(sim.messages.size(), 1u) << c.name;
+        EXPECT_FALSE(sim.replay(path.toStdString()));
+        ASSERT_EQ(sim.messages.size(), 1u);
         EXPECT_NE(sim.messages[0].find(path.toStdString()), std::string::npos) << sim.messages[0];
         EXPECT_NE(sim.messages[0].find(c.reason), std::string::npos) << sim.messages[0];
-        EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr) << c.name;
-    }
-    Simulator sim;
-    EXPECT_FALSE(sim.replay("/nonexistent/curve.dat"));
-    EXPECT_NE(sim.messages.at(0).find("cannot be opened"), std::string::npos);
-}
-
-TEST(CurveReplay, the_script_starts_and_stops_it) {
-    struct Case { const char* line; bool ok; const char* path; };
-    const Case cases[] = {
-        {"replay /tmp/a curve.dat", true, "/tmp/a curve.dat"},
-        {"replay off", true, ""},
-        {"replay", false, ""},
-        {"replay   ", false, ""},
-    };
-    for (const auto& c : cases) {
-        const ParsedLine parsed = parse_script_line(c.line);
-        EXPECT_EQ(parsed.error.empty(), c.ok) << c.line;
-        if (!c.ok) continue;
-        ASSERT_TRUE(parsed.instruction) << c.line;
-        EXPECT_EQ(parsed.instruction->op, Instruction::replay);
-        EXPECT_EQ(parsed.instruction->path, c.path);
+        EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr);
     }
 }
 
-TEST(CurveReplay, the_module_measures_the_replayed_volume_and_waits_while_the_airway_is_closed) {
-    zel::test::Rig rig;
-    const std::string path = record(rig, breath(400), QLatin1Char('.')).toStdString();
-    Simulator sim;
-    ASSERT_TRUE(sim.replay(path));
-    const CurveReplay& curve = *sim.module.patient_breathing().replaying();
-    Breathing& patient = sim.module.patient_breathing();
-    VolumeIntegrator module(patient.lung_volume());
-    double played = 0;
-    for (int frame = 1; frame <= 1000; ++frame) {
-        // Closed for one second in the middle: nothing flows, and the curve waits.
-        const bool closed = frame > 300 && frame <= 350;
-        module.add(patient.step(0.02, closed));
-        if (!closed) played += 0.02;
-        ASSERT_NEAR(module.volume(), curve.volume_at(played), 2 * litres_per_pulse) << frame;
+TEST(CurveReplay, plays_the_volumes_the_console_recorded_and_waits_while_the_airway_is_closed) {
+    for (const QChar separator : {QLatin1Char('.'), QLatin1Char(',')}) {
+        SCOPED_TRACE(separator.toLatin1());
+        zel::test::Rig rig;
+        const std::vector<int16_t> units = breath(400);
+        // Started by the script, whose line takes the rest of it as the path, spaces and all.
+        const QString path = rig.app_data.filePath(QStringLiteral("a curve.dat"));
+        ASSERT_TRUE(QFile::copy(record(rig, units, separator), path));
+        Simulator sim;
+        sim.apply(parse_script_line("replay " + path.toStdString()).instruction.value(), 0);
+        ASSERT_NE(sim.module.patient_breathing().replaying(), nullptr);
+        const CurveReplay& curve = *sim.module.patient_breathing().replaying();
+        EXPECT_EQ(curve.frame_rate, 50);
+        ASSERT_EQ(curve.samples(), units.size());
+        for (size_t k = 0; k < units.size(); ++k) ASSERT_NEAR(curve.litres[k], units[k] * 0.004, 1e-9) << k;
+
+        Breathing& patient = sim.module.patient_breathing();
+        VolumeIntegrator module(patient.lung_volume());
+        double played = 0;
+        for (int frame = 1; frame <= 1000; ++frame) {
+            // Closed for one second in the middle: nothing flows, and the curve waits.
+            const bool closed = frame > 300 && frame <= 350;
+            module.add(patient.step(0.02, closed));
+            if (!closed) played += 0.02;
+            ASSERT_NEAR(module.volume(), curve.volume_at(played), 2 * litres_per_pulse) << frame;
+        }
+        sim.apply(*parse_script_line("replay off").instruction, 0);
+        EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr);
     }
-    Simulator script;
-    ASSERT_TRUE(script.replay(path));
-    script.apply(*parse_script_line("replay off").instruction, 0);
-    EXPECT_EQ(script.module.patient_breathing().replaying(), nullptr);
+}
+
+// A curve the console recorded, breathed again by the simulator over the real line and
+// recorded again: the second recording holds the first one's volumes.
+TEST(ReplayRoundTrip, the_console_records_the_replayed_volumes_within_one_count) {
+    // The original: four seconds of irregular breathing, recorded by the console's own code.
+    const std::vector<int16_t> first =
+        breath(200, [](int k) { return 1.2 + 0.5 * std::sin(k * 0.08) + 0.1 * std::sin(k * 0.37); });
+    zel::test::Rig original;
+    const QString recorded = record(original, first, QLatin1Char('.'));
+
+    zel::test::LiveConsole c(false);
+    ASSERT_TRUE(c.sim.start("wait 600\n", {QStringLiteral("--replay"), recorded}));
+    ASSERT_TRUE(c.link_up()) << "the link never came up";
+    zel::test::as_patient(c.form, c.app_data.path(), QStringLiteral("2"));
+    c.form.cmdRecord_Click();
+    // Two and a half times round the loop.
+    c.wait(10000);
+    c.form.cmdPause_Click();
+    std::string error;
+    const auto second = CurveReplay::load(c.form.curve_file_path().toStdString(), error);
+    ASSERT_TRUE(second) << error;
+    ASSERT_GT(second->samples(), 400u);
+
+    // Where in the loop the second recording began.
+    size_t best_shift = 0;
+    long best = 1 << 30;
+    for (size_t shift = 0; shift < first.size(); ++shift) {
+        long worst = 0;
+        for (size_t i = 0; i < second->samples() && worst <= best; ++i) {
+            const long units = std::lround(second->litres[i] / 0.004);
+            worst = std::max(worst, std::labs(units - first[(i + shift) % first.size()]));
+        }
+        if (worst < best) best = worst, best_shift = shift;
+    }
+    EXPECT_LE(best, 1) << "the replayed curve differs by " << best << " counts at best (shift "
+                       << best_shift << ")";
 }
 
 }  // namespace

@@ -2,24 +2,15 @@
 // pseudo-terminal with the real serial adapter and real timers, against the simulated module
 // and, for the gated hold, the simulated gating library.
 #include <gtest/gtest.h>
-#include <time.h>
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QEventLoop>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTimer>
+#include <algorithm>
+#include <map>
+#include <tuple>
 
-#include "app/form1.h"
-#include "fakes/fake_platform.h"
 #include "language/messages.h"
-#include "platform/qt_gating_library.h"
-#include "platform/qt_serial_port.h"
-#include "platform/qt_timer.h"
+#include "sim/curve_against_wire.h"
 #include "sim/live_console.h"
-#include "sim/sim_process.h"
 
 namespace zel::test {
 namespace {
@@ -50,79 +41,58 @@ TEST(FailSafe, a_bad_volume_word_in_a_gated_hold_opens_the_relay_then_reports_on
     // the hold whose volume word has no 16-bit magnitude, then keeps streaming, with some
     // frames spoiled so that the checksum log is open when the failure comes.
     ASSERT_TRUE(c.sim.start("breathing rest 1.0\nbreathing amplitude 0.8\nbreathing period 2.5\n"
-                            "corrupt 0.05\nawait A\nwait 3\nframe 06 04 80 00 00 32\nwait 60\n"
-                            "quit\n",
+                            "corrupt 0.05\nawait A\nwait 3\nframe 06 04 80 00 00 32\nwait 60\nquit\n",
                             {QStringLiteral("--seed"), QStringLiteral("3")}));
     c.form.Gated_Treatment = true;
     ASSERT_TRUE(c.link_up()) << "the link never came up";
 
-    struct AtTheBox {
-        double when = 0, left = 0;
-        bool port_open = true, heartbeat = true, search = true, relay_closed_flag = true;
-        int16_t b_state = 0;
-        double total_counts = 0;
-        size_t writes = 0;
-        QStringList log_files;
-    } box;
+    double shown_at = 0, left_at = 0, counted_at_box = 0;
+    std::tuple<bool, bool, bool, bool, int> at_box;  // port open, heartbeat, search, relay, balloon
+    QStringList logs_at_box;
     c.fakes.boxes.while_shown = [&] {
-        box.when = monotonic_seconds();
-        box.port_open = c.port.PortOpen();
-        box.heartbeat = c.form.Timer_HeartBeat->Enabled();
-        box.search = c.form.Timer_module_connect->Enabled();
-        box.relay_closed_flag = c.form.relay_close_commanded;
-        box.b_state = c.form.b_state;
-        box.total_counts = c.form.total_counts;
-        box.writes = c.port.writes.size();
-        box.log_files = log_folder_state(c.app_data.path());
+        shown_at = monotonic_seconds();
+        at_box = {c.port.PortOpen(), c.form.Timer_HeartBeat->Enabled(),
+                  c.form.Timer_module_connect->Enabled(), c.form.relay_close_commanded, c.form.b_state};
+        counted_at_box = c.form.total_counts;
+        logs_at_box = log_folder_state(c.app_data.path());
         // The operator reads the box for two seconds; the module goes on streaming.
         keep_event_loop_running(2000);
-        box.left = monotonic_seconds();
+        left_at = monotonic_seconds();
     };
-
-    QElapsedTimer armed;
-    armed.start();
-    while (c.fakes.boxes.shown.isEmpty() && armed.elapsed() < 20000) {
-        if (c.form.b_state == 1 && c.form.sw_state == 1 && !c.form.volume_in_threshold_region())
-            c.form.Form_KeyDown(32, 0);
-        handle_events();
-    }
-    c.run_until([] { return false; }, 500);
+    c.run_until([&] {
+        if (c.ready_to_arm() && c.form.sw_state == 1) c.form.Form_KeyDown(32, 0);
+        return !c.fakes.boxes.shown.isEmpty();
+    }, 20000);
+    c.wait(500);
 
     ASSERT_EQ(c.fakes.boxes.shown.size(), 1) << c.fakes.boxes.shown.join('\n').toStdString();
     EXPECT_TRUE(c.fakes.boxes.shown[0].startsWith(QStringLiteral("Run-time error 6 ")))
         << c.fakes.boxes.shown[0].toStdString();
-    EXPECT_EQ(box.b_state, 4) << "the failure came in the hold";
-    EXPECT_FALSE(box.port_open);
-    EXPECT_FALSE(box.heartbeat);
-    EXPECT_FALSE(box.search);
-    EXPECT_FALSE(box.relay_closed_flag);
+    // All stopped, the relay's command withdrawn, and the failure came in the hold.
+    EXPECT_EQ(at_box, std::make_tuple(false, false, false, false, 4));
 
     // The relay was opened, and the gating link closed, before the box appeared; nothing
     // closed it again.
-    double closed_at = -1, opened_at = -1, gating_closed_at = -1;
-    for (const auto& [when, call] : gating_calls(c.app_data.path())) {
-        if (call == QStringLiteral("Tarrow_SetRelayState(1)")) closed_at = when;
-        if (call == QStringLiteral("Tarrow_SetRelayState(0)")) opened_at = when;
-        if (call == QStringLiteral("Tarrow_Close()")) gating_closed_at = when;
-    }
+    std::map<QString, double> last;  // each call's last moment
+    for (const auto& [when, call] : gating_calls(c.app_data.path())) last[call] = when;
+    const double closed_at = last[QStringLiteral("Tarrow_SetRelayState(1)")],
+                 opened_at = last[QStringLiteral("Tarrow_SetRelayState(0)")],
+                 gating_closed_at = last[QStringLiteral("Tarrow_Close()")];
     ASSERT_GT(closed_at, 0) << "the hold never closed the relay";
-    EXPECT_GT(opened_at, closed_at);
-    EXPECT_LT(opened_at, box.when);
-    EXPECT_GT(gating_closed_at, opened_at);
-    EXPECT_LT(gating_closed_at, box.when);
+    EXPECT_TRUE(closed_at < opened_at && opened_at < gating_closed_at && gating_closed_at < shown_at)
+        << "relay closed " << closed_at << ", opened " << opened_at << ", link closed "
+        << gating_closed_at << ", box " << shown_at;
 
     // Nothing acted behind the box: no command, no frame, no log reopened.
-    EXPECT_EQ(c.port.writes.size(), box.writes);
     for (const auto& [when, bytes] : c.port.writes)
-        EXPECT_LT(when, box.when) << "a command reached the module after the failure";
-    EXPECT_EQ(c.form.total_counts, box.total_counts);
-    EXPECT_FALSE(box.log_files.isEmpty()) << "the checksum log was never opened";
-    EXPECT_EQ(log_folder_state(c.app_data.path()), box.log_files);
+        EXPECT_LT(when, shown_at) << "a command reached the module after the failure";
+    EXPECT_EQ(c.form.total_counts, counted_at_box);
+    EXPECT_FALSE(logs_at_box.isEmpty()) << "the checksum log was never opened";
+    EXPECT_EQ(log_folder_state(c.app_data.path()), logs_at_box);
 
     // The program ends once the box is acknowledged, and only once.
     ASSERT_EQ(c.ended.size(), 1u);
-    EXPECT_EQ(c.ended[0].first, 1);
-    EXPECT_GE(c.ended[0].second, box.left);
+    EXPECT_TRUE(c.ended[0].first == 1 && c.ended[0].second >= left_at) << c.ended[0].first;
 }
 
 TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
@@ -152,15 +122,14 @@ TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
         }
         counted_after = c.form.total_counts;
     };
-    c.run_until([] { return false; }, 1000);
+    c.wait(1000);
     c.form.Gated_Treatment = true;
     ASSERT_TRUE(c.run_until([&] { return !c.fakes.boxes.shown.isEmpty(); }, 3000));
-    c.run_until([] { return false; }, 500);
+    c.wait(500);
     c.form.bRecord = false;
     c.form.curve_file->close();
 
-    ASSERT_EQ(c.fakes.boxes.shown.size(), 1);
-    EXPECT_EQ(c.fakes.boxes.shown[0], message_text(355));
+    EXPECT_EQ(c.fakes.boxes.shown, QStringList{message_text(355)});
     EXPECT_FALSE(link_lost) << "the heartbeat declared the link lost under the dialog";
     EXPECT_TRUE(c.form.Timer_HeartBeat->Enabled());
     EXPECT_GE(counted_after - counted_before, 45) << "frames handled under the dialog";
@@ -170,51 +139,30 @@ TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
     // opened the dialog is handled a second time by the first pass under it, and only then.
     QFile file(curve);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    std::vector<int> recorded;
+    std::vector<int> recorded, sent;
     for (const QByteArray& line : file.readAll().split('\n'))
-        if (line.count(';') >= 4)
-            recorded.push_back(qRound(line.split(';')[1].toDouble() / 0.004));
-    std::vector<int> sent;
-    QFile wire(c.sim.wire_log());
-    ASSERT_TRUE(wire.open(QIODevice::ReadOnly));
-    for (const QByteArray& line : wire.readAll().split('\n')) {
-        const QList<QByteArray> w = line.simplified().split(' ');
-        if (w.size() >= 10 && w[1] == "data")
-            sent.push_back(static_cast<int16_t>(w[5].toInt(nullptr, 16) << 8 |
-                                                w[6].toInt(nullptr, 16)));
-    }
+        if (line.count(';') >= 4) recorded.push_back(qRound(line.split(';')[1].toDouble() / 0.004));
+    for (const WireFrame& w : wire_frames(c.sim.wire_log())) sent.push_back(w.units);
     ASSERT_GT(recorded.size(), 100u);
     // Where the recording begins on the wire.
-    size_t offset = 0;
-    bool aligned = false;
-    for (; offset + 20 < sent.size() && !aligned; ++offset)
-        aligned = std::equal(recorded.begin(), recorded.begin() + 20, sent.begin() + offset);
-    ASSERT_TRUE(aligned) << "the recorded volumes are not found on the wire";
-    --offset;
-    size_t j = 0;
-    while (j < recorded.size() && offset + j < sent.size() && recorded[j] == sent[offset + j]) ++j;
-    ASSERT_LT(j, recorded.size()) << "no frame was handled twice";
-    ASSERT_GT(j, 0u);
-    EXPECT_EQ(recorded[j], recorded[j - 1]) << "line " << j << " is not on the wire";
-    recorded.erase(recorded.begin() + static_cast<long>(j));
-    for (size_t i = j; i < recorded.size(); ++i) {
-        ASSERT_LT(offset + i, sent.size());
-        ASSERT_EQ(recorded[i], sent[offset + i]) << "line " << i << " differs from the wire";
-    }
+    const auto at = std::search(sent.begin(), sent.end(), recorded.begin(), recorded.begin() + 20);
+    ASSERT_NE(at, sent.end()) << "the recorded volumes are not found on the wire";
+    const auto twice = std::mismatch(recorded.begin(), recorded.end(), at, sent.end()).first;
+    ASSERT_NE(twice, recorded.end()) << "no frame was handled twice";
+    ASSERT_NE(twice, recorded.begin());
+    const long j = twice - recorded.begin();
+    EXPECT_EQ(*twice, *(twice - 1)) << "line " << j << " is not on the wire";
+    recorded.erase(twice);
+    const auto differs = std::mismatch(recorded.begin() + j, recorded.end(), at + j, sent.end()).first;
+    EXPECT_EQ(differs, recorded.end()) << "line " << differs - recorded.begin() << " differs from the wire";
 }
 
 // A library of another release that lacks one function, found out by a poll in a gated hold:
 // the relay closed for the hold is opened before the gated treatment is let go.
 TEST(FailSafe, a_function_missing_from_the_gating_library_in_a_hold_opens_the_relay_first) {
     QTemporaryDir app_data;
-    ASSERT_TRUE(QDir().mkpath(app_data.filePath(QStringLiteral("lib"))));
-    ASSERT_TRUE(QDir().mkpath(app_data.filePath(QStringLiteral("sim"))));
-    ASSERT_TRUE(QFile::copy(QStringLiteral(TARROW_SIM_WITHOUT_STATUS_PATH),
-                            app_data.filePath(QStringLiteral("lib/libtarrow.so"))));
-    QFile control(app_data.filePath(QStringLiteral("sim/tarrow-control.txt")));
-    ASSERT_TRUE(control.open(QIODevice::WriteOnly));
-    control.write("connected=yes\n");
-    control.close();
+    ASSERT_TRUE(install_gating_library(app_data.path(), QStringLiteral(TARROW_SIM_WITHOUT_STATUS_PATH),
+                                       "connected=yes\n"));
     FakePlatform fakes;
     QtGatingLibrary library(app_data.path());
     Platform platform{fakes.serial, fakes.timers, fakes.clock,   fakes.locale, fakes.boxes,

@@ -29,6 +29,26 @@ void keep_event_loop_running(int milliseconds) {
     loop.exec();
 }
 
+bool install_gating_library(const QString& app_data, const QString& library, const QByteArray& control) {
+    QDir().mkpath(app_data + QStringLiteral("/lib"));
+    QDir().mkpath(app_data + QStringLiteral("/sim"));
+    QFile file(app_data + QStringLiteral("/sim/tarrow-control.txt"));
+    if (!control.isEmpty() && !(file.open(QIODevice::WriteOnly) && file.write(control) == control.size()))
+        return false;
+    return QFile::copy(library, app_data + QStringLiteral("/lib/libtarrow.so"));
+}
+
+void as_patient(Form1& form, const QString& data, const QString& session) {
+    form.data_directory = data;
+    form.patient_last_name = QStringLiteral("Doe");
+    form.patient_first_name = QStringLiteral("Jane");
+    form.patient_medical_id = QStringLiteral("A1");
+    form.session = session;
+    form.patient_defined = true;
+    form.cmdRecord.Enabled = true;
+    QDir().mkpath(data + QStringLiteral("/Doe_Jane_A1"));
+}
+
 bool LiveConsole::run_until(const std::function<bool()>& done, int timeout_ms) {
     QElapsedTimer waited;
     waited.start();
@@ -43,14 +63,15 @@ bool LiveConsole::link_up(int timeout_ms) {
     form.start_module_search();
     const bool up = run_until(
         [this] { return form.Timer_HeartBeat->Enabled() && form.total_counts > 10; }, timeout_ms);
-    if (!up)
-        std::fprintf(stderr, "link not up: port %d, %d notifications, zel_detect %d, checks %d%d%d%d, "
-                     "battery %.2f line %.2f; module heard: %s\n",
-                     form.ComPort, notifications, form.zel_detect, form.line_check,
-                     form.battery_check, form.turbine_check, form.pneumatics_check,
-                     form.battery_level, form.line_level, qPrintable(sim.commands().join(QLatin1Char(' '))));
-    if (!up) std::fprintf(stderr, "wire: %s\n", qPrintable([&] { QFile f(sim.wire_log()); f.open(QIODevice::ReadOnly); return QString::fromLatin1(f.readAll().right(500)); }()));
-    return up;
+    if (up) return true;
+    QFile wire(sim.wire_log());
+    wire.open(QIODevice::ReadOnly);
+    std::fprintf(stderr, "link not up: port %d, %d notifications, zel_detect %d, checks %d%d%d%d, "
+                 "battery %.2f line %.2f; module heard: %s\nwire: %s\n", form.ComPort, notifications,
+                 form.zel_detect, form.line_check, form.battery_check, form.turbine_check,
+                 form.pneumatics_check, form.battery_level, form.line_level,
+                 qPrintable(sim.commands().join(QLatin1Char(' '))), wire.readAll().right(500).constData());
+    return false;
 }
 
 }  // namespace zel::test

@@ -23,15 +23,16 @@ double monotonic_seconds();
 void handle_events();
 // A nested event loop, as a modal dialog runs one.
 void keep_event_loop_running(int milliseconds);
+// A built gating library installed where the console looks for it, with the trainer's
+// controls when given.
+bool install_gating_library(const QString& app_data, const QString& library, const QByteArray& control = {});
+// Jane Doe (A1) defined in `data`, her folder made, ready to record the session.
+void as_patient(Form1& form, const QString& data, const QString& session);
 
 // The real adapter, with every write stamped on the monotonic clock.
 class WatchedPort final : public SerialPort {
 public:
-    explicit WatchedPort(SerialPort& inner_) : inner(inner_) {
-        inner.OnComm = [this] {
-            if (OnComm) OnComm();
-        };
-    }
+    explicit WatchedPort(SerialPort& inner_) : inner(inner_) { inner.OnComm = [this] { if (OnComm) OnComm(); }; }
     void set_CommPort(int number) override { inner.set_CommPort(number); }
     int CommPort() const override { return inner.CommPort(); }
     void set_PortOpen(bool open) override { inner.set_PortOpen(open); }
@@ -53,11 +54,7 @@ struct LiveConsole {
     // stroke and so grows without end over a long run.
     explicit LiveConsole(bool simulated_gating_library, ChartSurface* chart = nullptr)
         : use_real_library(simulated_gating_library), drawn_on(chart) {
-        if (simulated_gating_library) {
-            QDir().mkpath(app_data.filePath(QStringLiteral("lib")));
-            QFile::copy(QStringLiteral(TARROW_SIM_PATH),
-                        app_data.filePath(QStringLiteral("lib/libtarrow.so")));
-        }
+        if (use_real_library) install_gating_library(app_data.path(), QStringLiteral(TARROW_SIM_PATH));
         form.end_program = [this](int code) { ended.push_back({code, monotonic_seconds()}); };
         form.Pic.Height = 7485;
         form.thresh_label.Height = 285;
@@ -74,6 +71,14 @@ struct LiveConsole {
     bool run_until(const std::function<bool()>& done, int timeout_ms);
     // Searches for the module until the stream runs.
     bool link_up(int timeout_ms = 10000);
+    void wait(int ms) { run_until([] { return false; }, ms); }
+    // The spacebar arms once the volume is out of the region the hold closes in.
+    bool ready_to_arm() const { return form.b_state == 1 && !form.volume_in_threshold_region(); }
+    QByteArray written_since(size_t write) const {
+        QByteArray bytes;
+        for (size_t k = write; k < port.writes.size(); ++k) bytes += port.writes[k].second;
+        return bytes;
+    }
 
     const bool use_real_library;
     ChartSurface* const drawn_on;
@@ -84,15 +89,9 @@ struct LiveConsole {
     WatchedPort port{real_port};
     QtTimerFactory timers;
     QtGatingLibrary real_library{app_data.path()};
-    Platform platform{port,
-                      timers,
-                      fakes.clock,
-                      fakes.locale,
-                      fakes.boxes,
-                      drawn_on ? *drawn_on : fakes.chart,
+    Platform platform{port, timers, fakes.clock, fakes.locale, fakes.boxes, drawn_on ? *drawn_on : fakes.chart,
                       use_real_library ? static_cast<GatingLibrary&>(real_library) : fakes.tarrow,
-                      fakes.dialogs,
-                      fakes.windows};
+                      fakes.dialogs, fakes.windows};
     Form1 form{platform, app_data.path()};
     std::vector<std::pair<int, double>> ended;  // end_program calls with their moments
     int notifications = 0;

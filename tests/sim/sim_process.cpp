@@ -17,11 +17,10 @@ bool SimProcess::start(const QByteArray& script, const QStringList& extra_argume
     file.write(script);
     file.close();
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(QStringLiteral(ZELMOOR_SIM_PATH),
-                  QStringList{QStringLiteral("--headless"), QStringLiteral("--app-data"), app_data,
-                              QStringLiteral("--script"), script_path,
-                              QStringLiteral("--wire-log"), wire_log()} +
-                      extra_arguments);
+    const QStringList arguments{QStringLiteral("--headless"), QStringLiteral("--app-data"), app_data,
+                                QStringLiteral("--script"), script_path,
+                                QStringLiteral("--wire-log"), wire_log()};
+    process.start(QStringLiteral(ZELMOOR_SIM_PATH), arguments + extra_arguments);
     if (!process.waitForStarted()) return false;
     const QString link = app_data + QStringLiteral("/ports/sim0");
     for (int k = 0; k < 200 && !QFileInfo(link).isSymLink(); ++k) QThread::msleep(20);

@@ -19,8 +19,7 @@ std::vector<SeenFrame> data_frames(const std::vector<uint8_t>& b) {
 }
 
 QByteArray to_bytes(const std::vector<uint8_t>& bytes) {
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()),
-                      static_cast<qsizetype>(bytes.size()));
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()));
 }
 
 std::vector<uint8_t> letters(const std::string& text) { return {text.begin(), text.end()}; }

@@ -10,12 +10,7 @@
 
 namespace zelsim::test {
 
-struct SeenFrame {
-    uint8_t flags = 0;
-    uint8_t balloon = 0;
-    int volume_units = 0;
-    int time_left = 0;
-};
+struct SeenFrame { uint8_t flags = 0, balloon = 0; int volume_units = 0, time_left = 0; };
 
 // The data frames in the bytes, by their start byte and length; anything else is skipped.
 std::vector<SeenFrame> data_frames(const std::vector<uint8_t>& bytes);
