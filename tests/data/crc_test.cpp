@@ -17,17 +17,11 @@
 namespace zel {
 namespace {
 
-QByteArray random_bytes(int size, unsigned seed) {
-    std::mt19937 generator(seed);
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (char& b : bytes) b = static_cast<char>(generator() & 0xFF);
-    return bytes;
-}
+const int32_t crc_of_nine = static_cast<int32_t>(0xCBF43926u);  // of "123456789"
 
 int32_t zlib_crc(const QByteArray& bytes) {
-    const uLong crc = crc32(crc32(0L, Z_NULL, 0), reinterpret_cast<const Bytef*>(bytes.constData()),
-                            static_cast<uInt>(bytes.size()));
-    return static_cast<int32_t>(static_cast<uint32_t>(crc));
+    return static_cast<int32_t>(static_cast<uint32_t>(
+        crc32(0L, reinterpret_cast<const Bytef*>(bytes.constData()), static_cast<uInt>(bytes.size()))));
 }
 
 class CrcFiles : public ::testing::Test {
@@ -43,101 +37,63 @@ class CrcFiles : public ::testing::Test {
 };
 
 TEST_F(CrcFiles, agree_with_zlib_around_the_chunk_size) {
-    struct Case {
-        int size;
-    };
-    const Case cases[] = {{0}, {1}, {8191}, {8192}, {8193}, {16384}, {100000}};
-    for (const auto& c : cases) {
-        const QByteArray bytes = random_bytes(c.size, static_cast<unsigned>(c.size));
-        const QString path = write(QStringLiteral("f%1.bin").arg(c.size), bytes);
-        EXPECT_EQ(CalculateCRC(path), zlib_crc(bytes)) << c.size;
+    for (const int size : {0, 1, 8191, 8192, 8193, 16384, 100000}) {
+        std::mt19937 generator(static_cast<unsigned>(size));
+        QByteArray bytes(size, Qt::Uninitialized);
+        for (char& b : bytes) b = static_cast<char>(generator() & 0xFF);
+        EXPECT_EQ(CalculateCRC(write(QString::number(size), bytes)), zlib_crc(bytes)) << size;
     }
 }
 
-TEST_F(CrcFiles, check_value_and_empty_file_print_as_the_companion_holds_them) {
-    EXPECT_EQ(crc_hex(CalculateCRC(write("nine", "123456789"))), "CBF43926");
-    EXPECT_EQ(crc_hex(CalculateCRC(write("empty", ""))), "0");
-}
-
+// Upper case without leading zeros, as the companion holds it.
 TEST(CrcHex, is_upper_case_without_leading_zeros) {
-    struct Case {
-        uint32_t word;
-        const char* text;
-        const char* line;
-    };
-    const Case cases[] = {
-        {0xCBF43926u, "CBF43926", "CRC:CBF43926\r\n"},
-        {0x00D2E4F6u, "D2E4F6", "CRC:D2E4F6\r\n"},
-        {0x80000000u, "80000000", "CRC:80000000\r\n"},
-        {0xFFFFFFFFu, "FFFFFFFF", "CRC:FFFFFFFF\r\n"},
-        {0x0000000Au, "A", "CRC:A\r\n"},
-        {0u, "0", "CRC:0\r\n"},
-    };
-    for (const auto& c : cases) {
-        const auto crc = static_cast<int32_t>(c.word);
-        EXPECT_EQ(crc_hex(crc), QString::fromLatin1(c.text));
-        EXPECT_EQ(crc_companion_line(crc), QByteArray(c.line));
+    const std::pair<uint32_t, const char*> cases[] = {
+        {0xCBF43926u, "CBF43926"}, {0x00D2E4F6u, "D2E4F6"}, {0x80000000u, "80000000"},
+        {0xFFFFFFFFu, "FFFFFFFF"}, {0x0000000Au, "A"},      {0u, "0"}};
+    for (const auto& [word, text] : cases) {
+        EXPECT_EQ(crc_hex(static_cast<int32_t>(word)), QString::fromLatin1(text));
+        EXPECT_EQ(crc_companion_line(static_cast<int32_t>(word)), "CRC:" + QByteArray(text) + "\r\n");
     }
 }
 
 TEST(ByteArrayCrc, honours_the_lower_bound_and_the_16_bit_index) {
     const cCRC32 crc;
-    const QByteArray nine("123456789");
-    const std::vector<uint8_t> bytes(nine.begin(), nine.end());
-    EXPECT_EQ(crc.GetByteArrayCrc32(bytes), static_cast<int32_t>(0xCBF43926u));
-    EXPECT_EQ(crc.GetByteArrayCrc32(bytes, -5), static_cast<int32_t>(0xCBF43926u));
+    const std::vector<uint8_t> nine{'1', '2', '3', '4', '5', '6', '7', '8', '9'};
+    EXPECT_EQ(crc.GetByteArrayCrc32(nine), crc_of_nine);
+    EXPECT_EQ(crc.GetByteArrayCrc32(nine, -5), crc_of_nine);
     EXPECT_EQ(crc.GetByteArrayCrc32({}), 0);
-
-    const std::vector<uint8_t> up_to_32766(32767, 0x5A);
-    const QByteArray same(32767, 0x5A);
-    EXPECT_EQ(crc.GetByteArrayCrc32(up_to_32766), zlib_crc(same));
-    const std::vector<uint8_t> up_to_32767(32768, 0x5A);
-    EXPECT_THROW(crc.GetByteArrayCrc32(up_to_32767), ZelError);
+    EXPECT_EQ(crc.GetByteArrayCrc32(std::vector<uint8_t>(32767, 0x5A)), zlib_crc(QByteArray(32767, 0x5A)));
+    EXPECT_THROW(crc.GetByteArrayCrc32(std::vector<uint8_t>(32768, 0x5A)), ZelError);
 }
 
 TEST_F(CrcFiles, read_delivers_chunks_and_keeps_the_rest_of_the_buffer) {
-    struct Case {
-        int size;
-        std::vector<int32_t> deliveries;
-    };
-    const Case cases[] = {
-        {0, {0}},
-        {8191, {8191, 0}},
-        {8192, {8192, 0}},
-        {8193, {8192, 1, 0}},
-    };
-    for (const auto& c : cases) {
-        const QByteArray bytes(c.size, 'a');
+    const std::pair<int, std::vector<int32_t>> cases[] = {
+        {0, {0}}, {8191, {8191, 0}}, {8192, {8192, 0}}, {8193, {8192, 1, 0}}};
+    for (const auto& [size, deliveries] : cases) {
         cBinaryFileStream stream;
-        stream.file(write(QStringLiteral("r%1").arg(c.size), bytes));
-        EXPECT_EQ(stream.Length(), c.size);
+        stream.file(write(QString::number(size), QByteArray(size, 'a')));
+        EXPECT_EQ(stream.Length(), size);
         std::vector<uint8_t> buffer(8192, 0xEE);
-        for (int32_t expected : c.deliveries) EXPECT_EQ(stream.Read(buffer, 8192), expected);
+        for (int32_t expected : deliveries) EXPECT_EQ(stream.Read(buffer, 8192), expected) << size;
         EXPECT_EQ(stream.file_number, 0) << "the read that finds nothing closes the file";
-        if (c.size == 8193) {
-            EXPECT_EQ(buffer[0], 'a');
-            EXPECT_EQ(buffer[1], 'a') << "the old contents stay behind the last byte";
-        }
+        EXPECT_EQ(buffer[1], size == 0 ? 0xEE : 'a') << "the old contents stay behind the last byte";
     }
 }
 
 TEST_F(CrcFiles, a_second_file_on_one_stream_reads_short) {
-    const QString first = write("first", QByteArray(10000, 'x'));
-    const QByteArray second_bytes = random_bytes(20000, 7);
-    const QString second = write("second", second_bytes);
+    QByteArray second_bytes(20000, 'y');
+    second_bytes[7] = 'z';
     cBinaryFileStream stream;
     const cCRC32 crc;
-    stream.file(first);
+    stream.file(write("first", QByteArray(10000, 'x')));
     crc.GetFileCrc32(stream);
-    stream.file(second);
-    EXPECT_EQ(stream.read_position, 10000);
+    stream.file(write("second", second_bytes));
     EXPECT_EQ(crc.GetFileCrc32(stream), zlib_crc(second_bytes.left(10000)));
 }
 
 TEST_F(CrcFiles, missing_and_folder_paths_fail_as_file_not_found) {
     QDir(dir.path()).mkdir("folder");
-    const char* names[] = {"absent", "folder", "nodir/absent"};
-    for (const char* name : names) {
+    for (const char* name : {"absent", "folder", "nodir/absent"}) {
         try {
             CalculateCRC(dir.filePath(name));
             ADD_FAILURE() << name;
@@ -162,7 +118,7 @@ TEST_F(CrcFiles, a_file_locked_by_a_writer_fails_as_permission_denied) {
         EXPECT_EQ(e.number, err_permission_denied);
     }
     ::close(writer);
-    EXPECT_EQ(CalculateCRC(path), static_cast<int32_t>(0xCBF43926u));
+    EXPECT_EQ(CalculateCRC(path), crc_of_nine);
 }
 
 // ".Doe.zel" was once taken for a hidden file: its CRC failed and the patient could not load.
@@ -170,7 +126,7 @@ TEST_F(CrcFiles, read_only_and_dot_named_files_read_like_any_other) {
     for (const char* name : {"locked", ".Doe.zel"}) {
         const QString path = write(name, "123456789");
         QFile::setPermissions(path, QFileDevice::ReadOwner);
-        EXPECT_EQ(CalculateCRC(path), static_cast<int32_t>(0xCBF43926u)) << name;
+        EXPECT_EQ(CalculateCRC(path), crc_of_nine) << name;
     }
 }
 

@@ -1,0 +1,226 @@
+// The curve file of a session: its header, the Record and Pause buttons over its life, and
+// reading it back, with each kind of bad file.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+
+#include "data/curve_file_reader.h"
+#include "data/locale_number.h"
+#include "fakes/rig.h"
+#include "platform/qt_system.h"
+
+namespace zel::test {
+namespace {
+
+TEST(LocaleNumber, reads_the_machines_form_and_refuses_the_rest) {
+    struct Case { const char* text; char separator; double value; int error; };
+    const Case cases[] = {
+        {" 1.35 ", '.', 1.35, 0}, {"-0.004", '.', -0.004, 0}, {"1,35", ',', 1.35, 0},
+        {"1E-05", '.', 1e-05, 0}, {"+7", '.', 7, 0},          {".5", '.', 0.5, 0},
+        // The other separator groups thousands: a file from the other kind of machine reads
+        // a power of ten off instead of failing.
+        {"1,5", '.', 15, 0},      {"0.02", ',', 2, 0},
+        {"", '.', 0, 13},         {"  ", '.', 0, 13},         {"1.2.3", '.', 0, 13},
+        {"12a", '.', 0, 13},      {"1E", '.', 0, 13},         {",5", '.', 0, 13},
+        {"1E999", '.', 0, 6},
+    };
+    for (const auto& c : cases) {
+        try {
+            EXPECT_DOUBLE_EQ(locale_number(c.text, QLatin1Char(c.separator), "test"), c.value)
+                << c.text;
+            EXPECT_EQ(c.error, 0) << c.text;
+        } catch (const ZelError& e) {
+            EXPECT_EQ(e.number, c.error) << c.text;
+        }
+    }
+}
+
+struct CurveRig : Rig {
+    CurveRig() {
+        form.data_directory = app_data.path();
+        form.patient_last_name = QStringLiteral("Doe");
+        form.patient_first_name = QStringLiteral("Jane");
+        form.patient_medical_id = QStringLiteral("A1");
+        form.session = QStringLiteral("3");
+        form.thresh = 1.35f;
+        form.duration = 15;
+        form.inhale = true;
+        form.patient_defined = true;
+        form.cmdRecord.Enabled = true;
+        QDir().mkpath(folder());
+    }
+    QString folder() const { return app_data.path() + QStringLiteral("/Doe_Jane_A1"); }
+    // The file's lines, and an empty last one when it ends in a line break.
+    QStringList lines(const QString& path) const {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) return {};
+        return QString::fromLatin1(file.readAll()).split(QStringLiteral("\r\n"));
+    }
+    void frames(int n, uint8_t flags = 0x06, uint8_t balloon = 1, int16_t units = 250) {
+        for (int k = 0; k < n; ++k) fakes.serial.receive(data_frame(flags, balloon, units));
+    }
+    QString write(const QByteArray& text, QString p = {}) {
+        if (p.isEmpty()) p = app_data.path() + QStringLiteral("/bad.dat");
+        QFile file(p);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return p;
+    }
+};
+
+TEST(CurveFile, header_lines_and_zones_byte_for_byte) {
+    CurveRig rig;
+    rig.fakes.clock.when = QDateTime(QDate(2026, 3, 4), QTime(7, 8, 9));
+    rig.form.printHeader(rig.folder() + QStringLiteral("/h.dat"));
+    EXPECT_EQ(rig.lines(rig.folder() + QStringLiteral("/h.dat")),
+              QString::fromLatin1(
+                  "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nThreshold:1.35\r\n"
+                  "Count Frequency:  50 \r\nPatient Last Name:          Doe\r\nMedical ID:   A1\r\n"
+                  "Date:         03-04-2026\r\nTime:         07:08:09\r\n"
+                  "Session Number:             3\r\nBreath Hold Duration:        15 \r\n"
+                  "Trigger on Inhale:          True\r\n\r\n[Key]\r\nStatus\tBalloon Valve\r\n"
+                  "1\tdeflated\r\n2\tready to inflate at threshold (inhale)\r\n"
+                  "3\tready to inflate at threshold (exhale)\r\n4\tinflated\r\n5\tfault\r\n\r\n"
+                  "Status\tPatient Switch\r\n0\tDisabled\r\n1\tEnabled\r\n[Curve Data]\r\n"
+                  // "Patient Switch" fills its zone exactly: the next item goes one zone further.
+                  "Session Time  Volume (liters)             Balloon Valve Status        "
+                  "Patient Switch              Gating Mode   Gating Status Relay State\r\n"
+                  "HeaderEnd\r\n")
+                  .split(QStringLiteral("\r\n")));
+}
+
+TEST(CurveFile, record_pause_record_gives_one_file_one_header_a_gap_in_time_and_reads_back) {
+    for (const char separator : {'.', ','}) {
+        SCOPED_TRACE(separator);
+        CurveRig rig;
+        rig.fakes.locale.separator = QLatin1Char(separator);
+        rig.frames(10);  // before the recording: counted in its time
+        rig.form.cmdRecord_Click();
+        EXPECT_FALSE(rig.form.cmdRecord.Enabled);
+        EXPECT_TRUE(rig.form.cmdPause.Enabled);
+        for (const int16_t units : {250, -1, 32767, -32767, 0}) rig.frames(1, 0x06, 1, units);
+        rig.form.cmdPause_Click();
+        EXPECT_FALSE(rig.form.curve_file);
+        rig.frames(3, 0x04, 1, 5);  // not recorded, but counted
+        rig.form.cmdRecord_Click();
+        rig.frames(1, 0x04, 4, 300);
+        rig.form.cmdPause_Click();
+
+        const QString path = rig.folder() + QStringLiteral("/Doe_3.dat");
+        EXPECT_EQ(QDir(rig.folder()).entryList(QDir::Files), QStringList{"Doe_3.dat"});
+        const QStringList lines = rig.lines(path);
+        ASSERT_EQ(lines.size(), 26 + 6 + 1);
+        EXPECT_EQ(lines.count(QStringLiteral("HeaderEnd")), 1);
+        EXPECT_EQ(lines[26], QString("0.22;1;1;1; - ; - ; - ").replace('.', separator));
+
+        CurveData curve;
+        LoadCurveData2(path, curve, QLatin1Char(separator));
+        EXPECT_DOUBLE_EQ(curve.threshold, 1.35);
+        EXPECT_DOUBLE_EQ(curve.count_frequency, 50);
+        EXPECT_EQ(curve.volume, (std::vector<double>{1.0, -0.004, 131.068, -131.068, 0, 1.2}));
+        EXPECT_EQ(curve.session_time, (std::vector<double>{0.22, 0.24, 0.26, 0.28, 0.3, 0.38}));
+        EXPECT_EQ(curve.balloon, (std::vector<uint8_t>{1, 1, 1, 1, 1, 4}));
+        EXPECT_EQ(curve.patient_switch, (std::vector<uint8_t>{1, 1, 1, 1, 1, 0}));
+        ASSERT_EQ(curve.time.size(), 6u);
+        EXPECT_DOUBLE_EQ(curve.time[5], 0.1) << "frames, not the session's time";
+    }
+}
+
+TEST(CurveFile, a_new_session_whose_file_exists_keeps_it_and_takes_a_dated_name) {
+    CurveRig rig;
+    const QString old_path = rig.folder() + QStringLiteral("/Doe_3.dat");
+    rig.write("an earlier run\r\n", old_path);
+    rig.fakes.clock.when = QDateTime(QDate(2026, 11, 22), QTime(9, 5, 7));
+    const QString dated = rig.folder() + QStringLiteral("/Doe_3_11_22_2026 09_05_07");
+    // Back from a pause, the dated file goes on. Two more sessions of that id stamped at the
+    // same moment once appended a second header to the dated file, and the review refused it
+    // whole: each takes the next free name.
+    const std::pair<const char*, int> recordings[] = {
+        {".dat", 28}, {".dat", 29}, {"_2.dat", 28}, {"_3.dat", 28}};
+    for (int k = 0; k < 4; ++k) {
+        if (k >= 2) rig.form.record_file_created = false;
+        rig.form.cmdRecord_Click();
+        rig.frames(1);
+        rig.form.cmdPause_Click();
+        EXPECT_EQ(rig.form.record_filename, dated + recordings[k].first);
+        EXPECT_EQ(rig.lines(rig.form.record_filename).size(), recordings[k].second) << k;
+    }
+    EXPECT_EQ(rig.lines(dated + ".dat").count(QStringLiteral("HeaderEnd")), 1);
+    EXPECT_EQ(rig.lines(old_path), QStringList({"an earlier run", ""}));
+}
+
+// The machine's own general date: two recordings started within one minute are told apart.
+TEST(CurveFile, the_systems_general_date_holds_the_seconds) {
+    const QtLocale locale;
+    const QDateTime first(QDate(2026, 11, 22), QTime(21, 5, 7));
+    const QString stamp = locale.general_date(first);
+    EXPECT_EQ(stamp, locale.medium_date(first.date()) + QLatin1Char(' ') +
+                         locale.medium_time(first.time()));
+    EXPECT_TRUE(stamp.contains(QStringLiteral("07"))) << stamp.toStdString();
+    EXPECT_NE(stamp, locale.general_date(first.addSecs(1)));
+}
+
+TEST(CurveFile, the_buttons_do_nothing_without_a_patient) {
+    CurveRig rig;
+    rig.form.patient_defined = false;
+    rig.form.cmdRecord_Click();
+    EXPECT_FALSE(rig.form.bRecord);
+    EXPECT_TRUE(rig.form.cmdRecord.Enabled);
+    EXPECT_TRUE(QDir(rig.folder()).entryList(QDir::Files).isEmpty());
+}
+
+TEST(CurveFileReader, each_kind_of_bad_file_fails_with_its_number) {
+    const QByteArray header =
+        "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nThreshold:1.20\r\nCount Frequency:  50 \r\n"
+        "HeaderEnd\r\n";
+    struct Case { const char* name; QByteArray text; int error; };
+    const Case cases[] = {
+        {"another first line", "CURVE DATA\r\nHeaderStart\r\nHeaderEnd\r\n0.02;1;1;1\r\n", 515},
+        {"no HeaderStart", "CURVE_DATA_FILE_STAMP\r\nHeader\r\nT:1\r\nC:50\r\nHeaderEnd\r\n", 515},
+        {"no HeaderEnd", "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nT:1\r\nC:50\r\n0.02;1;1;1\r\n",
+         515},
+        {"an empty file", "", 515},
+        {"frame rate 0",
+         "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nT:1\r\nC: 0\r\nHeaderEnd\r\n0.02;1;1;1\r\n", 11},
+        {"three fields", header + "0.02;1;1;1\r\n0.04;1;1\r\n", 9},
+        {"volume not a number", header + "0.02;x;1;1\r\n", 13},
+        {"balloon above a byte", header + "0.02;1;256;1\r\n", 6},
+        {"switch below 0", header + "0.02;1;1;-1\r\n", 6},
+        {"no samples", header, 9},
+        {"lenient balloon and switch", header + "0.02;1;2x;junk\r\n0.04;1.5;4; - ; - ; - \n", 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CurveRig rig;
+        CurveData curve;
+        curve.volume = {9.0};
+        int error = 0;
+        try {
+            LoadCurveData2(rig.write(c.text), curve, QLatin1Char('.'));
+        } catch (const ZelError& e) {
+            error = e.number;
+            if (e.number == 515) {
+                EXPECT_EQ(e.description,
+                          rig.app_data.path() + "/bad.dat is not in the expected ZEL format.");
+            }
+        }
+        EXPECT_EQ(error, c.error);
+        // A file that is no curve file leaves the curve alone; one that fails later empties it.
+        const std::vector<double> volume =
+            c.error == 515 ? std::vector<double>{9.0} : c.error ? std::vector<double>{}
+                                                                : std::vector<double>{1, 1.5};
+        EXPECT_EQ(curve.volume, volume);
+        if (c.error == 0) {
+            EXPECT_EQ(curve.balloon, (std::vector<uint8_t>{2, 4}));
+            EXPECT_EQ(curve.patient_switch, (std::vector<uint8_t>{0, 0}));
+        }
+    }
+    CurveData curve;
+    curve.volume = {1.0};
+    LoadCurveData2(QStringLiteral("/nonexistent/file.dat"), curve, QLatin1Char('.'));
+    EXPECT_EQ(curve.volume, std::vector<double>{1.0}) << "a missing file changes nothing";
+}
+
+}  // namespace
+}  // namespace zel::test
