@@ -1,16 +1,28 @@
-#include "data/patient_file.h"
-
+// A patient's files: the parameter file and its CRC companion, their checksum, and the
+// quarantine of a patient that fails its load.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
+#include <zlib.h>
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <functional>
+#include <map>
+#include <random>
 #include <tuple>
+#include <vector>
 
 #include "app/zel_error.h"
+#include "data/binary_file_stream.h"
+#include "data/crc32.h"
 #include "data/crc_companion.h"
+#include "data/patient_file.h"
+#include "data/quarantine.h"
 #include "fakes/qt_printers.h"
 
 namespace zel {
@@ -56,6 +68,118 @@ auto fields(const PatientHolding& h) {
                       h.trigger, h.gating, h.x_scale_factor, h.max_x);
 }
 
+const int32_t crc_of_nine = static_cast<int32_t>(0xCBF43926u);  // of "123456789"
+
+int32_t zlib_crc(const QByteArray& bytes) {
+    return static_cast<int32_t>(static_cast<uint32_t>(
+        crc32(0L, reinterpret_cast<const Bytef*>(bytes.constData()), static_cast<uInt>(bytes.size()))));
+}
+
+const QString quarantine_name = QStringLiteral("Quarantine - NOT FOR CLINICAL USE");
+
+// Every file under `folder` by its relative path, with its bytes.
+std::map<QString, QByteArray> tree(const QString& folder) {
+    std::map<QString, QByteArray> files;
+    QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile file(it.next());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+        files[QDir(folder).relativeFilePath(file.fileName())] = file.readAll();
+    }
+    return files;
+}
+
+QStringList entries(const QString& folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+}
+
+class CrcFiles : public ::testing::Test {
+  protected:
+    QString made(const QString& name, const QByteArray& bytes) {
+        write(dir.filePath(name), bytes);
+        return dir.filePath(name);
+    }
+    QTemporaryDir dir;
+};
+
+TEST_F(CrcFiles, agree_with_zlib_around_the_chunk_size) {
+    for (const int size : {0, 1, 8191, 8192, 8193, 16384, 100000}) {
+        std::mt19937 generator(static_cast<unsigned>(size));
+        QByteArray bytes(size, Qt::Uninitialized);
+        for (char& b : bytes) b = static_cast<char>(generator() & 0xFF);
+        EXPECT_EQ(CalculateCRC(made(QString::number(size), bytes)), zlib_crc(bytes)) << size;
+    }
+}
+
+// Upper case without leading zeros, as the companion holds it.
+TEST(CrcHex, is_upper_case_without_leading_zeros) {
+    const std::pair<uint32_t, const char*> cases[] = {
+        {0xCBF43926u, "CBF43926"}, {0x00D2E4F6u, "D2E4F6"}, {0x80000000u, "80000000"},
+        {0xFFFFFFFFu, "FFFFFFFF"}, {0x0000000Au, "A"},      {0u, "0"}};
+    for (const auto& [word, text] : cases) {
+        EXPECT_EQ(crc_hex(static_cast<int32_t>(word)), QString::fromLatin1(text));
+        EXPECT_EQ(crc_companion_line(static_cast<int32_t>(word)), "CRC:" + QByteArray(text) + "\r\n");
+    }
+}
+
+TEST(ByteArrayCrc, honours_the_lower_bound_and_the_16_bit_index) {
+    const cCRC32 crc;
+    const std::vector<uint8_t> nine{'1', '2', '3', '4', '5', '6', '7', '8', '9'};
+    EXPECT_EQ(crc.GetByteArrayCrc32(nine), crc_of_nine);
+    EXPECT_EQ(crc.GetByteArrayCrc32(nine, -5), crc_of_nine);
+    EXPECT_EQ(crc.GetByteArrayCrc32({}), 0);
+    EXPECT_EQ(crc.GetByteArrayCrc32(std::vector<uint8_t>(32767, 0x5A)), zlib_crc(QByteArray(32767, 0x5A)));
+    EXPECT_THROW(crc.GetByteArrayCrc32(std::vector<uint8_t>(32768, 0x5A)), ZelError);
+}
+
+TEST_F(CrcFiles, read_delivers_chunks_and_keeps_the_rest_of_the_buffer) {
+    const std::pair<int, std::vector<int32_t>> cases[] = {
+        {0, {0}}, {8191, {8191, 0}}, {8192, {8192, 0}}, {8193, {8192, 1, 0}}};
+    for (const auto& [size, deliveries] : cases) {
+        cBinaryFileStream stream;
+        stream.file(made(QString::number(size), QByteArray(size, 'a')));
+        EXPECT_EQ(stream.Length(), size);
+        std::vector<uint8_t> buffer(8192, 0xEE);
+        for (int32_t expected : deliveries) EXPECT_EQ(stream.Read(buffer, 8192), expected) << size;
+        EXPECT_EQ(stream.file_number, 0) << "the read that finds nothing closes the file";
+        EXPECT_EQ(buffer[1], size == 0 ? 0xEE : 'a') << "the old contents stay behind the last byte";
+    }
+}
+
+// ".Doe.zel" was once taken for a hidden file: its CRC failed and the patient could not load.
+// A file another program holds locked for writing is in use: permission denied, not a broken
+// file.
+TEST_F(CrcFiles, read_only_and_dot_named_files_read_a_locked_one_is_denied_a_missing_one_not_found) {
+    QDir(dir.path()).mkdir("folder");
+    for (const char* name : {"locked", ".Doe.zel"})
+        QFile::setPermissions(made(name, "123456789"), QFileDevice::ReadOwner);
+    const QString busy = made("busy.zel", "123456789");
+    const int writer = ::open(QFile::encodeName(busy).constData(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(writer, 0);
+    ASSERT_EQ(::flock(writer, LOCK_EX | LOCK_NB), 0);
+    const std::pair<const char*, int> cases[] = {
+        {"locked", 0}, {".Doe.zel", 0}, {"busy.zel", err_permission_denied},
+        {"absent", err_file_not_found}, {"folder", err_file_not_found},
+        {"nodir/absent", err_file_not_found}};
+    for (const auto& [name, error] : cases) {
+        try {
+            EXPECT_EQ(CalculateCRC(dir.filePath(name)), crc_of_nine) << name;
+            EXPECT_EQ(error, 0) << name;
+        } catch (const ZelError& e) {
+            EXPECT_EQ(e.number, error) << name;
+            EXPECT_TRUE(e.source.endsWith(".File")) << e.source.toStdString();
+        }
+    }
+    ::close(writer);
+    EXPECT_EQ(CalculateCRC(busy), crc_of_nine);
+}
+
+TEST_F(CrcFiles, companion_is_replaced_whole) {
+    const QString path = made("p.sfv", "CRC:OLD AND LONGER THAN THE NEW ONE\r\n");
+    ASSERT_TRUE(write_crc_companion(path, static_cast<int32_t>(0x00D2E4F6u)));
+    EXPECT_EQ(contents(path), "CRC:D2E4F6\r\n");
+}
+
 class PatientFile : public ::testing::Test {
   protected:
     QString path_in(const QString& folder) {
@@ -93,16 +217,12 @@ TEST(PatientFileLines, hold_the_values_in_the_comma_system_form) {
                            "X-Axis length: 1234,5 ", "Gated:True", "Number Format:comma"}));
 }
 
+// Only the last name names the file; every ".zel" of the path, exactly so, names the companion.
 TEST(PatientFilePaths, name_the_folder_by_the_patient_and_the_file_by_the_last_name) {
-    EXPECT_EQ(patient_folder("/data", "Smith", "John", "12345"), "/data/Smith_John_12345");
     EXPECT_EQ(patient_file_path("/data", "Smith", "John", "12345"),
               "/data/Smith_John_12345/Smith.zel");
-    const char* cases[][2] = {
-        {"/data/Smith_John_1/Smith.zel", "/data/Smith_John_1/Smith.sfv"},
-        {"/data/Smith_John_1/Smith.ZEL", "/data/Smith_John_1/Smith.ZEL"},
-        {"/data/old.zel/Smith_John_1/Smith.zel", "/data/old.sfv/Smith_John_1/Smith.sfv"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(companion_path(c[0]), c[1]) << c[0];
+    EXPECT_EQ(companion_path("/data/old.zel/Smith.zel"), "/data/old.sfv/Smith.sfv");
+    EXPECT_EQ(companion_path("/data/Smith.ZEL"), "/data/Smith.ZEL");
 }
 
 // The second row is written over the read-only file of the first.
@@ -242,6 +362,114 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
             EXPECT_EQ(e.number, c.error);
         }
     }
+}
+
+class Quarantine : public ::testing::Test {
+  protected:
+    // A patient as the console leaves one: the read-only ".zel", its companion, a session
+    // file and a folder of curves. `mark` tells one patient of a name from another. Its folder.
+    QString make_patient(const QString& directory, const char* last, const char* mark) {
+        const PatientParameters p{last, "John", "1"};
+        const QString path = patient_file_path(directory, last, p.first_name, p.medical_id);
+        const QString folder = QFileInfo(path).path();
+        EXPECT_TRUE(QDir().mkpath(folder + QStringLiteral("/curves")));
+        EXPECT_TRUE(write_patient_files(path, patient_file_lines("ZEL Patient Parameter File", mark,
+                                                                 p, "11/22/2024", "dot", '.')));
+        write(folder + QStringLiteral("/session.ini"), mark);
+        write(folder + QStringLiteral("/curves/1.crv"), QByteArray("curve ") + mark);
+        return folder;
+    }
+
+    QTemporaryDir dir;
+    const QString data = dir.path() + QStringLiteral("/data");
+    const QString quarantine = data + QLatin1Char('/') + quarantine_name;
+};
+
+TEST_F(Quarantine, moves_the_patient_folder_whole_and_numbers_later_ones_of_a_name) {
+    std::vector<std::map<QString, QByteArray>> moved;
+    for (const char* mark : {"first", "second", "third"}) {
+        const QString folder = make_patient(data, "Smith", mark);
+        moved.push_back(tree(folder));
+        ASSERT_EQ(moved.back().size(), 4u);
+        quarantine_patient(folder + "/Smith.zel", quarantine_name);
+        EXPECT_FALSE(QFileInfo::exists(folder)) << mark;
+    }
+    EXPECT_EQ(entries(data), QStringList({quarantine_name}));
+    const QStringList numbered{"Smith_John_1", "Smith_John_1( 2)", "Smith_John_1( 3)"};
+    EXPECT_EQ(entries(quarantine), numbered);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(tree(quarantine + "/" + numbered[i]), moved[i]);
+}
+
+TEST_F(Quarantine, goes_beside_the_folder_of_a_file_chosen_elsewhere) {
+    const QString elsewhere = dir.path() + QStringLiteral("/usb stick");
+    make_patient(data, "Jones", "stays");
+    quarantine_patient(make_patient(elsewhere, "Jones", "moves") + "/Jones.zel", quarantine_name);
+
+    EXPECT_EQ(entries(elsewhere), QStringList({quarantine_name}));
+    EXPECT_EQ(tree(elsewhere + "/" + quarantine_name + "/Jones_John_1")["session.ini"], "moves");
+    EXPECT_EQ(tree(data + "/Jones_John_1")["session.ini"], "stays");
+    EXPECT_FALSE(QFileInfo::exists(quarantine));
+}
+
+// A patient file lying in the quarantine folder itself would be copied into that folder and
+// then deleted with it; a missing patient is no cause to delete anything.
+TEST_F(Quarantine, leaves_a_patient_whose_folder_would_hold_its_own_copy_or_is_missing) {
+    const QString folder = make_patient(data, "Smith", "x");
+    QDir().mkpath(quarantine);
+    ASSERT_TRUE(QFile::copy(folder + "/Smith.zel", quarantine + "/Smith.zel"));
+    ASSERT_TRUE(QFile::copy(folder + "/Smith.sfv", quarantine + "/Smith.sfv"));
+    const auto before = tree(data);
+
+    quarantine_patient(quarantine + "/Smith.zel", quarantine_name);
+    quarantine_patient(data + QStringLiteral("/Jones_John_1/Jones.zel"), quarantine_name);
+    QString inside = folder + QStringLiteral("/curves");
+    EXPECT_FALSE(copy_folder(folder, inside));
+    QString destination = quarantine;
+    EXPECT_FALSE(copy_folder(data + QStringLiteral("/Jones_John_1"), destination));
+    EXPECT_EQ(destination, quarantine);
+
+    EXPECT_EQ(tree(data), before);
+}
+
+TEST_F(Quarantine, copy_tells_where_the_copy_went) {
+    const QString source = make_patient(data, "Smith", "x");
+    const QString target = dir.path() + QStringLiteral("/target");
+    QDir().mkpath(target + QStringLiteral("/Smith_John_1"));
+    for (int i = 2; i <= 99; ++i) QDir().mkpath(target + QStringLiteral("/Smith_John_1( %1)").arg(i));
+
+    const std::pair<QString, const char*> cases[] = {  // the source, where the copy goes
+        {source, "/Smith_John_1( 100)"},
+        {source + QLatin1Char('/'), "/Smith_John_1( 0)"},  // every number taken
+        {make_patient(data, "Jones", "y"), ""},             // no copy of the name yet
+    };
+    for (const auto& [from, destination_after] : cases) {
+        QString destination = target;
+        ASSERT_TRUE(copy_folder(from, destination)) << destination_after;
+        EXPECT_EQ(destination, target + destination_after);
+    }
+    EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), tree(source));
+    EXPECT_EQ(tree(target + "/Jones_John_1").size(), 4u);
+    EXPECT_EQ(tree(source).size(), 4u);
+
+    // With "( 0)" taken too, making it fails: the earlier patient's files were once
+    // overwritten by the next copy.
+    write(target + "/Smith_John_1( 0)/session.ini", "earlier");
+    const auto earlier = tree(target + "/Smith_John_1( 0)");
+    QString destination = target;
+    EXPECT_THROW(copy_folder(source, destination), ZelError);
+    EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), earlier);
+    EXPECT_EQ(tree(source).size(), 4u);
+}
+
+// Only an unprivileged run sees the closed folders hold anything back; root removes them anyway.
+TEST_F(Quarantine, delete_takes_read_only_files_and_folders) {
+    const QString folder = make_patient(data, "Smith", "x");
+    for (const QString& closed : {folder + QStringLiteral("/curves"), folder})
+        QFile::setPermissions(closed, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    delete_folder(folder + QLatin1Char('/'));
+    EXPECT_FALSE(QFileInfo::exists(folder));
+    delete_folder(folder);
+    EXPECT_TRUE(QFileInfo::exists(data));
 }
 
 }  // namespace
