@@ -201,20 +201,6 @@ class PatientFile : public ::testing::Test {
     QTemporaryDir dir;
 };
 
-// The dot system's lines are seen byte for byte in the written file below.
-TEST(PatientFileLines, hold_the_values_in_the_comma_system_form) {
-    // The threshold rounds to two places; a minus takes the sign's place.
-    const PatientParameters p{"M\u00fcller", "A:B", "12345", 1.234f, -15.5, 2.5, false, 1.5f,
-                              1234.5, true};
-    EXPECT_EQ(lines_of(p, "comma", ','),
-              QStringList({"ZEL Patient Parameter File", "3.00.01",
-                           QStringLiteral("Patient Last Name:M\u00fcller"),
-                           "Patient First Name:A:B", "Patient Medical ID:12345", "Date:11/22/2024",
-                           "Threshold:1,23", "Breath Hold Duration:-15,5 ", "Y-Scale Range: 2,5 ",
-                           "Trigger on Inhale:False", "X-Axis Scale: 1,5 ",
-                           "X-Axis length: 1234,5 ", "Gated:True", "Number Format:comma"}));
-}
-
 // Only the last name names the file; every ".zel" of the path, exactly so, names the companion.
 TEST(PatientFilePaths, name_the_folder_by_the_patient_and_the_file_by_the_last_name) {
     EXPECT_EQ(patient_file_path("/data", "Smith", "John", "12345"),
@@ -223,29 +209,32 @@ TEST(PatientFilePaths, name_the_folder_by_the_patient_and_the_file_by_the_last_n
     EXPECT_EQ(companion_path("/data/Smith.ZEL"), "/data/Smith.ZEL");
 }
 
-// The second row is written over the read-only file of the first.
+// The second row is written over the read-only file of the first. In the table "|" stands for
+// CR LF. The threshold rounds to two places; a minus takes the sign's place.
 TEST_F(PatientFile, is_written_whole_left_read_only_followed_by_its_companion_and_read_back) {
-    const QString path = patient_path();
-    ASSERT_TRUE(write_patient_files(path, lines_of(smith())));
-    EXPECT_EQ(contents(path),
-              "ZEL Patient Parameter File\r\n3.00.01\r\nPatient Last Name:Smith\r\n"
-              "Patient First Name:John\r\nPatient Medical ID:12345\r\nDate:11/22/2024\r\n"
-              "Threshold:1.20\r\nBreath Hold Duration: 12 \r\nY-Scale Range: 2.5 \r\n"
-              "Trigger on Inhale:True\r\nX-Axis Scale: 1 \r\nX-Axis length: 1000 \r\n"
-              "Gated:False\r\nNumber Format:dot\r\n");
-    const PatientParameters comma{"O'Neil:Jr", "A:B", "ID:007", 1.234f, 20, 3.25, false, 1.5f,
-                                  1234.5, true};
-    struct Case { const char* format; char separator; PatientParameters parameters; PatientHolding holding; };
+    const PatientParameters comma{"M\u00fcller:Jr", "A:B", "ID:007", 1.234f, -15.5, 3.25, false,
+                                  1.5f, 1234.5, true};
+    struct Case { const char* format; char separator; PatientParameters parameters; QByteArray file;
+                  PatientHolding holding; };
     const Case cases[] = {
-        {"dot", '.', smith(), {"Smith", "John", "12345", 1.2f, 12, 2.5f, "True", "False", 1, 1000}},
+        {"dot", '.', smith(),
+         "ZEL Patient Parameter File|3.00.01|Patient Last Name:Smith|Patient First Name:John|"
+         "Patient Medical ID:12345|Date:11/22/2024|Threshold:1.20|Breath Hold Duration: 12 |"
+         "Y-Scale Range: 2.5 |Trigger on Inhale:True|X-Axis Scale: 1 |X-Axis length: 1000 |"
+         "Gated:False|Number Format:dot|",
+         {"Smith", "John", "12345", 1.2f, 12, 2.5f, "True", "False", 1, 1000}},
         {"comma", ',', comma,
-         {"O'Neil:Jr", "A:B", "ID:007", 1.23f, 20, 3.25f, "False", "True", 1.5f, 1234.5}},
+         "ZEL Patient Parameter File|3.00.01|Patient Last Name:M\xFCller:Jr|Patient First Name:A:B|"
+         "Patient Medical ID:ID:007|Date:11/22/2024|Threshold:1,23|Breath Hold Duration:-15,5 |"
+         "Y-Scale Range: 3,25 |Trigger on Inhale:False|X-Axis Scale: 1,5 |X-Axis length: 1234,5 |"
+         "Gated:True|Number Format:comma|",
+         {"M\u00fcller:Jr", "A:B", "ID:007", 1.23f, -16, 3.25f, "False", "True", 1.5f, 1234.5}},
     };
+    const QString path = patient_path();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.format);
-        const QStringList lines = lines_of(c.parameters, c.format, c.separator);
-        ASSERT_TRUE(write_patient_files(path, lines));
-        EXPECT_EQ(contents(path), crlf(lines));
+        ASSERT_TRUE(write_patient_files(path, lines_of(c.parameters, c.format, c.separator)));
+        EXPECT_EQ(contents(path), QByteArray(c.file).replace('|', "\r\n"));
         EXPECT_TRUE(is_read_only(path));
         const QString sfv = companion_path(path);
         EXPECT_EQ(contents(sfv), crc_companion_line(CalculateCRC(path)));

@@ -108,6 +108,10 @@ TEST(CurveFile, record_pause_record_gives_one_file_one_header_a_gap_in_time_and_
         SCOPED_TRACE(separator);
         SessionRig rig;
         rig.fakes.locale.separator = QLatin1Char(separator);
+        rig.form.patient_defined = false;
+        rig.form.cmdRecord_Click();  // does nothing without a patient
+        EXPECT_TRUE(rig.form.cmdRecord.Enabled && !rig.form.bRecord);
+        rig.form.patient_defined = true;
         rig.frames(10);  // before the recording: counted in its time
         rig.form.cmdRecord_Click();
         EXPECT_FALSE(rig.form.cmdRecord.Enabled);
@@ -161,15 +165,6 @@ TEST(CurveFile, a_new_session_whose_file_exists_keeps_it_and_takes_a_dated_name)
     }
     EXPECT_EQ(rig.lines(dated + ".dat").count(QStringLiteral("HeaderEnd")), 1);
     EXPECT_EQ(rig.lines(old_path), QStringList({"an earlier run", ""}));
-}
-
-TEST(CurveFile, the_buttons_do_nothing_without_a_patient) {
-    SessionRig rig;
-    rig.form.patient_defined = false;
-    rig.form.cmdRecord_Click();
-    EXPECT_FALSE(rig.form.bRecord);
-    EXPECT_TRUE(rig.form.cmdRecord.Enabled);
-    EXPECT_TRUE(QDir(rig.folder()).entryList(QDir::Files).isEmpty());
 }
 
 TEST(CurveFileReader, each_kind_of_bad_file_fails_with_its_number) {
@@ -280,11 +275,10 @@ TEST(SessionHistory, a_failed_save_keeps_the_file_and_is_reported) {
     const std::pair<const char*, std::function<void(SessionRig&)>> cases[] = {
         // The last key can't be written: a line break would not read back.
         {"a value that would not read back",
-         [](SessionRig& rig) { rig.form.gating_start_mode = QStringLiteral("Auto\nmated"); }},
+         [](SessionRig& rig) { rig.form.gating_start_mode = "Auto\nmated"; }},
         // Found by fuzzing: at a count of 32767 the save wrote 32768, which no read takes, and
         // the whole history seemed gone.
-        {"beyond the largest count",
-         [](SessionRig& rig) {
+        {"beyond the largest count", [](SessionRig& rig) {
              ASSERT_TRUE(write_profile_string(rig.path(), "HEADER", "TOTAL_SESSIONS", " 32767"));
          }},
         {"no folder", [](SessionRig& rig) { rig.form.patient_last_name = "Nobody"; }},
