@@ -21,12 +21,17 @@
 #include "data/binary_file_stream.h"
 #include "data/crc32.h"
 #include "data/crc_companion.h"
+#include "data/files.h"
 #include "data/patient_file.h"
 #include "data/quarantine.h"
 #include "fakes/qt_printers.h"
 
 namespace zel {
 namespace {
+
+using test::contents;
+using test::crlf;
+using test::write;
 
 const QString stamp = QStringLiteral("ZEL Patient Parameter File");
 const QString version = QStringLiteral("3.00.01");
@@ -36,21 +41,10 @@ PatientParameters smith() {
     return {"Smith", "John", "12345", 1.2f, 12, 2.5, true, 1, 1000, false};
 }
 
-QByteArray crlf(const QStringList& lines) {
+QByteArray crlf_lines(const QStringList& lines) {
     QByteArray bytes;
     for (const QString& line : lines) bytes += line.toLatin1() + "\r\n";
     return bytes;
-}
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<absent>");
-}
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
-    file.write(bytes);
 }
 
 // By the file's mode: a test run as root may write anything, so the "User" flags don't tell.
@@ -96,8 +90,7 @@ QStringList entries(const QString& folder) {
 class CrcFiles : public ::testing::Test {
   protected:
     QString made(const QString& name, const QByteArray& bytes) {
-        write(dir.filePath(name), bytes);
-        return dir.filePath(name);
+        return write(dir.filePath(name), bytes);
     }
     QTemporaryDir dir;
 };
@@ -234,7 +227,7 @@ TEST_F(PatientFile, is_written_whole_left_read_only_followed_by_its_companion_an
     for (const auto& c : cases) {
         SCOPED_TRACE(c.format);
         ASSERT_TRUE(write_patient_files(path, lines_of(c.parameters, c.format, c.separator)));
-        EXPECT_EQ(contents(path), QByteArray(c.file).replace('|', "\r\n"));
+        EXPECT_EQ(contents(path), crlf(c.file));
         EXPECT_TRUE(is_read_only(path));
         const QString sfv = companion_path(path);
         EXPECT_EQ(contents(sfv), crc_companion_line(CalculateCRC(path)));
@@ -276,7 +269,7 @@ TEST_F(PatientFile, converts_hand_made_values_by_the_system_rules) {
         lines[7] = QStringLiteral("Breath Hold Duration:") + c.duration;
         lines[9] = QStringLiteral("Trigger on Inhale:") + c.trigger;
         lines[12] = QStringLiteral("Gated:") + c.gated;
-        const PatientFileReading reading = read(hand_made(crlf(lines)));
+        const PatientFileReading reading = read(hand_made(crlf_lines(lines)));
         ASSERT_EQ(reading.verdict, PatientFileVerdict::accepted);
         EXPECT_EQ(std::tuple(reading.holding.duration, reading.holding.trigger, reading.holding.gating),
                   std::tuple(c.to_duration, QString(c.to_trigger), QString(c.gated)));
@@ -293,7 +286,7 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
     const auto no_companion = [](const QString& path) {
         return QFile::remove(companion_path(path)), path;
     };
-    const QByteArray sound = crlf(lines_of(smith()));
+    const QByteArray sound = crlf_lines(lines_of(smith()));
     const auto with = [&](const char* from, const char* to) { return QByteArray(sound).replace(from, to); };
     struct Case { const char* name; QByteArray file; Spoil spoil; PatientFileVerdict verdict;
                   int error = 0; const char* found_number_format = ""; };

@@ -8,8 +8,13 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "data/files.h"
+
 namespace zel {
 namespace {
+
+using test::contents;
+using test::crlf;
 
 TEST(ProfileRead, finds_values_as_the_profile_functions_do) {
     const QByteArray file =
@@ -105,11 +110,11 @@ TEST(ProfileWrite, changes_only_the_lines_it_must) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.story);
-        QByteArray contents = QByteArray(c.before).replace('|', "\r\n");
+        QByteArray contents = crlf(c.before);
         const QString key = QString::fromLatin1(c.key), value = QString::fromLatin1(c.value);
         ASSERT_TRUE(edit_profile(contents, QString::fromLatin1(c.section), c.key ? &key : nullptr,
                                  c.value ? &value : nullptr));
-        EXPECT_EQ(contents, QByteArray(c.after).replace('|', "\r\n"));
+        EXPECT_EQ(contents, crlf(c.after));
     }
 }
 
@@ -125,11 +130,6 @@ TEST(ProfileWrite, refuses_what_would_not_read_back) {
         EXPECT_FALSE(edit_profile(contents, c.section, &c.key, &c.value)) << c.value.toStdString();
         EXPECT_EQ(contents, QByteArray("[ZEL]\r\nDataPath=/old\r\n"));
     }
-}
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<absent>");
 }
 
 TEST(ProfileFiles, a_missing_file_reads_the_default_a_write_creates_it_a_delete_empties_it) {

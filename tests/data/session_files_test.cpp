@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "data/curve_file_reader.h"
+#include "data/files.h"
 #include "data/locale_number.h"
 #include "data/profile_file.h"
 #include "data/session_history_file.h"
@@ -66,13 +67,6 @@ struct SessionRig : Rig {
     }
     void frames(int n, uint8_t flags = 0x06, uint8_t balloon = 1, int16_t units = 250) {
         for (int k = 0; k < n; ++k) fakes.serial.receive(data_frame(flags, balloon, units));
-    }
-    QString write(const QByteArray& text, QString p = {}) {
-        if (p.isEmpty()) p = app_data.path() + QStringLiteral("/bad.dat");
-        QFile file(p);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-        return p;
     }
     QString path() const { return folder() + QStringLiteral("/session.ini"); }
     QByteArray contents() const { return read_profile_file(path()); }
@@ -147,7 +141,7 @@ TEST(CurveFile, record_pause_record_gives_one_file_one_header_a_gap_in_time_and_
 TEST(CurveFile, a_new_session_whose_file_exists_keeps_it_and_takes_a_dated_name) {
     SessionRig rig;
     const QString old_path = rig.folder() + QStringLiteral("/Doe_3.dat");
-    rig.write("an earlier run\r\n", old_path);
+    write(old_path, "an earlier run\r\n");
     rig.fakes.clock.when = QDateTime(QDate(2026, 11, 22), QTime(9, 5, 7));
     const QString dated = rig.folder() + QStringLiteral("/Doe_3_11_22_2026 09_05_07");
     // Back from a pause, the dated file goes on. Two more sessions of that id stamped at the
@@ -194,7 +188,7 @@ TEST(CurveFileReader, each_kind_of_bad_file_fails_with_its_number) {
         curve.volume = {9.0};
         int error = 0;
         try {
-            LoadCurveData2(rig.write(c.text), curve, QLatin1Char('.'));
+            LoadCurveData2(write(rig.app_data.path() + "/bad.dat", c.text), curve, QLatin1Char('.'));
         } catch (const ZelError& e) {
             error = e.number;
             if (e.number == 515) {

@@ -11,6 +11,7 @@
 #include "data/system_settings_file.h"
 #include "data/text_reader.h"
 #include "fakes/qt_printers.h"
+#include "data/files.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
 
@@ -19,6 +20,9 @@ namespace {
 
 using test::FakePlatform;
 using test::Rig;
+using test::contents;
+using test::crlf;
+using test::write;
 
 const char* const missing_text =
     "ZEL System Initialization file is not found. Save default parameters through the "
@@ -29,22 +33,6 @@ const char* const incompatible_text =
 const char* const format_text =
     "ZEL default number format does not match current Windows regional settings. Loading "
     "default system parameters.";
-
-// Lines given apart by '|', each ended by CR LF.
-QByteArray crlf_lines(const char* lines) {
-    return QByteArray(lines).replace('|', "\r\n") + "\r\n";
-}
-
-void write_file(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-QByteArray read_file(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<absent>");
-}
 
 // inhale, duration, max x, max y, x scale factor, threshold, language.
 using Values = std::tuple<bool, double, double, double, float, float, QString>;
@@ -65,9 +53,9 @@ void set_odd_values(Form1& form) {
 }
 
 TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
-    const QByteArray whole = crlf_lines(
+    const QByteArray whole = crlf(
         "ZEL System Parameter File - DO NOT EDIT 3.00.01|inhale:False|duration:20|max x:1500|"
-        "max y:3.0|x scale factor:2|threshold:0.75|default language:Deutsch|number format:dot");
+        "max y:3.0|x scale factor:2|threshold:0.75|default language:Deutsch|number format:dot|");
     const auto with = [&](const char* from, const char* to) {
         return QByteArray(whole).replace(from, to);
     };
@@ -84,9 +72,9 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
         {"comma file on a dot system", with("format:dot", "format:comma"), format_text, defaults,
          "comma"},
         {"another order",
-         crlf_lines("ZEL System Parameter File - DO NOT EDIT 3.00.01|number format:dot|"
-                    "default language:Deutsch|threshold:0.75|x scale factor:2|max y:3.0|"
-                    "max x:1500|duration:20|inhale:False"),
+         crlf("ZEL System Parameter File - DO NOT EDIT 3.00.01|number format:dot|"
+              "default language:Deutsch|threshold:0.75|x scale factor:2|max y:3.0|"
+              "max x:1500|duration:20|inhale:False|"),
          nullptr, from_file, "dot"},
         {"inhale:maybe", with("inhale:False", "inhale:maybe"), nullptr, defaults, ""},
         {"surplus lines counted and skipped",
@@ -106,7 +94,7 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
         Rig rig;
         Form1& form = rig.form;
         form.detect_number_format();
-        if (c.file) write_file(form.AppDataPath + "/zel.ini", *c.file);
+        if (c.file) write(form.AppDataPath + "/zel.ini", *c.file);
         set_odd_values(form);
         bool link_suspended_during_box = false;
         rig.fakes.boxes.while_shown = [&] {
@@ -183,14 +171,14 @@ TEST(SaveIniFile, writes_nine_lines_in_the_system_form_and_reads_them_back) {
     struct Case { char separator; Values saved; QByteArray expected; Values loaded; };
     const Case cases[] = {
         {'.', {false, 17, 2000, 2, 2, 0.3f, francais},
-         crlf_lines("ZEL System Parameter File - DO NOT EDIT 3.00.01|inhale:False|duration:17|"
-                    "max x:2000|max y:2.0|x scale factor:2|threshold:0.30|"
-                    "default language:Fran\xE7" "ais|number format:dot"),
+         crlf("ZEL System Parameter File - DO NOT EDIT 3.00.01|inhale:False|duration:17|"
+              "max x:2000|max y:2.0|x scale factor:2|threshold:0.30|"
+              "default language:Fran\xE7" "ais|number format:dot|"),
          {false, 17, 2000, 2, 2, 0.3f, francais}},
         {',', {true, 12.5, 1500.25, 2.5, 3, 1.25f, "English"},
-         crlf_lines("ZEL System Parameter File - DO NOT EDIT 3.00.01|inhale:True|duration:12,5|"
-                    "max x:1500,25|max y:2,5|x scale factor:3|threshold:1,25|"
-                    "default language:English|number format:comma"),
+         crlf("ZEL System Parameter File - DO NOT EDIT 3.00.01|inhale:True|duration:12,5|"
+              "max x:1500,25|max y:2,5|x scale factor:3|threshold:1,25|"
+              "default language:English|number format:comma|"),
          {true, 12, 1500, 2, 3, 1, "English"}},
     };
     for (const auto& c : cases) {
@@ -201,7 +189,7 @@ TEST(SaveIniFile, writes_nine_lines_in_the_system_form_and_reads_them_back) {
         std::tie(form.inhale, form.duration, form.max_x, form.max_y, form.x_scale_factor,
                  form.thresh, form.language_file) = c.saved;
         form.save_ini_file();
-        EXPECT_EQ(read_file(form.AppDataPath + "/zel.ini"), c.expected);
+        EXPECT_EQ(contents(form.AppDataPath + "/zel.ini"), c.expected);
         set_odd_values(form);
         form.load_system_settings();
         EXPECT_EQ(values(form), c.loaded);
@@ -214,10 +202,10 @@ TEST(SaveIniFile, tells_when_the_file_cannot_be_written_and_keeps_the_old_one) {
     Form1& form = rig.form;
     form.detect_number_format();
     const QString path = form.AppDataPath + "/zel.ini";
-    write_file(path, "old");
+    write(path, "old");
     QFile::setPermissions(path, QFileDevice::ReadOwner);
     form.save_ini_file();
-    EXPECT_EQ(read_file(path), "old");
+    EXPECT_EQ(contents(path), "old");
     ASSERT_EQ(rig.fakes.boxes.shown, QStringList{message_text(142)});
     EXPECT_EQ(rig.fakes.boxes.styles.front(), vbExclamation);
     EXPECT_TRUE(form.Timer_module_connect->Enabled());
@@ -231,7 +219,7 @@ TEST(DataPath, is_stored_read_back_and_dropped_when_its_folder_is_gone) {
 
     QString chosen = data.path();
     ASSERT_TRUE(form.write_data_path(chosen));
-    EXPECT_EQ(read_file(form.AppDataPath + "/datapath.ini"),
+    EXPECT_EQ(contents(form.AppDataPath + "/datapath.ini"),
               "[ZEL]\r\nDataPath=" + chosen.toLatin1() + "\r\n");
     EXPECT_EQ(form.read_data_path(), chosen);
 
