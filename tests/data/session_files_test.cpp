@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <functional>
+#include <tuple>
 
 #include "data/curve_file_reader.h"
 #include "data/files.h"
@@ -161,51 +162,44 @@ TEST(CurveFile, a_new_session_whose_file_exists_keeps_it_and_takes_a_dated_name)
     EXPECT_EQ(rig.lines(old_path), QStringList({"an earlier run", ""}));
 }
 
+// A file that is no curve file (515) leaves the curve alone; one that fails later empties it.
 TEST(CurveFileReader, each_kind_of_bad_file_fails_with_its_number) {
     const QByteArray header =
-        "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nThreshold:1.20\r\nCount Frequency:  50 \r\n"
-        "HeaderEnd\r\n";
-    struct Case { const char* name; QByteArray text; int error; };
+        "CURVE_DATA_FILE_STAMP|HeaderStart|Threshold:1.20|Count Frequency:  50 |HeaderEnd|";
+    struct Case { const char* name; QByteArray text; int error; std::vector<double> volume; };
     const Case cases[] = {
-        {"another first line", "CURVE DATA\r\nHeaderStart\r\nHeaderEnd\r\n0.02;1;1;1\r\n", 515},
-        {"no HeaderStart", "CURVE_DATA_FILE_STAMP\r\nHeader\r\nT:1\r\nC:50\r\nHeaderEnd\r\n", 515},
-        {"no HeaderEnd", "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nT:1\r\nC:50\r\n0.02;1;1;1\r\n",
-         515},
-        {"an empty file", "", 515},
-        {"frame rate 0",
-         "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nT:1\r\nC: 0\r\nHeaderEnd\r\n0.02;1;1;1\r\n", 11},
-        {"three fields", header + "0.02;1;1;1\r\n0.04;1;1\r\n", 9},
-        {"volume not a number", header + "0.02;x;1;1\r\n", 13},
-        {"balloon above a byte", header + "0.02;1;256;1\r\n", 6},
-        {"switch below 0", header + "0.02;1;1;-1\r\n", 6},
-        {"no samples", header, 9},
-        {"lenient balloon and switch", header + "0.02;1;2x;junk\r\n0.04;1.5;4; - ; - ; - \n", 0},
+        {"another first line", "CURVE DATA|HeaderStart|HeaderEnd|0.02;1;1;1|", 515, {9}},
+        {"no HeaderStart", "CURVE_DATA_FILE_STAMP|Header|T:1|C:50|HeaderEnd|", 515, {9}},
+        {"no HeaderEnd", "CURVE_DATA_FILE_STAMP|HeaderStart|T:1|C:50|0.02;1;1;1|", 515, {9}},
+        {"an empty file", "", 515, {9}},
+        {"frame rate 0", "CURVE_DATA_FILE_STAMP|HeaderStart|T:1|C: 0|HeaderEnd|0.02;1;1;1|", 11,
+         {}},
+        {"three fields", header + "0.02;1;1;1|0.04;1;1|", 9, {}},
+        {"volume not a number", header + "0.02;x;1;1|", 13, {}},
+        {"balloon above a byte", header + "0.02;1;256;1|", 6, {}},
+        {"switch below 0", header + "0.02;1;1;-1|", 6, {}},
+        {"no samples", header, 9, {}},
+        {"lenient balloon and switch", header + "0.02;1;2x;junk|0.04;1.5;4; - ; - ; - \n", 0,
+         {1, 1.5}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         SessionRig rig;
         CurveData curve;
         curve.volume = {9.0};
-        int error = 0;
         try {
-            LoadCurveData2(write(rig.app_data.path() + "/bad.dat", c.text), curve, QLatin1Char('.'));
+            LoadCurveData2(write(rig.app_data.path() + "/bad.dat", crlf(c.text)), curve, '.');
+            EXPECT_EQ(c.error, 0);
+            EXPECT_EQ(std::tuple(curve.balloon, curve.patient_switch),
+                      std::tuple(std::vector<uint8_t>{2, 4}, std::vector<uint8_t>{0, 0}));
         } catch (const ZelError& e) {
-            error = e.number;
+            EXPECT_EQ(e.number, c.error);
             if (e.number == 515) {
                 EXPECT_EQ(e.description,
                           rig.app_data.path() + "/bad.dat is not in the expected ZEL format.");
             }
         }
-        EXPECT_EQ(error, c.error);
-        // A file that is no curve file leaves the curve alone; one that fails later empties it.
-        const std::vector<double> volume =
-            c.error == 515 ? std::vector<double>{9.0} : c.error ? std::vector<double>{}
-                                                                : std::vector<double>{1, 1.5};
-        EXPECT_EQ(curve.volume, volume);
-        if (c.error == 0) {
-            EXPECT_EQ(curve.balloon, (std::vector<uint8_t>{2, 4}));
-            EXPECT_EQ(curve.patient_switch, (std::vector<uint8_t>{0, 0}));
-        }
+        EXPECT_EQ(curve.volume, c.volume);
     }
     CurveData curve;
     curve.volume = {1.0};
@@ -246,22 +240,29 @@ TEST(SessionHistory, the_threshold_keeps_one_decimal_with_ties_to_the_even_digit
     }
 }
 
-TEST(SessionHistory, a_second_save_of_a_session_replaces_its_entry_and_ids_compare_exactly) {
+// A numeric id suggests the next number; any other the same again.
+TEST(SessionHistory, a_second_save_replaces_the_entry_ids_compare_exactly_and_the_next_follows) {
     SessionRig rig;
     EXPECT_FALSE(rig.form.checkIfSessionExists(QStringLiteral("1")));
+    EXPECT_EQ(rig.next(), "1");
     rig.save(QStringLiteral("7"));
     rig.form.breath_holds = 5;
     rig.save(QStringLiteral("7"));
     EXPECT_EQ(read_total_sessions(rig.path()), 1);
     EXPECT_EQ(read_profile_string(rig.path(), session_section(1), "Number_of_breath_holds", {}),
               "5");
+    EXPECT_EQ(rig.next(), "8");
     rig.save(QStringLiteral("Test"));
-    EXPECT_EQ(read_total_sessions(rig.path()), 2);
+    EXPECT_EQ(rig.next(), "Test");
+    rig.save(QStringLiteral("  41 "));
+    EXPECT_EQ(rig.next(), "42");
+    EXPECT_EQ(read_total_sessions(rig.path()), 3);
     EXPECT_EQ(read_session_id(rig.path(), 1), "7");
     EXPECT_EQ(read_session_id(rig.path(), 2), "Test");
     for (const auto& [id, exists] : {std::pair{"7", true}, std::pair{"Test", true},
                                      std::pair{"test", false}, std::pair{"8", false}})
         EXPECT_EQ(rig.form.checkIfSessionExists(QString::fromLatin1(id)), exists) << id;
+    EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
 }
 
 // A failed save leaves the history as it was and is reported.
@@ -289,17 +290,6 @@ TEST(SessionHistory, a_failed_save_keeps_the_file_and_is_reported) {
         EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(101)});
         EXPECT_EQ(rig.form.session_id_saved, saved);
         EXPECT_EQ(read_session_id(rig.path(), 1), "1");
-    }
-}
-
-TEST(SessionHistory, the_next_suggestion_follows_the_last_entry) {
-    const std::pair<const char*, const char*> cases[] = {
-        {nullptr, "1"}, {"7", "8"}, {"Test", "Test"}, {"  41 ", "42"}};
-    for (const auto& [last_id, next] : cases) {
-        SessionRig rig;
-        if (last_id) rig.save(QString::fromLatin1(last_id));
-        EXPECT_EQ(rig.next(), QString::fromLatin1(next)) << (last_id ? last_id : "none");
-        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
     }
 }
 
