@@ -41,11 +41,7 @@ PatientParameters smith() {
     return {"Smith", "John", "12345", 1.2f, 12, 2.5, true, 1, 1000, false};
 }
 
-QByteArray crlf_lines(const QStringList& lines) {
-    QByteArray bytes;
-    for (const QString& line : lines) bytes += line.toLatin1() + "\r\n";
-    return bytes;
-}
+QByteArray crlf_lines(const QStringList& lines) { return crlf((lines.join('|') + '|').toLatin1()); }
 
 // By the file's mode: a test run as root may write anything, so the "User" flags don't tell.
 bool is_read_only(const QString& path) {
@@ -87,13 +83,48 @@ QStringList entries(const QString& folder) {
     return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
 }
 
-class CrcFiles : public ::testing::Test {
+class PatientFiles : public ::testing::Test {
   protected:
     QString made(const QString& name, const QByteArray& bytes) {
         return write(dir.filePath(name), bytes);
     }
+    QString path_in(const QString& folder) {
+        QDir(dir.path()).mkpath(folder);
+        return dir.path() + QLatin1Char('/') + folder + QStringLiteral("/Smith.zel");
+    }
+    QString patient_path() { return path_in(QStringLiteral("Smith_John_12345")); }
+
+    // A file of any contents with a companion that matches it, as if written by the console.
+    QString hand_made(const QByteArray& bytes) {
+        const QString path = write(patient_path(), bytes);
+        EXPECT_TRUE(write_crc_companion(companion_path(path), CalculateCRC(path)));
+        return path;
+    }
+
+    PatientFileReading read(const QString& path, const char* number_format = "dot") {
+        return read_patient_file(path, stamp, version, QString::fromLatin1(number_format));
+    }
+
+    // A patient as the console leaves one: the read-only ".zel", its companion, a session
+    // file and a folder of curves. `mark` tells one patient of a name from another. Its folder.
+    QString make_patient(const QString& directory, const char* last, const char* mark) {
+        const PatientParameters p{last, "John", "1"};
+        const QString path = patient_file_path(directory, last, p.first_name, p.medical_id);
+        const QString folder = QFileInfo(path).path();
+        EXPECT_TRUE(QDir().mkpath(folder + QStringLiteral("/curves")));
+        EXPECT_TRUE(write_patient_files(path, patient_file_lines(stamp, mark, p, date, "dot", '.')));
+        write(folder + QStringLiteral("/session.ini"), mark);
+        write(folder + QStringLiteral("/curves/1.crv"), QByteArray("curve ") + mark);
+        return folder;
+    }
+
     QTemporaryDir dir;
+    const QString data = dir.path() + QStringLiteral("/data");
+    const QString quarantine = data + QLatin1Char('/') + quarantine_name;
 };
+using CrcFiles = PatientFiles;
+using PatientFile = PatientFiles;
+using Quarantine = PatientFiles;
 
 TEST_F(CrcFiles, agree_with_zlib_around_the_chunk_size) {
     for (const int size : {0, 1, 8191, 8192, 8193, 16384, 100000}) {
@@ -170,29 +201,6 @@ TEST_F(CrcFiles, companion_is_replaced_whole) {
     ASSERT_TRUE(write_crc_companion(path, static_cast<int32_t>(0x00D2E4F6u)));
     EXPECT_EQ(contents(path), "CRC:D2E4F6\r\n");
 }
-
-class PatientFile : public ::testing::Test {
-  protected:
-    QString path_in(const QString& folder) {
-        QDir(dir.path()).mkpath(folder);
-        return dir.path() + QLatin1Char('/') + folder + QStringLiteral("/Smith.zel");
-    }
-    QString patient_path() { return path_in(QStringLiteral("Smith_John_12345")); }
-
-    // A file of any contents with a companion that matches it, as if written by the console.
-    QString hand_made(const QByteArray& bytes) {
-        const QString path = patient_path();
-        write(path, bytes);
-        EXPECT_TRUE(write_crc_companion(companion_path(path), CalculateCRC(path)));
-        return path;
-    }
-
-    PatientFileReading read(const QString& path, const char* number_format = "dot") {
-        return read_patient_file(path, stamp, version, QString::fromLatin1(number_format));
-    }
-
-    QTemporaryDir dir;
-};
 
 // Only the last name names the file; every ".zel" of the path, exactly so, names the companion.
 TEST(PatientFilePaths, name_the_folder_by_the_patient_and_the_file_by_the_last_name) {
@@ -343,27 +351,6 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
         }
     }
 }
-
-class Quarantine : public ::testing::Test {
-  protected:
-    // A patient as the console leaves one: the read-only ".zel", its companion, a session
-    // file and a folder of curves. `mark` tells one patient of a name from another. Its folder.
-    QString make_patient(const QString& directory, const char* last, const char* mark) {
-        const PatientParameters p{last, "John", "1"};
-        const QString path = patient_file_path(directory, last, p.first_name, p.medical_id);
-        const QString folder = QFileInfo(path).path();
-        EXPECT_TRUE(QDir().mkpath(folder + QStringLiteral("/curves")));
-        EXPECT_TRUE(write_patient_files(path, patient_file_lines("ZEL Patient Parameter File", mark,
-                                                                 p, "11/22/2024", "dot", '.')));
-        write(folder + QStringLiteral("/session.ini"), mark);
-        write(folder + QStringLiteral("/curves/1.crv"), QByteArray("curve ") + mark);
-        return folder;
-    }
-
-    QTemporaryDir dir;
-    const QString data = dir.path() + QStringLiteral("/data");
-    const QString quarantine = data + QLatin1Char('/') + quarantine_name;
-};
 
 TEST_F(Quarantine, moves_the_patient_folder_whole_and_numbers_later_ones_of_a_name) {
     std::vector<std::map<QString, QByteArray>> moved;
