@@ -60,11 +60,15 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
         return QByteArray(whole).replace(from, to);
     };
     const Values from_file{false, 20, 1500, 3, 2, 0.75f, "Deutsch"};
-    // No file: no "zel.ini"; no message: no message box.
+    // No file: no "zel.ini"; no message: no message box; no folder: no application folder.
     struct Case { const char* name; std::optional<QByteArray> file; const char* message;
-                  Values expected; const char* found_number_format; };
+                  Values expected; const char* found_number_format; int style = vbOKOnly;
+                  bool folder = true; };
     const Case cases[] = {
         {"missing file", std::nullopt, missing_text, defaults, ""},
+        {"no application folder", std::nullopt,
+         "ZEL patient data directory not setup up correctly. Please exit and refer to the ZEL "
+         "User Manual before continuing.", defaults, "", vbExclamation, false},
         {"whole file", whole, nullptr, from_file, "dot"},
         {"other version", with("3.00.01", "3.00.00"), incompatible_text, defaults, ""},
         {"number format line removed", with("number format:dot\r\n", ""), incompatible_text,
@@ -95,6 +99,7 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
         Form1& form = rig.form;
         form.detect_number_format();
         if (c.file) write(form.AppDataPath + "/zel.ini", *c.file);
+        if (!c.folder) rig.app_data.remove();
         set_odd_values(form);
         bool link_suspended_during_box = false;
         rig.fakes.boxes.while_shown = [&] {
@@ -111,23 +116,10 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
         EXPECT_EQ(form.found_number_format, c.found_number_format);
         EXPECT_EQ(form.number_format, "dot");
         EXPECT_EQ(rig.fakes.boxes.shown, c.message ? QStringList{c.message} : QStringList{});
-        EXPECT_EQ(rig.fakes.boxes.styles, std::vector<int>(c.message ? 1 : 0, vbOKOnly));
+        EXPECT_EQ(rig.fakes.boxes.styles, std::vector<int>(c.message ? 1 : 0, c.style));
         EXPECT_EQ(link_suspended_during_box, c.message != nullptr);
         EXPECT_TRUE(!c.message || form.Timer_module_connect->Enabled()) << "search resumes";
     }
-}
-
-TEST(LoadSystemSettings, a_missing_application_folder_is_a_path_not_found) {
-    FakePlatform fakes;
-    QTemporaryDir parent;
-    Form1 form(fakes.platform, parent.filePath("not_made"));
-    form.detect_number_format();
-    form.load_system_settings();
-    ASSERT_EQ(fakes.boxes.shown, QStringList{"ZEL patient data directory not setup up correctly. "
-                                             "Please exit and refer to the ZEL User Manual "
-                                             "before continuing."});
-    EXPECT_EQ(fakes.boxes.styles.front(), vbExclamation);
-    EXPECT_EQ(values(form), defaults);
 }
 
 TEST(PointOnlyNumber, stops_at_the_first_character_that_is_not_part_of_it) {
@@ -211,29 +203,24 @@ TEST(SaveIniFile, tells_when_the_file_cannot_be_written_and_keeps_the_old_one) {
     EXPECT_TRUE(form.Timer_module_connect->Enabled());
 }
 
+// Only 255 characters come back, so a longer path reads as a path that isn't there.
 TEST(DataPath, is_stored_read_back_and_dropped_when_its_folder_is_gone) {
     Rig rig;
-    Form1& form = rig.form;
     QTemporaryDir data;
-    EXPECT_EQ(form.read_data_path(), "") << "first run";
-
-    QString chosen = data.path();
-    ASSERT_TRUE(form.write_data_path(chosen));
-    EXPECT_EQ(contents(form.AppDataPath + "/datapath.ini"),
-              "[ZEL]\r\nDataPath=" + chosen.toLatin1() + "\r\n");
-    EXPECT_EQ(form.read_data_path(), chosen);
-
-    // Only 255 characters come back, so a longer path reads as a path that isn't there.
-    QString deep = data.path() + QLatin1Char('/') + QString(150, QLatin1Char('a')) +
-                   QLatin1Char('/') + QString(150, QLatin1Char('b'));
+    EXPECT_EQ(rig.form.read_data_path(), "") << "first run";
+    const QString deep = data.path() + "/" + QString(150, 'a') + "/" + QString(150, 'b');
     ASSERT_TRUE(QDir().mkpath(deep));
-    for (QString path : {data.filePath("removed"), deep}) {
-        ASSERT_TRUE(form.write_data_path(path));
-        EXPECT_EQ(form.read_data_path(), "");
+    const std::pair<QString, QString> cases[] = {
+        {deep, ""}, {data.filePath("removed"), ""}, {data.path(), data.path()}};
+    for (auto [path, read_back] : cases) {
+        ASSERT_TRUE(rig.form.write_data_path(path));
+        EXPECT_EQ(rig.form.read_data_path(), read_back);
     }
-
+    EXPECT_EQ(contents(rig.form.AppDataPath + "/datapath.ini"),
+              "[ZEL]\r\nDataPath=" + data.path().toLatin1() + "\r\n");
     FakePlatform fakes;
     Form1 homeless(fakes.platform, data.filePath("no_app_folder"));
+    QString chosen = data.path();
     EXPECT_FALSE(homeless.write_data_path(chosen));
 }
 
