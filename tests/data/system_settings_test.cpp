@@ -226,25 +226,16 @@ TEST(DataPath, is_stored_read_back_and_dropped_when_its_folder_is_gone) {
 
 // One delimited field, then the lines behind it up to the end, where both reads fail with 62.
 TEST(TextReader, reads_one_delimited_field_then_lines_ended_by_cr_lf_cr_or_lf) {
-    struct Case {
-        QByteArray text;
-        const char* field;
-        QStringList lines_behind;
-    };
+    struct Case { QByteArray text; const char* field; QStringList lines_behind; };
     const Case cases[] = {
-        {"Deutsch\r\nrow", "Deutsch", {"row"}},
-        {"  \tDeutsch \r\nrow", "Deutsch ", {"row"}},
+        {"Deutsch\r\nrow", "Deutsch", {"row"}}, {"  \tDeutsch \r\nrow", "Deutsch ", {"row"}},
         {"Deutsch,rest of line\r\nrow", "Deutsch", {"rest of line", "row"}},
         {"\"Deutsch, Schweiz\"\r\nrow", "Deutsch, Schweiz", {"row"}},
         {"  \"Deutsch\" dropped,rest\r\nrow", "Deutsch", {"rest", "row"}},
         {"\"two\r\nlines\"\r\nrow", "two\r\nlines", {"row"}},
-        {"\"unclosed\r\nrow", "unclosed\r\nrow", {}},
-        {"\r\nrow", "", {"row"}},
-        {",row", "", {"row"}},
-        {"Deutsch\nrow", "Deutsch", {"row"}},
-        {"Deutsch\rrow", "Deutsch", {"row"}},
-        {"Deutsch", "Deutsch", {}},
-        {"Fran\xE7" "ais\r\n\r\n", "Fran\xE7" "ais", {""}},
+        {"\"unclosed\r\nrow", "unclosed\r\nrow", {}}, {"\r\nrow", "", {"row"}}, {",row", "", {"row"}},
+        {"Deutsch\nrow", "Deutsch", {"row"}}, {"Deutsch\rrow", "Deutsch", {"row"}},
+        {"Deutsch", "Deutsch", {}}, {"Fran\xE7" "ais\r\n\r\n", "Fran\xE7" "ais", {""}},
         {"one\r\ntwo\rthree\nfour\r\n\r\nsix", "one", {"two", "three", "four", "", "six"}},
     };
     for (const auto& c : cases) {
@@ -259,8 +250,7 @@ TEST(TextReader, reads_one_delimited_field_then_lines_ended_by_cr_lf_cr_or_lf) {
         EXPECT_EQ(behind, c.lines_behind);
         for (int attempt = 0; attempt < 2; ++attempt) {
             try {
-                attempt == 0 ? reader.line_input() : reader.input_field();
-                ADD_FAILURE() << attempt;
+                ADD_FAILURE() << (attempt == 0 ? reader.line_input() : reader.input_field()).toStdString();
             } catch (const ZelError& e) {
                 EXPECT_EQ(e.number, err_input_past_end);
             }
