@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QString>
 
+#include "app/zel_error.h"
+
 namespace zel::test {
 
 inline QByteArray crlf(QByteArray text) { return text.replace('|', "\r\n"); }
@@ -20,6 +22,17 @@ inline QString write(const QString& path, const QByteArray& bytes) {
 inline QByteArray contents(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<absent>");
+}
+
+// The number a call fails with, 0 when it returns.
+template <typename Call>
+int error_of(Call&& call) {
+    try {
+        call();
+    } catch (const ZelError& e) {
+        return e.number;
+    }
+    return 0;
 }
 
 }  // namespace zel::test

@@ -31,6 +31,7 @@ namespace {
 
 using test::contents;
 using test::crlf;
+using test::error_of;
 using test::write;
 
 const QString stamp = QStringLiteral("ZEL Patient Parameter File");
@@ -285,70 +286,60 @@ TEST_F(PatientFile, converts_hand_made_values_by_the_system_rules) {
 }
 
 // The tests of a load in their order: the CRC, the stamp, the version, the number format, then
-// each line read and converted.
+// each line read and converted. A load that fails with a number leaves no verdict (corrupt).
 TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
     using Spoil = std::function<QString(const QString&)>;  // the file made -> the file read
     const auto companion = [](const QByteArray& text) {
         return [text](const QString& path) { return write(companion_path(path), text), path; };
     };
-    const auto no_companion = [](const QString& path) {
-        return QFile::remove(companion_path(path)), path;
-    };
+    const auto no_companion = [](const QString& path) { return QFile::remove(companion_path(path)), path; };
     const QByteArray sound = crlf_lines(lines_of(smith()));
     const auto with = [&](const char* from, const char* to) { return QByteArray(sound).replace(from, to); };
-    struct Case { const char* name; QByteArray file; Spoil spoil; PatientFileVerdict verdict;
-                  int error = 0; const char* found_number_format = ""; };
+    struct Case { const char* name; QByteArray file; PatientFileVerdict verdict; int error = 0;
+                  const char* found_number_format = ""; Spoil spoil = {}; };
     using enum PatientFileVerdict;
     const Case cases[] = {
-        {"sound", sound, {}, accepted, 0, "dot"},
-        {"companion deleted", sound, no_companion, corrupt},
-        {"edited after writing", sound,
-         [&](const QString& path) { return write(path, with("1.20", "0.20")), path; }, corrupt},
-        {"companion in lower case", sound, [&](const QString& path) {
+        {"sound", sound, accepted, 0, "dot"},
+        {"companion deleted", sound, corrupt, 0, "", no_companion},
+        {"edited after writing", sound, corrupt, 0, "",
+         [&](const QString& path) { return write(path, with("1.20", "0.20")), path; }},
+        {"companion in lower case", sound, corrupt, 0, "", [&](const QString& path) {
              return companion("CRC:" + crc_hex(CalculateCRC(path)).toLower().toLatin1() + "\r\n")(path);
-         }, corrupt},
+         }},
         // An unrelated file ends at the CRC, before any of its lines is read.
-        {"unrelated file without companion", "just some notes\r\n", no_companion, corrupt},
-        {"unrelated file of one line", "notes", {}, not_a_patient_file},
-        {"another stamp", with("Patient Parameter", "System Parameter"), {}, not_a_patient_file},
-        {"older version", with("3.00.01", "2.01.07"), {}, wrong_version},
-        {"newer version", with("3.00.01", "3.00.02"), {}, wrong_version},
-        {"version with a blank", with("3.00.01", "3.00.01 "), {}, wrong_version},
-        {"comma file on a dot system", with("Format:dot", "Format:comma"), {},
-         number_format_differs, 0, "comma"},
-        {"folder named .zel", sound, [this](const QString& path) {
+        {"unrelated file without companion", "just some notes\r\n", corrupt, 0, "", no_companion},
+        {"unrelated file of one line", "notes", not_a_patient_file},
+        {"another stamp", with("Patient Parameter", "System Parameter"), not_a_patient_file},
+        {"older version", with("3.00.01", "2.01.07"), wrong_version},
+        {"newer version", with("3.00.01", "3.00.02"), wrong_version},
+        {"version with a blank", with("3.00.01", "3.00.01 "), wrong_version},
+        {"comma file on a dot system", with("Format:dot", "Format:comma"), number_format_differs, 0,
+         "comma"},
+        {"folder named .zel", sound, corrupt, 0, "", [this](const QString& path) {
              // A companion beside it, where a path with the folder's name unchanged would look.
              const QString moved = path_in("old.zel");
              EXPECT_TRUE(QFile::rename(path, moved));
              EXPECT_TRUE(write_crc_companion(dir.path() + "/old.zel/Smith.sfv", CalculateCRC(moved)));
              return moved;
-         }, corrupt},
-        {"thirteen lines", with("Number Format:dot\r\n", ""), {}, accepted, err_input_past_end},
+         }},
+        {"thirteen lines", with("Number Format:dot\r\n", ""), corrupt, err_input_past_end},
         // The lines are all read before the number format is looked at.
         {"thirteen lines, other format",
-         with("Gated:False\r\nNumber Format:dot", "Number Format:comma"), {}, accepted,
-         err_input_past_end},
-        {"text for a number", with("Threshold:1.20", "Threshold:high"), {}, accepted,
-         err_type_mismatch},
-        {"not a boolean", with("Inhale:True", "Inhale:Yes"), {}, accepted, err_type_mismatch},
-        {"duration beyond 16 bits", with("Duration: 12 ", "Duration: 40000 "), {}, accepted,
-         err_overflow},
-        {"empty companion", sound, companion(""), accepted, err_input_past_end},
-        {"chosen file missing", sound,
-         [](const QString& path) { return QFileInfo(path).path() + "/Jones.zel"; }, accepted,
-         err_file_not_found},
+         with("Gated:False\r\nNumber Format:dot", "Number Format:comma"), corrupt, err_input_past_end},
+        {"text for a number", with("Threshold:1.20", "Threshold:high"), corrupt, err_type_mismatch},
+        {"not a boolean", with("Inhale:True", "Inhale:Yes"), corrupt, err_type_mismatch},
+        {"duration beyond 16 bits", with("Duration: 12 ", "Duration: 40000 "), corrupt, err_overflow},
+        {"empty companion", sound, corrupt, err_input_past_end, "", companion("")},
+        {"chosen file missing", sound, corrupt, err_file_not_found, "",
+         [](const QString& path) { return QFileInfo(path).path() + "/Jones.zel"; }},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const QString made = hand_made(c.file), path = c.spoil ? c.spoil(made) : made;
-        try {
-            const PatientFileReading reading = read(path);
-            EXPECT_EQ(c.error, 0);
-            EXPECT_EQ(std::tuple(reading.verdict, reading.found_number_format),
-                      std::tuple(c.verdict, QString(c.found_number_format)));
-        } catch (const ZelError& e) {
-            EXPECT_EQ(e.number, c.error);
-        }
+        PatientFileReading reading;
+        EXPECT_EQ(error_of([&] { reading = read(path); }), c.error);
+        EXPECT_EQ(std::tuple(reading.verdict, reading.found_number_format),
+                  std::tuple(c.verdict, QString(c.found_number_format)));
     }
 }
 
