@@ -203,14 +203,6 @@ TEST_F(CrcFiles, companion_is_replaced_whole) {
     EXPECT_EQ(contents(path), "CRC:D2E4F6\r\n");
 }
 
-// Only the last name names the file; every ".zel" of the path, exactly so, names the companion.
-TEST(PatientFilePaths, name_the_folder_by_the_patient_and_the_file_by_the_last_name) {
-    EXPECT_EQ(patient_file_path("/data", "Smith", "John", "12345"),
-              "/data/Smith_John_12345/Smith.zel");
-    EXPECT_EQ(companion_path("/data/old.zel/Smith.zel"), "/data/old.sfv/Smith.sfv");
-    EXPECT_EQ(companion_path("/data/Smith.ZEL"), "/data/Smith.ZEL");
-}
-
 // The second row is written over the read-only file of the first. In the table "|" stands for
 // CR LF. The threshold rounds to two places; a minus takes the sign's place.
 TEST_F(PatientFile, is_written_whole_left_read_only_followed_by_its_companion_and_read_back) {
@@ -343,7 +335,8 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
     }
 }
 
-TEST_F(Quarantine, moves_the_patient_folder_whole_and_numbers_later_ones_of_a_name) {
+// A file chosen elsewhere goes beside its own folder; a patient of the name in the data stays.
+TEST_F(Quarantine, moves_the_patient_folder_whole_beside_it_and_numbers_later_ones_of_a_name) {
     std::vector<std::map<QString, QByteArray>> moved;
     for (const char* mark : {"first", "second", "third"}) {
         const QString folder = make_patient(data, "Smith", mark);
@@ -352,21 +345,16 @@ TEST_F(Quarantine, moves_the_patient_folder_whole_and_numbers_later_ones_of_a_na
         quarantine_patient(folder + "/Smith.zel", quarantine_name);
         EXPECT_FALSE(QFileInfo::exists(folder)) << mark;
     }
-    EXPECT_EQ(entries(data), QStringList({quarantine_name}));
+    const QString elsewhere = dir.path() + QStringLiteral("/usb stick");
+    make_patient(data, "Smith", "stays");
+    quarantine_patient(make_patient(elsewhere, "Smith", "moves") + "/Smith.zel", quarantine_name);
+    EXPECT_EQ(entries(data), QStringList({quarantine_name, "Smith_John_1"}));
+    EXPECT_EQ(tree(data + "/Smith_John_1")["session.ini"], "stays");
+    EXPECT_EQ(entries(elsewhere), QStringList({quarantine_name}));
+    EXPECT_EQ(tree(elsewhere + "/" + quarantine_name + "/Smith_John_1")["session.ini"], "moves");
     const QStringList numbered{"Smith_John_1", "Smith_John_1( 2)", "Smith_John_1( 3)"};
     EXPECT_EQ(entries(quarantine), numbered);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(tree(quarantine + "/" + numbered[i]), moved[i]);
-}
-
-TEST_F(Quarantine, goes_beside_the_folder_of_a_file_chosen_elsewhere) {
-    const QString elsewhere = dir.path() + QStringLiteral("/usb stick");
-    make_patient(data, "Jones", "stays");
-    quarantine_patient(make_patient(elsewhere, "Jones", "moves") + "/Jones.zel", quarantine_name);
-
-    EXPECT_EQ(entries(elsewhere), QStringList({quarantine_name}));
-    EXPECT_EQ(tree(elsewhere + "/" + quarantine_name + "/Jones_John_1")["session.ini"], "moves");
-    EXPECT_EQ(tree(data + "/Jones_John_1")["session.ini"], "stays");
-    EXPECT_FALSE(QFileInfo::exists(quarantine));
 }
 
 // A patient file lying in the quarantine folder itself would be copied into that folder and
