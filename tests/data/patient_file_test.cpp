@@ -62,8 +62,8 @@ auto fields(const PatientHolding& h) {
 const int32_t crc_of_nine = static_cast<int32_t>(0xCBF43926u);  // of "123456789"
 
 int32_t zlib_crc(const QByteArray& bytes) {
-    return static_cast<int32_t>(static_cast<uint32_t>(
-        crc32(0L, reinterpret_cast<const Bytef*>(bytes.constData()), static_cast<uInt>(bytes.size()))));
+    const auto crc = crc32(0L, reinterpret_cast<const Bytef*>(bytes.constData()), bytes.size());
+    return static_cast<int32_t>(static_cast<uint32_t>(crc));
 }
 
 const QString quarantine_name = QStringLiteral("Quarantine - NOT FOR CLINICAL USE");
@@ -113,7 +113,8 @@ class PatientFiles : public ::testing::Test {
         const QString path = patient_file_path(directory, last, p.first_name, p.medical_id);
         const QString folder = QFileInfo(path).path();
         EXPECT_TRUE(QDir().mkpath(folder + QStringLiteral("/curves")));
-        EXPECT_TRUE(write_patient_files(path, patient_file_lines(stamp, mark, p, date, "dot", '.')));
+        EXPECT_TRUE(
+            write_patient_files(path, patient_file_lines(stamp, mark, p, date, "dot", '.')));
         write(folder + QStringLiteral("/session.ini"), mark);
         write(folder + QStringLiteral("/curves/1.crv"), QByteArray("curve ") + mark);
         return folder;
@@ -151,7 +152,8 @@ TEST(ByteArrayCrc, honours_the_lower_bound_and_the_16_bit_index) {
     EXPECT_EQ(crc.GetByteArrayCrc32(nine), crc_of_nine);
     EXPECT_EQ(crc.GetByteArrayCrc32(nine, -5), crc_of_nine);
     EXPECT_EQ(crc.GetByteArrayCrc32({}), 0);
-    EXPECT_EQ(crc.GetByteArrayCrc32(std::vector<uint8_t>(32767, 0x5A)), zlib_crc(QByteArray(32767, 0x5A)));
+    EXPECT_EQ(crc.GetByteArrayCrc32(std::vector<uint8_t>(32767, 0x5A)),
+              zlib_crc(QByteArray(32767, 0x5A)));
     EXPECT_THROW(crc.GetByteArrayCrc32(std::vector<uint8_t>(32768, 0x5A)), ZelError);
 }
 
@@ -165,14 +167,14 @@ TEST_F(CrcFiles, read_delivers_chunks_and_keeps_the_rest_of_the_buffer) {
         std::vector<uint8_t> buffer(8192, 0xEE);
         for (int32_t expected : deliveries) EXPECT_EQ(stream.Read(buffer, 8192), expected) << size;
         EXPECT_EQ(stream.file_number, 0) << "the read that finds nothing closes the file";
-        EXPECT_EQ(buffer[1], size == 0 ? 0xEE : 'a') << "the old contents stay behind the last byte";
+        EXPECT_EQ(buffer[1], size == 0 ? 0xEE : 'a') << "old contents stay behind";
     }
 }
 
 // ".Doe.zel" was once taken for a hidden file: its CRC failed and the patient could not load.
 // A file another program holds locked for writing is in use: permission denied, not a broken
 // file.
-TEST_F(CrcFiles, read_only_and_dot_named_files_read_a_locked_one_is_denied_a_missing_one_not_found) {
+TEST_F(CrcFiles, fail_as_denied_when_locked_and_not_found_when_missing_and_read_otherwise) {
     QDir(dir.path()).mkdir("folder");
     for (const char* name : {"locked", ".Doe.zel"})
         QFile::setPermissions(made(name, "123456789"), QFileDevice::ReadOwner);
@@ -257,7 +259,8 @@ TEST_F(PatientFile, write_fails_where_nothing_could_read_it_back) {
 }
 
 TEST_F(PatientFile, converts_hand_made_values_by_the_system_rules) {
-    struct Case { const char *duration, *trigger, *gated; int16_t to_duration; const char* to_trigger; };
+    struct Case { const char *duration, *trigger, *gated; int16_t to_duration;
+                  const char* to_trigger; };
     const Case cases[] = {
         {" 12.5 ", "True", "False", 12, "True"},  // ties go to the even neighbour
         {" 13.5 ", "true", "False", 14, "True"},
@@ -272,7 +275,8 @@ TEST_F(PatientFile, converts_hand_made_values_by_the_system_rules) {
         lines[12] = QStringLiteral("Gated:") + c.gated;
         const PatientFileReading reading = read(hand_made(crlf_lines(lines)));
         ASSERT_EQ(reading.verdict, PatientFileVerdict::accepted);
-        EXPECT_EQ(std::tuple(reading.holding.duration, reading.holding.trigger, reading.holding.gating),
+        const PatientHolding& h = reading.holding;
+        EXPECT_EQ(std::tuple(h.duration, h.trigger, h.gating),
                   std::tuple(c.to_duration, QString(c.to_trigger), QString(c.gated)));
     }
 }
@@ -284,9 +288,9 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
     const auto companion = [](const QByteArray& text) {
         return [text](const QString& path) { return write(companion_path(path), text), path; };
     };
-    const auto no_companion = [](const QString& path) { return QFile::remove(companion_path(path)), path; };
+    const auto no_companion = [](const QString& p) { return QFile::remove(companion_path(p)), p; };
     const QByteArray sound = crlf_lines(lines_of(smith()));
-    const auto with = [&](const char* from, const char* to) { return QByteArray(sound).replace(from, to); };
+    const auto with = [&](const char* a, const char* b) { return QByteArray(sound).replace(a, b); };
     struct Case { const char* name; QByteArray file; PatientFileVerdict verdict; int error = 0;
                   const char* found_number_format = ""; Spoil spoil = {}; };
     using enum PatientFileVerdict;
@@ -296,7 +300,8 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
         {"edited after writing", sound, corrupt, 0, "",
          [&](const QString& path) { return write(path, with("1.20", "0.20")), path; }},
         {"companion in lower case", sound, corrupt, 0, "", [&](const QString& path) {
-             return companion("CRC:" + crc_hex(CalculateCRC(path)).toLower().toLatin1() + "\r\n")(path);
+             const QByteArray hex = crc_hex(CalculateCRC(path)).toLower().toLatin1();
+             return companion("CRC:" + hex + "\r\n")(path);
          }},
         // An unrelated file ends at the CRC, before any of its lines is read.
         {"unrelated file without companion", "just some notes\r\n", corrupt, 0, "", no_companion},
@@ -311,16 +316,17 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
              // A companion beside it, where a path with the folder's name unchanged would look.
              const QString moved = path_in("old.zel");
              EXPECT_TRUE(QFile::rename(path, moved));
-             EXPECT_TRUE(write_crc_companion(dir.path() + "/old.zel/Smith.sfv", CalculateCRC(moved)));
+             EXPECT_TRUE(write_crc_companion(moved.chopped(3) + "sfv", CalculateCRC(moved)));
              return moved;
          }},
         {"thirteen lines", with("Number Format:dot\r\n", ""), corrupt, err_input_past_end},
         // The lines are all read before the number format is looked at.
         {"thirteen lines, other format",
-         with("Gated:False\r\nNumber Format:dot", "Number Format:comma"), corrupt, err_input_past_end},
+         with("False\r\nNumber Format:dot", "Number Format:comma"), corrupt, err_input_past_end},
         {"text for a number", with("Threshold:1.20", "Threshold:high"), corrupt, err_type_mismatch},
         {"not a boolean", with("Inhale:True", "Inhale:Yes"), corrupt, err_type_mismatch},
-        {"duration beyond 16 bits", with("Duration: 12 ", "Duration: 40000 "), corrupt, err_overflow},
+        {"duration beyond 16 bits", with("Duration: 12 ", "Duration: 40000 "), corrupt,
+         err_overflow},
         {"empty companion", sound, corrupt, err_input_past_end, "", companion("")},
         {"chosen file missing", sound, corrupt, err_file_not_found, "",
          [](const QString& path) { return QFileInfo(path).path() + "/Jones.zel"; }},
@@ -381,7 +387,8 @@ TEST_F(Quarantine, copy_tells_where_the_copy_went) {
     const QString source = make_patient(data, "Smith", "x");
     const QString target = dir.path() + QStringLiteral("/target");
     QDir().mkpath(target + QStringLiteral("/Smith_John_1"));
-    for (int i = 2; i <= 99; ++i) QDir().mkpath(target + QStringLiteral("/Smith_John_1( %1)").arg(i));
+    for (int i = 2; i <= 99; ++i)
+        QDir().mkpath(target + QStringLiteral("/Smith_John_1( %1)").arg(i));
 
     const std::pair<QString, const char*> cases[] = {  // the source, where the copy goes
         {source, "/Smith_John_1( 100)"},

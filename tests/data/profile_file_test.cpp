@@ -31,7 +31,8 @@ TEST(ProfileRead, finds_values_as_the_profile_functions_do) {
         {"ZEL", "Spaced Key", "padded value"}, {"ZEL", "Quoted", " 7 "}, {"ZEL", "Single", "x"},
         {"ZEL", "Half", "\"x"}, {"ZEL", "Empty", ""}, {"ZEL", "no equals sign", "-"},
         {"ZEL", "Twice", "first"}, {"ZEL", "stray", "-"}, {"ZEL", "Last", "-"},
-        {"ZEL", "Later", "-"}, {"other", "DataPath", "/elsewhere"}, {"other", "Last", "no line end"},
+        {"ZEL", "Later", "-"}, {"other", "DataPath", "/elsewhere"},
+        {"other", "Last", "no line end"},
         {"missing", "DataPath", "-"}, {"z\xE9l", "\xE9T\xE9", "Latin-1 names"},
         // Blanks and tabs inside the file's brackets are not part of the name.
         {"Tabbed", "k", "tab"}, {"\tTabbed", "k", "-"},
@@ -65,9 +66,10 @@ TEST(ProfileRead, finds_values_as_the_profile_functions_do) {
 TEST(ProfileWrite, changes_only_the_lines_it_must) {
     const QByteArray base = "; kept comment|[HEADER]|TOTAL_SESSIONS= 1||[Session1]\nID = 7   \n"
                             "Date=today||";
-    const auto b = [&](const char* from, const char* to) { return QByteArray(base).replace(from, to); };
+    const auto b = [&](const char* x, const char* y) { return QByteArray(base).replace(x, y); };
     // A null key deletes the section, a null value the key.
-    struct Case { const char* story; QByteArray before; const char *section, *key, *value; QByteArray after; };
+    struct Case { const char* story; QByteArray before; const char *section, *key, *value;
+                  QByteArray after; };
     const Case cases[] = {
         {"replace in place", base, "header", "total_sessions", " 2", b("= 1", "= 2")},
         {"replace keeps the line's own end", base, "Session1", "ID", " 8", b("= 7   ", "= 8")},
@@ -87,8 +89,8 @@ TEST(ProfileWrite, changes_only_the_lines_it_must) {
          "[ZEL]|k=v|DataPath=/d|"},
         {"an unfinished line replaced gains its CR LF", "[ZEL]|DataPath=/old", "ZEL", "DataPath",
          "/d", "[ZEL]|DataPath=/d|"},
-        {"a key replaced keeps its spelling", "[Sect]|Key=v|", "sect", "KEY", "new", "[Sect]|Key=new|"},
-        {"and its layout up to the equals sign", "[A]|  Key =  v  |", "A", "key", "w", "[A]|  Key =w|"},
+        {"a key keeps its spelling", "[Sect]|Key=v|", "sect", "KEY", "new", "[Sect]|Key=new|"},
+        {"and its layout up to the '='", "[A]|  Key =  v  |", "A", "key", "w", "[A]|  Key =w|"},
         {"new names lose their spaces", "", "  s  ", " k ", "v", "[s]|k=v|"},
         {"in a section that exists too", "[s]|", "s", "  k  ", " v", "[s]|k= v|"},
         {"a tab is part of a section's name", "[ZEL]|k=v|", "\tZEL", "k", "w",

@@ -34,8 +34,8 @@ TEST(LocaleNumber, reads_the_machines_form_and_refuses_the_rest) {
     };
     for (const auto& c : cases) {
         double value = 0;
-        EXPECT_EQ(error_of([&] { value = locale_number(c.text, QLatin1Char(c.separator), "test"); }),
-                  c.error) << c.text;
+        const auto read = [&] { value = locale_number(c.text, QLatin1Char(c.separator), "test"); };
+        EXPECT_EQ(error_of(read), c.error) << c.text;
         EXPECT_DOUBLE_EQ(value, c.value) << c.text;
     }
 }

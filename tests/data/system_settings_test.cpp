@@ -150,8 +150,8 @@ TEST(BooleanValue, takes_words_and_numbers_and_refuses_the_rest) {
     for (const auto& c : cases) {
         int got = -1;
         const int error = error_of([&] { got = boolean_value(c.text, QLatin1Char(c.separator)); });
-        EXPECT_EQ(std::pair(got, error), std::pair(c.expected, c.expected < 0 ? err_type_mismatch : 0))
-            << c.text;
+        EXPECT_EQ(std::pair(got, error),
+                  std::pair(c.expected, c.expected < 0 ? err_type_mismatch : 0)) << c.text;
     }
 }
 
@@ -231,7 +231,8 @@ TEST(TextReader, reads_one_delimited_field_then_lines_ended_by_cr_lf_cr_or_lf) {
         {"\"Deutsch, Schweiz\"\r\nrow", "Deutsch, Schweiz", {"row"}},
         {"  \"Deutsch\" dropped,rest\r\nrow", "Deutsch", {"rest", "row"}},
         {"\"two\r\nlines\"\r\nrow", "two\r\nlines", {"row"}},
-        {"\"unclosed\r\nrow", "unclosed\r\nrow", {}}, {"\r\nrow", "", {"row"}}, {",row", "", {"row"}},
+        {"\"unclosed\r\nrow", "unclosed\r\nrow", {}}, {"\r\nrow", "", {"row"}},
+        {",row", "", {"row"}},
         {"Deutsch\nrow", "Deutsch", {"row"}}, {"Deutsch\rrow", "Deutsch", {"row"}},
         {"Deutsch", "Deutsch", {}}, {"Fran\xE7" "ais\r\n\r\n", "Fran\xE7" "ais", {""}},
         {"one\r\ntwo\rthree\nfour\r\n\r\nsix", "one", {"two", "three", "four", "", "six"}},
