@@ -155,10 +155,12 @@ TEST(BooleanValue, takes_words_and_numbers_and_refuses_the_rest) {
     }
 }
 
-// A comma system writes its own separator but reads numbers only up to it.
+// A comma system writes its own separator but reads numbers only up to it. A file that can't
+// be written is told, and the old one kept.
 TEST(SaveIniFile, writes_nine_lines_in_the_system_form_and_reads_them_back) {
     const QString francais = QString::fromLatin1("Fran\xE7" "ais");
-    struct Case { char separator; Values saved; QByteArray expected; Values loaded; };
+    struct Case { char separator; Values saved; QByteArray expected; Values loaded;
+                  bool read_only = false; QStringList shown = {}; std::vector<int> styles = {}; };
     const Case cases[] = {
         {'.', {false, 17, 2000, 2, 2, 0.3f, francais},
          crlf("ZEL System Parameter File - DO NOT EDIT 3.00.01|inhale:False|duration:17|"
@@ -170,6 +172,8 @@ TEST(SaveIniFile, writes_nine_lines_in_the_system_form_and_reads_them_back) {
               "max x:1500,25|max y:2,5|x scale factor:3|threshold:1,25|"
               "default language:English|number format:comma|"),
          {true, 12, 1500, 2, 3, 1, "English"}},
+        {'.', defaults, "old", defaults, true, {message_text(142), incompatible_text},
+         {vbExclamation, vbOKOnly}},
     };
     for (const auto& c : cases) {
         Rig rig;
@@ -178,27 +182,17 @@ TEST(SaveIniFile, writes_nine_lines_in_the_system_form_and_reads_them_back) {
         form.detect_number_format();
         std::tie(form.inhale, form.duration, form.max_x, form.max_y, form.x_scale_factor,
                  form.thresh, form.language_file) = c.saved;
+        if (c.read_only)
+            QFile::setPermissions(write(form.AppDataPath + "/zel.ini", "old"), QFile::ReadOwner);
         form.save_ini_file();
+        EXPECT_EQ(form.Timer_module_connect->Enabled(), c.read_only) << "search resumed after a box";
         EXPECT_EQ(contents(form.AppDataPath + "/zel.ini"), c.expected);
         set_odd_values(form);
         form.load_system_settings();
         EXPECT_EQ(values(form), c.loaded);
-        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
+        EXPECT_EQ(rig.fakes.boxes.shown, c.shown);
+        EXPECT_EQ(rig.fakes.boxes.styles, c.styles);
     }
-}
-
-TEST(SaveIniFile, tells_when_the_file_cannot_be_written_and_keeps_the_old_one) {
-    Rig rig;
-    Form1& form = rig.form;
-    form.detect_number_format();
-    const QString path = form.AppDataPath + "/zel.ini";
-    write(path, "old");
-    QFile::setPermissions(path, QFileDevice::ReadOwner);
-    form.save_ini_file();
-    EXPECT_EQ(contents(path), "old");
-    ASSERT_EQ(rig.fakes.boxes.shown, QStringList{message_text(142)});
-    EXPECT_EQ(rig.fakes.boxes.styles.front(), vbExclamation);
-    EXPECT_TRUE(form.Timer_module_connect->Enabled());
 }
 
 // Only 255 characters come back, so a longer path reads as a path that isn't there.
