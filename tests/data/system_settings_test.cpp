@@ -185,7 +185,7 @@ TEST(SaveIniFile, writes_nine_lines_in_the_system_form_and_reads_them_back) {
         if (c.read_only)
             QFile::setPermissions(write(form.AppDataPath + "/zel.ini", "old"), QFile::ReadOwner);
         form.save_ini_file();
-        EXPECT_EQ(form.Timer_module_connect->Enabled(), c.read_only) << "search resumed after a box";
+        EXPECT_EQ(form.Timer_module_connect->Enabled(), c.read_only) << "search resumed";
         EXPECT_EQ(contents(form.AppDataPath + "/zel.ini"), c.expected);
         set_odd_values(form);
         form.load_system_settings();
