@@ -86,9 +86,7 @@ QStringList entries(const QString& folder) {
 
 class PatientFiles : public ::testing::Test {
   protected:
-    QString made(const QString& name, const QByteArray& bytes) {
-        return write(dir.filePath(name), bytes);
-    }
+    QString made(const QString& n, const QByteArray& b) { return write(dir.filePath(n), b); }
     QString path_in(const QString& folder) {
         QDir(dir.path()).mkpath(folder);
         return dir.path() + QLatin1Char('/') + folder + QStringLiteral("/Smith.zel");
@@ -259,10 +257,9 @@ TEST_F(PatientFile, converts_hand_made_values_by_the_system_rules) {
     struct Case { const char *duration, *trigger, *gated; int16_t to_duration;
                   const char* to_trigger; };
     const Case cases[] = {
-        {" 12.5 ", "True", "False", 12, "True"},  // ties go to the even neighbour
-        {" 13.5 ", "true", "False", 14, "True"},
-        {"12.4", "0", "yes", 12, "False"},  // the gating text is kept as it stands
-        {" -2.5 ", " -1 ", "", -2, "True"},
+        // Ties go to the even neighbour; the gating text is kept as it stands.
+        {" 12.5 ", "True", "False", 12, "True"}, {" 13.5 ", "true", "False", 14, "True"},
+        {"12.4", "0", "yes", 12, "False"},       {" -2.5 ", " -1 ", "", -2, "True"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.duration);
@@ -282,9 +279,6 @@ TEST_F(PatientFile, converts_hand_made_values_by_the_system_rules) {
 // each line read and converted. A load that fails with a number leaves no verdict (corrupt).
 TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
     using Spoil = std::function<QString(const QString&)>;  // the file made -> the file read
-    const auto companion = [](const QByteArray& text) {
-        return [text](const QString& path) { return write(companion_path(path), text), path; };
-    };
     const auto no_companion = [](const QString& p) { return QFile::remove(companion_path(p)), p; };
     const QByteArray sound = crlf_lines(lines_of(smith()));
     const auto with = [&](const char* a, const char* b) { return QByteArray(sound).replace(a, b); };
@@ -296,9 +290,9 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
         {"companion deleted", sound, corrupt, 0, "", no_companion},
         {"edited after writing", sound, corrupt, 0, "",
          [&](const QString& path) { return write(path, with("1.20", "0.20")), path; }},
-        {"companion in lower case", sound, corrupt, 0, "", [&](const QString& path) {
+        {"companion in lower case", sound, corrupt, 0, "", [](const QString& path) {
              const QByteArray hex = crc_hex(CalculateCRC(path)).toLower().toLatin1();
-             return companion("CRC:" + hex + "\r\n")(path);
+             return write(companion_path(path), "CRC:" + hex + "\r\n"), path;
          }},
         // An unrelated file ends at the CRC, before any of its lines is read.
         {"unrelated file without companion", "just some notes\r\n", corrupt, 0, "", no_companion},
@@ -324,7 +318,8 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
         {"not a boolean", with("Inhale:True", "Inhale:Yes"), corrupt, err_type_mismatch},
         {"duration beyond 16 bits", with("Duration: 12 ", "Duration: 40000 "), corrupt,
          err_overflow},
-        {"empty companion", sound, corrupt, err_input_past_end, "", companion("")},
+        {"empty companion", sound, corrupt, err_input_past_end, "",
+         [](const QString& p) { return write(companion_path(p), ""), p; }},
         {"chosen file missing", sound, corrupt, err_file_not_found, "",
          [](const QString& path) { return QFileInfo(path).path() + "/Jones.zel"; }},
     };
@@ -407,7 +402,6 @@ TEST_F(Quarantine, copy_tells_where_the_copy_went) {
     }
     EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), tree(source));
     EXPECT_EQ(tree(target + "/Jones_John_1").size(), 4u);
-    EXPECT_EQ(tree(source).size(), 4u);
 
     // With "( 0)" taken too, making it fails: the earlier patient's files were once
     // overwritten by the next copy.

@@ -25,15 +25,9 @@ using test::crlf;
 using test::error_of;
 using test::write;
 
-const char* const missing_text =
-    "ZEL System Initialization file is not found. Save default parameters through the "
-    "File->Save System Settings menu.";
 const char* const incompatible_text =
     "ZEL System Initialization File is not compatible with the current software version. "
     "Loading default system parameters.";
-const char* const format_text =
-    "ZEL default number format does not match current Windows regional settings. Loading "
-    "default system parameters.";
 
 // inhale, duration, max x, max y, x scale factor, threshold, language.
 using Values = std::tuple<bool, double, double, double, float, float, QString>;
@@ -66,7 +60,9 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
                   Values expected; const char* found_number_format; int style = vbOKOnly;
                   bool folder = true; };
     const Case cases[] = {
-        {"missing file", std::nullopt, missing_text, defaults, ""},
+        {"missing file", std::nullopt,
+         "ZEL System Initialization file is not found. Save default parameters through the "
+         "File->Save System Settings menu.", defaults, ""},
         {"no application folder", std::nullopt,
          "ZEL patient data directory not setup up correctly. Please exit and refer to the ZEL "
          "User Manual before continuing.", defaults, "", vbExclamation, false},
@@ -74,8 +70,9 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
         {"other version", with("3.00.01", "3.00.00"), incompatible_text, defaults, ""},
         {"number format line removed", with("number format:dot\r\n", ""), incompatible_text,
          defaults, ""},
-        {"comma file on a dot system", with("format:dot", "format:comma"), format_text, defaults,
-         "comma"},
+        {"comma file on a dot system", with("format:dot", "format:comma"),
+         "ZEL default number format does not match current Windows regional settings. Loading "
+         "default system parameters.", defaults, "comma"},
         {"another order",
          crlf("ZEL System Parameter File - DO NOT EDIT 3.00.01|number format:dot|"
               "default language:Deutsch|threshold:0.75|x scale factor:2|max y:3.0|"
