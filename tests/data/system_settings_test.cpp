@@ -8,10 +8,10 @@
 #include <tuple>
 
 #include "app/zel_error.h"
+#include "data/files.h"
 #include "data/system_settings_file.h"
 #include "data/text_reader.h"
 #include "fakes/qt_printers.h"
-#include "data/files.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
 
@@ -123,9 +123,9 @@ TEST(LoadSystemSettings, reads_the_file_or_tells_why_and_sets_the_defaults) {
 TEST(PointOnlyNumber, stops_at_the_first_character_that_is_not_part_of_it) {
     struct Case { const char* text; double value; };
     const Case cases[] = {
-        {"1,20", 1},  {"2,0", 2},   {"1.25", 1.25}, {"-0.5", -0.5}, {"+3", 3},
-        {".5", 0.5},  {"1.2.3", 1.2}, {"abc", 0},   {"", 0},        {"  7", 7},
-        {"12 volts", 12}, {"1e3", 1}, {"--1", 0},   {"-", 0},       {"1-2", 1},
+        {"1,20", 1}, {"2,0", 2},     {"1.25", 1.25}, {"-0.5", -0.5}, {"+3", 3},
+        {".5", 0.5}, {"1.2.3", 1.2}, {"abc", 0},     {"", 0},        {"  7", 7},
+        {"12 volts", 12}, {"1e3", 1}, {"--1", 0},    {"-", 0},       {"1-2", 1},
     };
     for (const auto& c : cases)
         EXPECT_DOUBLE_EQ(point_only_number(QString::fromLatin1(c.text)), c.value) << c.text;
@@ -223,8 +223,8 @@ TEST(TextReader, reads_one_delimited_field_then_lines_ended_by_cr_lf_cr_or_lf) {
         {"  \"Deutsch\" dropped,rest\r\nrow", "Deutsch", {"rest", "row"}},
         {"\"two\r\nlines\"\r\nrow", "two\r\nlines", {"row"}},
         {"\"unclosed\r\nrow", "unclosed\r\nrow", {}}, {"\r\nrow", "", {"row"}},
-        {",row", "", {"row"}},
-        {"Deutsch\nrow", "Deutsch", {"row"}}, {"Deutsch\rrow", "Deutsch", {"row"}},
+        {",row", "", {"row"}}, {"Deutsch\nrow", "Deutsch", {"row"}},
+        {"Deutsch\rrow", "Deutsch", {"row"}},
         {"Deutsch", "Deutsch", {}}, {"Fran\xE7" "ais\r\n\r\n", "Fran\xE7" "ais", {""}},
         {"one\r\ntwo\rthree\nfour\r\n\r\nsix", "one", {"two", "three", "four", "", "six"}},
     };
