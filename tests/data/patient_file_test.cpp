@@ -1,49 +1,48 @@
-#include "data/patient_file.h"
-
+// A patient's files: the parameter file and its CRC companion, their checksum, and the
+// quarantine of a patient that fails its load.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
+#include <zlib.h>
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <functional>
+#include <map>
+#include <random>
+#include <tuple>
+#include <vector>
 
 #include "app/zel_error.h"
+#include "data/binary_file_stream.h"
+#include "data/crc32.h"
 #include "data/crc_companion.h"
+#include "data/files.h"
+#include "data/patient_file.h"
+#include "data/quarantine.h"
 #include "fakes/qt_printers.h"
 
 namespace zel {
 namespace {
+
+using test::contents;
+using test::crlf;
+using test::error_of;
+using test::write;
 
 const QString stamp = QStringLiteral("ZEL Patient Parameter File");
 const QString version = QStringLiteral("3.00.01");
 const QString date = QStringLiteral("11/22/2024");
 
 PatientParameters smith() {
-    PatientParameters p;
-    p.last_name = QStringLiteral("Smith");
-    p.first_name = QStringLiteral("John");
-    p.medical_id = QStringLiteral("12345");
-    p.thresh = 1.2f;
-    p.duration = 12;
-    p.max_y = 2.5;
-    p.inhale = true;
-    p.x_scale_factor = 1;
-    p.max_x = 1000;
-    p.gated = false;
-    return p;
+    return {"Smith", "John", "12345", 1.2f, 12, 2.5, true, 1, 1000, false};
 }
 
-QByteArray crlf(const QStringList& lines) {
-    QByteArray bytes;
-    for (const QString& line : lines) bytes += line.toLatin1() + "\r\n";
-    return bytes;
-}
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<absent>");
-}
+QByteArray crlf_lines(const QStringList& lines) { return crlf((lines.join('|') + '|').toLatin1()); }
 
 // By the file's mode: a test run as root may write anything, so the "User" flags don't tell.
 bool is_read_only(const QString& path) {
@@ -51,23 +50,43 @@ bool is_read_only(const QString& path) {
              (QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther));
 }
 
-int error_number(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const ZelError& e) {
-        return e.number;
+QStringList lines_of(const PatientParameters& p, const char* format = "dot", char separator = '.') {
+    return patient_file_lines(stamp, version, p, date, format, QLatin1Char(separator));
+}
+
+auto fields(const PatientHolding& h) {
+    return std::tuple(h.last_name, h.first_name, h.medical_id, h.thresh, h.duration, h.max_y,
+                      h.trigger, h.gating, h.x_scale_factor, h.max_x);
+}
+
+const int32_t crc_of_nine = static_cast<int32_t>(0xCBF43926u);  // of "123456789"
+
+int32_t zlib_crc(const QByteArray& bytes) {
+    const auto crc = crc32(0L, reinterpret_cast<const Bytef*>(bytes.constData()), bytes.size());
+    return static_cast<int32_t>(static_cast<uint32_t>(crc));
+}
+
+const QString quarantine_name = QStringLiteral("Quarantine - NOT FOR CLINICAL USE");
+
+// Every file under `folder` by its relative path, with its bytes.
+std::map<QString, QByteArray> tree(const QString& folder) {
+    std::map<QString, QByteArray> files;
+    QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile file(it.next());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+        files[QDir(folder).relativeFilePath(file.fileName())] = file.readAll();
     }
-    return 0;
+    return files;
 }
 
-// The 14 lines of a sound patient file on a dot system, to be spoiled one line at a time.
-QStringList sound_lines() {
-    return patient_file_lines(stamp, version, smith(), date, QStringLiteral("dot"),
-                              QLatin1Char('.'));
+QStringList entries(const QString& folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
 }
 
-class PatientFile : public ::testing::Test {
+class PatientFiles : public ::testing::Test {
   protected:
+    QString made(const QString& n, const QByteArray& b) { return write(dir.filePath(n), b); }
     QString path_in(const QString& folder) {
         QDir(dir.path()).mkpath(folder);
         return dir.path() + QLatin1Char('/') + folder + QStringLiteral("/Smith.zel");
@@ -76,323 +95,322 @@ class PatientFile : public ::testing::Test {
 
     // A file of any contents with a companion that matches it, as if written by the console.
     QString hand_made(const QByteArray& bytes) {
-        const QString path = patient_path();
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        file.close();
+        const QString path = write(patient_path(), bytes);
         EXPECT_TRUE(write_crc_companion(companion_path(path), CalculateCRC(path)));
         return path;
     }
-    QString hand_made(const QStringList& lines) { return hand_made(crlf(lines)); }
 
     PatientFileReading read(const QString& path, const char* number_format = "dot") {
         return read_patient_file(path, stamp, version, QString::fromLatin1(number_format));
     }
 
+    // A patient as the console leaves one: the read-only ".zel", its companion, a session
+    // file and a folder of curves. `mark` tells one patient of a name from another. Its folder.
+    QString make_patient(const QString& directory, const char* last, const char* mark) {
+        const PatientParameters p{last, "John", "1"};
+        const QString path = patient_file_path(directory, last, p.first_name, p.medical_id);
+        const QString folder = QFileInfo(path).path();
+        EXPECT_TRUE(QDir().mkpath(folder + QStringLiteral("/curves")));
+        EXPECT_TRUE(
+            write_patient_files(path, patient_file_lines(stamp, mark, p, date, "dot", '.')));
+        write(folder + QStringLiteral("/session.ini"), mark);
+        write(folder + QStringLiteral("/curves/1.crv"), QByteArray("curve ") + mark);
+        return folder;
+    }
+
     QTemporaryDir dir;
+    const QString data = dir.path() + QStringLiteral("/data");
+    const QString quarantine = data + QLatin1Char('/') + quarantine_name;
 };
+using CrcFiles = PatientFiles;
+using PatientFile = PatientFiles;
+using Quarantine = PatientFiles;
 
-// The dot system's lines are seen byte for byte in the written file below.
-TEST(PatientFileLines, hold_the_values_in_the_comma_system_form) {
-    PatientParameters p = smith();
-    p.last_name = QStringLiteral("M\u00fcller");
-    p.first_name = QStringLiteral("A:B");
-    p.thresh = 0.35f;
-    p.duration = 15.5;
-    p.inhale = false;
-    p.x_scale_factor = 1.5f;
-    p.max_x = 1234.5;
-    p.gated = true;
-    EXPECT_EQ(patient_file_lines(stamp, version, p, date, "comma", QLatin1Char(',')),
-              QStringList({"ZEL Patient Parameter File", "3.00.01",
-                           QStringLiteral("Patient Last Name:M\u00fcller"),
-                           "Patient First Name:A:B", "Patient Medical ID:12345", "Date:11/22/2024",
-                           "Threshold:0,35", "Breath Hold Duration: 15,5 ", "Y-Scale Range: 2,5 ",
-                           "Trigger on Inhale:False", "X-Axis Scale: 1,5 ",
-                           "X-Axis length: 1234,5 ", "Gated:True", "Number Format:comma"}));
+// Files, and byte arrays up to their 16-bit index, agree with zlib around the chunk size.
+TEST_F(CrcFiles, agree_with_zlib_around_the_chunk_size) {
+    const cCRC32 crc;
+    for (const int size : {0, 1, 8191, 8192, 8193, 16384, 32767, 32768}) {
+        std::mt19937 generator(static_cast<unsigned>(size));
+        QByteArray bytes(size, Qt::Uninitialized);
+        for (char& b : bytes) b = static_cast<char>(generator() & 0xFF);
+        EXPECT_EQ(CalculateCRC(made(QString::number(size), bytes)), zlib_crc(bytes)) << size;
+        const std::vector<uint8_t> array(bytes.begin(), bytes.end());
+        if (size < 32768)
+            EXPECT_EQ(crc.GetByteArrayCrc32(array), zlib_crc(bytes)) << size;
+        else
+            EXPECT_THROW(crc.GetByteArrayCrc32(array), ZelError);
+    }
+    const std::vector<uint8_t> nine{'1', '2', '3', '4', '5', '6', '7', '8', '9'};
+    EXPECT_EQ(crc.GetByteArrayCrc32(nine, -5), crc_of_nine) << "a lower bound below 0";
 }
 
-TEST(PatientFileLines, round_the_threshold_to_two_places_and_put_a_minus_in_the_sign_place) {
-    PatientParameters p = smith();
-    p.thresh = 1.234f;
-    p.duration = -3;
-    const QStringList lines = patient_file_lines(stamp, version, p, date, "dot", QLatin1Char('.'));
-    EXPECT_EQ(lines[6], "Threshold:1.23");
-    EXPECT_EQ(lines[7], "Breath Hold Duration:-3 ");
+// Upper case without leading zeros, as the companion holds it.
+TEST(CrcHex, is_upper_case_without_leading_zeros) {
+    const std::pair<uint32_t, const char*> cases[] = {
+        {0xCBF43926u, "CBF43926"}, {0x00D2E4F6u, "D2E4F6"}, {0x80000000u, "80000000"},
+        {0xFFFFFFFFu, "FFFFFFFF"}, {0x0000000Au, "A"},      {0u, "0"}};
+    for (const auto& [word, text] : cases)
+        EXPECT_EQ(crc_hex(static_cast<int32_t>(word)), QString::fromLatin1(text));
 }
 
-TEST(PatientFilePaths, name_the_folder_by_the_patient_and_the_file_by_the_last_name) {
-    EXPECT_EQ(patient_folder("/data", "Smith", "John", "12345"), "/data/Smith_John_12345");
-    EXPECT_EQ(patient_file_path("/data", "Smith", "John", "12345"),
-              "/data/Smith_John_12345/Smith.zel");
-    struct Case {
-        const char* zel;
-        const char* sfv;
-    };
+TEST_F(CrcFiles, read_delivers_chunks_and_keeps_the_rest_of_the_buffer) {
+    const std::pair<int, std::vector<int32_t>> cases[] = {
+        {0, {0}}, {8191, {8191, 0}}, {8192, {8192, 0}}, {8193, {8192, 1, 0}}};
+    for (const auto& [size, deliveries] : cases) {
+        cBinaryFileStream stream;
+        stream.file(made(QString::number(size), QByteArray(size, 'a')));
+        EXPECT_EQ(stream.Length(), size);
+        std::vector<uint8_t> buffer(8192, 0xEE);
+        for (int32_t expected : deliveries) EXPECT_EQ(stream.Read(buffer, 8192), expected) << size;
+        EXPECT_EQ(stream.file_number, 0) << "the read that finds nothing closes the file";
+        EXPECT_EQ(buffer[1], size == 0 ? 0xEE : 'a') << "old contents stay behind";
+    }
+}
+
+// ".Doe.zel" was once taken for a hidden file: its CRC failed and the patient could not load.
+// A file another program holds locked for writing is in use: permission denied, not a broken
+// file.
+TEST_F(CrcFiles, fail_as_denied_when_locked_and_not_found_when_missing_and_read_otherwise) {
+    QDir(dir.path()).mkdir("folder");
+    for (const char* name : {"locked", ".Doe.zel"})
+        QFile::setPermissions(made(name, "123456789"), QFileDevice::ReadOwner);
+    const QString busy = made("busy.zel", "123456789");
+    const int writer = ::open(QFile::encodeName(busy).constData(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(writer, 0);
+    ASSERT_EQ(::flock(writer, LOCK_EX | LOCK_NB), 0);
+    const std::pair<const char*, int> cases[] = {
+        {"locked", 0}, {".Doe.zel", 0}, {"busy.zel", err_permission_denied},
+        {"absent", err_file_not_found}, {"folder", err_file_not_found},
+        {"nodir/absent", err_file_not_found}};
+    for (const auto& [name, error] : cases) {
+        try {
+            EXPECT_EQ(CalculateCRC(dir.filePath(name)), crc_of_nine) << name;
+            EXPECT_EQ(error, 0) << name;
+        } catch (const ZelError& e) {
+            EXPECT_EQ(e.number, error) << name;
+            EXPECT_TRUE(e.source.endsWith(".File")) << e.source.toStdString();
+        }
+    }
+    ::close(writer);
+    EXPECT_EQ(CalculateCRC(busy), crc_of_nine);
+}
+
+TEST_F(CrcFiles, companion_is_replaced_whole) {
+    const QString path = made("p.sfv", "CRC:OLD AND LONGER THAN THE NEW ONE\r\n");
+    ASSERT_TRUE(write_crc_companion(path, static_cast<int32_t>(0x00D2E4F6u)));
+    EXPECT_EQ(contents(path), "CRC:D2E4F6\r\n");
+}
+
+// The second row is written over the read-only file of the first. In the table "|" stands for
+// CR LF. The threshold rounds to two places; a minus takes the sign's place.
+TEST_F(PatientFile, is_written_whole_left_read_only_followed_by_its_companion_and_read_back) {
+    const PatientParameters comma{"M\u00fcller:Jr", "A:B", "ID:007", 1.234f, -15.5, 3.25, false,
+                                  1.5f, 1234.5, true};
+    struct Case { const char* format; char separator; PatientParameters parameters; QByteArray file;
+                  PatientHolding holding; };
     const Case cases[] = {
-        {"/data/Smith_John_1/Smith.zel", "/data/Smith_John_1/Smith.sfv"},
-        {"/data/Smith_John_1/Smith.ZEL", "/data/Smith_John_1/Smith.ZEL"},
-        {"/data/old.zel/Smith_John_1/Smith.zel", "/data/old.sfv/Smith_John_1/Smith.sfv"},
+        {"dot", '.', smith(),
+         "ZEL Patient Parameter File|3.00.01|Patient Last Name:Smith|Patient First Name:John|"
+         "Patient Medical ID:12345|Date:11/22/2024|Threshold:1.20|Breath Hold Duration: 12 |"
+         "Y-Scale Range: 2.5 |Trigger on Inhale:True|X-Axis Scale: 1 |X-Axis length: 1000 |"
+         "Gated:False|Number Format:dot|",
+         {"Smith", "John", "12345", 1.2f, 12, 2.5f, "True", "False", 1, 1000}},
+        {"comma", ',', comma,
+         "ZEL Patient Parameter File|3.00.01|Patient Last Name:M\xFCller:Jr|Patient First Name:A:B|"
+         "Patient Medical ID:ID:007|Date:11/22/2024|Threshold:1,23|Breath Hold Duration:-15,5 |"
+         "Y-Scale Range: 3,25 |Trigger on Inhale:False|X-Axis Scale: 1,5 |X-Axis length: 1234,5 |"
+         "Gated:True|Number Format:comma|",
+         {"M\u00fcller:Jr", "A:B", "ID:007", 1.23f, -16, 3.25f, "False", "True", 1.5f, 1234.5}},
     };
-    for (const auto& c : cases) EXPECT_EQ(companion_path(c.zel), c.sfv) << c.zel;
-}
-
-TEST_F(PatientFile, is_written_whole_with_crlf_left_read_only_and_followed_by_its_companion) {
     const QString path = patient_path();
-    ASSERT_TRUE(write_patient_files(path, sound_lines()));
-
-    EXPECT_EQ(contents(path),
-              "ZEL Patient Parameter File\r\n3.00.01\r\nPatient Last Name:Smith\r\n"
-              "Patient First Name:John\r\nPatient Medical ID:12345\r\nDate:11/22/2024\r\n"
-              "Threshold:1.20\r\nBreath Hold Duration: 12 \r\nY-Scale Range: 2.5 \r\n"
-              "Trigger on Inhale:True\r\nX-Axis Scale: 1 \r\nX-Axis length: 1000 \r\n"
-              "Gated:False\r\nNumber Format:dot\r\n");
-    EXPECT_TRUE(is_read_only(path));
-    const QString sfv = companion_path(path);
-    EXPECT_EQ(contents(sfv), crc_companion_line(CalculateCRC(path)));
-    EXPECT_FALSE(is_read_only(sfv));
-    EXPECT_EQ(QDir(QFileInfo(path).path()).entryList(QDir::Files | QDir::Hidden),
-              QStringList({"Smith.sfv", "Smith.zel"}));
-}
-
-TEST_F(PatientFile, rewrites_a_read_only_file_and_its_companion) {
-    const QString path = patient_path();
-    ASSERT_TRUE(write_patient_files(path, sound_lines()));
-    ASSERT_TRUE(is_read_only(path));
-
-    PatientParameters changed = smith();
-    changed.thresh = 0.8f;
-    const QStringList lines =
-        patient_file_lines(stamp, version, changed, date, QStringLiteral("dot"), QLatin1Char('.'));
-    ASSERT_TRUE(write_patient_files(path, lines));
-    EXPECT_EQ(contents(path), crlf(lines));
-    EXPECT_TRUE(is_read_only(path));
-    EXPECT_EQ(contents(companion_path(path)), crc_companion_line(CalculateCRC(path)));
-    EXPECT_EQ(read(path).holding.thresh, 0.8f);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.format);
+        ASSERT_TRUE(write_patient_files(path, lines_of(c.parameters, c.format, c.separator)));
+        EXPECT_EQ(contents(path), crlf(c.file));
+        EXPECT_TRUE(is_read_only(path));
+        EXPECT_EQ(contents(companion_path(path)), crc_companion_line(CalculateCRC(path)));
+        EXPECT_FALSE(is_read_only(companion_path(path)));
+        EXPECT_EQ(QDir(QFileInfo(path).path()).entryList(QDir::Files | QDir::Hidden),
+                  QStringList({"Smith.sfv", "Smith.zel"}));
+        const PatientFileReading reading = read(path, c.format);
+        ASSERT_EQ(reading.verdict, PatientFileVerdict::accepted);
+        EXPECT_EQ(reading.found_number_format, c.format);
+        EXPECT_EQ(fields(reading.holding), fields(c.holding));
+    }
 }
 
 TEST_F(PatientFile, write_fails_where_nothing_could_read_it_back) {
-    QStringList foreign = sound_lines();
+    QStringList foreign = lines_of(smith());
     foreign[2] = QStringLiteral("Patient Last Name:\u0141ukasz");
-    struct Case {
-        const char* name;
-        QString path;
-        QStringList lines;
-    };
-    const Case cases[] = {
-        {"missing folder", dir.path() + "/absent/Smith.zel", sound_lines()},
-        {"name beyond Latin-1", patient_path(), foreign},
+    const std::pair<QString, QStringList> cases[] = {
+        {dir.path() + "/absent/Smith.zel", lines_of(smith())},
+        {patient_path(), foreign},  // a name beyond Latin-1
         // The companion's path runs through a folder that doesn't exist.
-        {"folder named .zel", path_in("old.zel"), sound_lines()},
+        {path_in("old.zel"), lines_of(smith())},
     };
-    for (const auto& c : cases) EXPECT_FALSE(write_patient_files(c.path, c.lines)) << c.name;
+    for (const auto& [path, lines] : cases)
+        EXPECT_FALSE(write_patient_files(path, lines)) << path.toStdString();
     EXPECT_FALSE(QFileInfo::exists(patient_path()));
 }
 
-TEST_F(PatientFile, reads_back_what_was_written) {
-    PatientParameters comma = smith();
-    comma.last_name = QStringLiteral("O'Neil:Jr");
-    comma.first_name = QStringLiteral("A:B");
-    comma.medical_id = QStringLiteral("ID:007");
-    comma.thresh = 1.234f;
-    comma.duration = 20;
-    comma.max_y = 3.25;
-    comma.inhale = false;
-    comma.x_scale_factor = 1.5f;
-    comma.max_x = 1234.5;
-    comma.gated = true;
-
-    struct Case {
-        const char* number_format;
-        char separator;
-        PatientParameters parameters;
-        PatientHolding holding;
-    };
-    const Case cases[] = {
-        {"dot", '.', smith(), {"Smith", "John", "12345", 1.2f, 12, 2.5f, "True", "False", 1, 1000}},
-        {"comma",
-         ',',
-         comma,
-         {"O'Neil:Jr", "A:B", "ID:007", 1.23f, 20, 3.25f, "False", "True", 1.5f, 1234.5}},
-    };
-    for (const auto& c : cases) {
-        const QString path = patient_path();
-        ASSERT_TRUE(write_patient_files(
-            path,
-            patient_file_lines(stamp, version, c.parameters, date,
-                               QString::fromLatin1(c.number_format), QLatin1Char(c.separator))));
-        const PatientFileReading reading = read(path, c.number_format);
-        ASSERT_EQ(reading.verdict, PatientFileVerdict::accepted) << c.number_format;
-        const PatientHolding& h = reading.holding;
-        EXPECT_EQ(reading.found_number_format, c.number_format);
-        EXPECT_EQ(h.last_name, c.holding.last_name) << c.number_format;
-        EXPECT_EQ(h.first_name, c.holding.first_name) << c.number_format;
-        EXPECT_EQ(h.medical_id, c.holding.medical_id) << c.number_format;
-        EXPECT_EQ(h.thresh, c.holding.thresh) << c.number_format;
-        EXPECT_EQ(h.duration, c.holding.duration) << c.number_format;
-        EXPECT_EQ(h.max_y, c.holding.max_y) << c.number_format;
-        EXPECT_EQ(h.trigger, c.holding.trigger) << c.number_format;
-        EXPECT_EQ(h.gating, c.holding.gating) << c.number_format;
-        EXPECT_EQ(h.x_scale_factor, c.holding.x_scale_factor) << c.number_format;
-        EXPECT_EQ(h.max_x, c.holding.max_x) << c.number_format;
-    }
-}
-
 TEST_F(PatientFile, converts_hand_made_values_by_the_system_rules) {
-    struct Case {
-        const char* duration;
-        const char* trigger;
-        const char* gated;
-        int16_t expected_duration;
-        const char* expected_trigger;
-    };
+    struct Case { const char *duration, *trigger, *gated; int16_t to_duration;
+                  const char* to_trigger; };
     const Case cases[] = {
-        {" 12.5 ", "True", "False", 12, "True"},  // ties go to the even neighbour
-        {" 13.5 ", "true", "False", 14, "True"},
-        {"12.4", "0", "yes", 12, "False"},  // the gating text is kept as it stands
-        {" -2.5 ", " -1 ", "", -2, "True"},
+        // Ties go to the even neighbour; the gating text is kept as it stands.
+        {" 12.5 ", "True", "False", 12, "True"}, {" 13.5 ", "true", "False", 14, "True"},
+        {"12.4", "0", "yes", 12, "False"},       {" -2.5 ", " -1 ", "", -2, "True"},
     };
     for (const auto& c : cases) {
-        QStringList lines = sound_lines();
+        SCOPED_TRACE(c.duration);
+        QStringList lines = lines_of(smith());
         lines[7] = QStringLiteral("Breath Hold Duration:") + c.duration;
         lines[9] = QStringLiteral("Trigger on Inhale:") + c.trigger;
         lines[12] = QStringLiteral("Gated:") + c.gated;
-        const PatientFileReading reading = read(hand_made(lines));
-        ASSERT_EQ(reading.verdict, PatientFileVerdict::accepted) << c.duration;
-        EXPECT_EQ(reading.holding.duration, c.expected_duration) << c.duration;
-        EXPECT_EQ(reading.holding.trigger, c.expected_trigger) << c.trigger;
-        EXPECT_EQ(reading.holding.gating, c.gated) << c.gated;
+        const PatientFileReading reading = read(hand_made(crlf_lines(lines)));
+        ASSERT_EQ(reading.verdict, PatientFileVerdict::accepted);
+        const PatientHolding& h = reading.holding;
+        EXPECT_EQ(std::tuple(h.duration, h.trigger, h.gating),
+                  std::tuple(c.to_duration, QString(c.to_trigger), QString(c.gated)));
     }
 }
 
+// The tests of a load in their order: the CRC, the stamp, the version, the number format, then
+// each line read and converted. A load that fails with a number leaves no verdict (corrupt).
 TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
-    const auto spoiled = [](int index, const char* text) {
-        QStringList lines = sound_lines();
-        lines[index] = QString::fromLatin1(text);
-        return lines;
-    };
-    struct Case {
-        const char* name;
-        std::function<QString()> make;
-        PatientFileVerdict verdict;
-        const char* found_number_format;
-    };
+    using Spoil = std::function<QString(const QString&)>;  // the file made -> the file read
+    const auto no_companion = [](const QString& p) { return QFile::remove(companion_path(p)), p; };
+    const QByteArray sound = crlf_lines(lines_of(smith()));
+    const auto with = [&](const char* a, const char* b) { return QByteArray(sound).replace(a, b); };
+    struct Case { const char* name; QByteArray file; PatientFileVerdict verdict; int error = 0;
+                  const char* found_number_format = ""; Spoil spoil = {}; };
+    using enum PatientFileVerdict;
     const Case cases[] = {
-        {"companion deleted",
-         [&] {
-             const QString path = patient_path();
-             EXPECT_TRUE(write_patient_files(path, sound_lines()));
-             QFile::remove(companion_path(path));
-             return path;
-         },
-         PatientFileVerdict::corrupt, ""},
-        {"edited after writing",
-         [&] {
-             const QString path = patient_path();
-             EXPECT_TRUE(write_patient_files(path, sound_lines()));
-             QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-             QFile file(path);
-             EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-             file.write(crlf(spoiled(6, "Threshold:0.20")));
-             return path;
-         },
-         PatientFileVerdict::corrupt, ""},
-        {"companion in lower case",
-         [&] {
-             const QString path = hand_made(sound_lines());
-             QFile file(companion_path(path));
-             EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-             file.write("CRC:" + crc_hex(CalculateCRC(path)).toLower().toLatin1() + "\r\n");
-             return path;
-         },
-         PatientFileVerdict::corrupt, ""},
+        {"sound", sound, accepted, 0, "dot"},
+        {"companion deleted", sound, corrupt, 0, "", no_companion},
+        {"edited after writing", sound, corrupt, 0, "",
+         [&](const QString& path) { return write(path, with("1.20", "0.20")), path; }},
+        {"companion in lower case", sound, corrupt, 0, "", [](const QString& path) {
+             const QByteArray hex = crc_hex(CalculateCRC(path)).toLower().toLatin1();
+             return write(companion_path(path), "CRC:" + hex + "\r\n"), path;
+         }},
         // An unrelated file ends at the CRC, before any of its lines is read.
-        {"unrelated file without companion",
-         [&] {
-             const QString path = hand_made(QByteArray("just some notes\r\n"));
-             QFile::remove(companion_path(path));
-             return path;
-         },
-         PatientFileVerdict::corrupt, ""},
-        {"unrelated file of one line", [&] { return hand_made(QByteArray("notes")); },
-         PatientFileVerdict::not_a_patient_file, ""},
-        {"another stamp", [&] { return hand_made(spoiled(0, "ZEL System Parameter File")); },
-         PatientFileVerdict::not_a_patient_file, ""},
-        {"older version", [&] { return hand_made(spoiled(1, "2.01.07")); },
-         PatientFileVerdict::wrong_version, ""},
-        {"newer version", [&] { return hand_made(spoiled(1, "3.00.02")); },
-         PatientFileVerdict::wrong_version, ""},
-        {"version with a blank", [&] { return hand_made(spoiled(1, "3.00.01 ")); },
-         PatientFileVerdict::wrong_version, ""},
-        {"comma file on a dot system",
-         [&] { return hand_made(spoiled(13, "Number Format:comma")); },
-         PatientFileVerdict::number_format_differs, "comma"},
-        {"folder named .zel",
-         [&] {
-             const QString path = path_in("old.zel");
-             QFile file(path);
-             EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-             file.write(crlf(sound_lines()));
-             file.close();
+        {"unrelated file without companion", "just some notes\r\n", corrupt, 0, "", no_companion},
+        {"unrelated file of one line", "notes", not_a_patient_file},
+        {"another stamp", with("Patient Parameter", "System Parameter"), not_a_patient_file},
+        {"older version", with("3.00.01", "2.01.07"), wrong_version},
+        {"newer version", with("3.00.01", "3.00.02"), wrong_version},
+        {"version with a blank", with("3.00.01", "3.00.01 "), wrong_version},
+        {"comma file on a dot system", with("Format:dot", "Format:comma"), number_format_differs, 0,
+         "comma"},
+        {"folder named .zel", sound, corrupt, 0, "", [this](const QString& path) {
              // A companion beside it, where a path with the folder's name unchanged would look.
-             EXPECT_TRUE(
-                 write_crc_companion(dir.path() + "/old.zel/Smith.sfv", CalculateCRC(path)));
-             return path;
-         },
-         PatientFileVerdict::corrupt, ""},
+             const QString moved = path_in("old.zel");
+             EXPECT_TRUE(QFile::rename(path, moved));
+             EXPECT_TRUE(write_crc_companion(moved.chopped(3) + "sfv", CalculateCRC(moved)));
+             return moved;
+         }},
+        {"thirteen lines", with("Number Format:dot\r\n", ""), corrupt, err_input_past_end},
+        // The lines are all read before the number format is looked at.
+        {"thirteen lines, other format",
+         with("False\r\nNumber Format:dot", "Number Format:comma"), corrupt, err_input_past_end},
+        {"text for a number", with("Threshold:1.20", "Threshold:high"), corrupt, err_type_mismatch},
+        {"not a boolean", with("Inhale:True", "Inhale:Yes"), corrupt, err_type_mismatch},
+        {"duration beyond 16 bits", with("Duration: 12 ", "Duration: 40000 "), corrupt,
+         err_overflow},
+        {"empty companion", sound, corrupt, err_input_past_end, "",
+         [](const QString& p) { return write(companion_path(p), ""), p; }},
+        {"chosen file missing", sound, corrupt, err_file_not_found, "",
+         [](const QString& path) { return QFileInfo(path).path() + "/Jones.zel"; }},
     };
     for (const auto& c : cases) {
-        const QString path = c.make();
-        const PatientFileReading reading = read(path);
-        EXPECT_EQ(reading.verdict, c.verdict) << c.name;
-        EXPECT_EQ(reading.found_number_format, c.found_number_format) << c.name;
-        QDir(dir.path()).removeRecursively();
-        QDir().mkpath(dir.path());
+        SCOPED_TRACE(c.name);
+        const QString made = hand_made(c.file), path = c.spoil ? c.spoil(made) : made;
+        PatientFileReading reading;
+        EXPECT_EQ(error_of([&] { reading = read(path); }), c.error);
+        EXPECT_EQ(std::tuple(reading.verdict, reading.found_number_format),
+                  std::tuple(c.verdict, QString(c.found_number_format)));
     }
 }
 
-TEST_F(PatientFile, load_fails_with_the_number_of_what_went_wrong) {
-    QStringList short_file = sound_lines();
-    short_file.removeLast();
-    QStringList short_comma_file = short_file;
-    short_comma_file.removeLast();
-    short_comma_file.append("Number Format:comma");
-    QStringList text_for_number = sound_lines();
-    text_for_number[6] = "Threshold:high";
-    QStringList too_long = sound_lines();
-    too_long[7] = "Breath Hold Duration: 40000 ";
-    QStringList not_boolean = sound_lines();
-    not_boolean[9] = "Trigger on Inhale:Yes";
-
-    struct Case {
-        const char* name;
-        std::function<QString()> make;
-        int number;
-    };
-    const Case cases[] = {
-        {"thirteen lines", [&] { return hand_made(short_file); }, err_input_past_end},
-        // The lines are all read before the number format is looked at.
-        {"thirteen lines, other format", [&] { return hand_made(short_comma_file); },
-         err_input_past_end},
-        {"text for a number", [&] { return hand_made(text_for_number); }, err_type_mismatch},
-        {"not a boolean", [&] { return hand_made(not_boolean); }, err_type_mismatch},
-        {"duration beyond 16 bits", [&] { return hand_made(too_long); }, err_overflow},
-        {"empty companion",
-         [&] {
-             const QString path = hand_made(sound_lines());
-             QFile file(companion_path(path));
-             EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-             return path;
-         },
-         err_input_past_end},
-        {"chosen file missing", [&] { return dir.path() + "/Smith_John_12345/Jones.zel"; },
-         err_file_not_found},
-    };
-    for (const auto& c : cases) {
-        const QString path = c.make();
-        EXPECT_EQ(error_number([&] { read(path); }), c.number) << c.name;
+// A file chosen elsewhere goes beside its own folder; a patient of the name in the data stays.
+TEST_F(Quarantine, moves_the_patient_folder_whole_beside_it_and_numbers_later_ones_of_a_name) {
+    std::vector<std::map<QString, QByteArray>> moved;
+    for (const char* mark : {"first", "second", "third"}) {
+        const QString folder = make_patient(data, "Smith", mark);
+        moved.push_back(tree(folder));
+        ASSERT_EQ(moved.back().size(), 4u);
+        quarantine_patient(folder + "/Smith.zel", quarantine_name);
+        EXPECT_FALSE(QFileInfo::exists(folder)) << mark;
     }
+    const QString elsewhere = dir.path() + QStringLiteral("/usb stick");
+    make_patient(data, "Smith", "stays");
+    quarantine_patient(make_patient(elsewhere, "Smith", "moves") + "/Smith.zel", quarantine_name);
+    EXPECT_EQ(entries(data), QStringList({quarantine_name, "Smith_John_1"}));
+    EXPECT_EQ(tree(data + "/Smith_John_1")["session.ini"], "stays");
+    EXPECT_EQ(entries(elsewhere), QStringList({quarantine_name}));
+    EXPECT_EQ(tree(elsewhere + "/" + quarantine_name + "/Smith_John_1")["session.ini"], "moves");
+    const QStringList numbered{"Smith_John_1", "Smith_John_1( 2)", "Smith_John_1( 3)"};
+    EXPECT_EQ(entries(quarantine), numbered);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(tree(quarantine + "/" + numbered[i]), moved[i]);
+}
+
+// A patient file lying in the quarantine folder itself would be copied into that folder and
+// then deleted with it; a missing patient is no cause to delete anything.
+TEST_F(Quarantine, leaves_a_patient_that_would_hold_its_own_copy_or_is_missing_and_deletes) {
+    const QString folder = make_patient(data, "Smith", "x");
+    QDir().mkpath(quarantine);
+    ASSERT_TRUE(QFile::copy(folder + "/Smith.zel", quarantine + "/Smith.zel"));
+    ASSERT_TRUE(QFile::copy(folder + "/Smith.sfv", quarantine + "/Smith.sfv"));
+    const auto before = tree(data);
+
+    quarantine_patient(quarantine + "/Smith.zel", quarantine_name);
+    quarantine_patient(data + QStringLiteral("/Jones_John_1/Jones.zel"), quarantine_name);
+    QString inside = folder + QStringLiteral("/curves");
+    EXPECT_FALSE(copy_folder(folder, inside));
+    QString destination = quarantine;
+    EXPECT_FALSE(copy_folder(data + QStringLiteral("/Jones_John_1"), destination));
+    EXPECT_EQ(destination, quarantine);
+    EXPECT_EQ(tree(data), before);
+
+    // Deleting takes read-only files and folders. Only an unprivileged run sees the closed
+    // folders hold anything back; root removes them anyway.
+    for (const QString& closed : {folder + QStringLiteral("/curves"), folder})
+        QFile::setPermissions(closed, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    delete_folder(folder + QLatin1Char('/'));
+    EXPECT_FALSE(QFileInfo::exists(folder));
+    delete_folder(folder);
+    EXPECT_TRUE(QFileInfo::exists(data));
+}
+
+TEST_F(Quarantine, copy_tells_where_the_copy_went) {
+    const QString source = make_patient(data, "Smith", "x");
+    const QString target = dir.path() + QStringLiteral("/target");
+    QDir().mkpath(target + QStringLiteral("/Smith_John_1"));
+    for (int i = 2; i <= 99; ++i)
+        QDir().mkpath(target + QStringLiteral("/Smith_John_1( %1)").arg(i));
+
+    const std::pair<QString, const char*> cases[] = {  // the source, where the copy goes
+        {source, "/Smith_John_1( 100)"},
+        {source + QLatin1Char('/'), "/Smith_John_1( 0)"},  // every number taken
+        {make_patient(data, "Jones", "y"), ""},             // no copy of the name yet
+    };
+    for (const auto& [from, destination_after] : cases) {
+        QString destination = target;
+        ASSERT_TRUE(copy_folder(from, destination)) << destination_after;
+        EXPECT_EQ(destination, target + destination_after);
+    }
+    EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), tree(source));
+    EXPECT_EQ(tree(target + "/Jones_John_1").size(), 4u);
+
+    // With "( 0)" taken too, making it fails: the earlier patient's files were once
+    // overwritten by the next copy.
+    write(target + "/Smith_John_1( 0)/session.ini", "earlier");
+    const auto earlier = tree(target + "/Smith_John_1( 0)");
+    QString destination = target;
+    EXPECT_THROW(copy_folder(source, destination), ZelError);
+    EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), earlier);
+    EXPECT_EQ(tree(source).size(), 4u);
 }
 
 }  // namespace

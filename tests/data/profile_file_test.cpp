@@ -1,3 +1,5 @@
+// Profile files read and edited as Windows does with the same file and the same calls: sites
+// bring session histories that Windows wrote and people edited by hand.
 #include "data/profile_file.h"
 
 #include <gtest/gtest.h>
@@ -6,206 +8,155 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "data/profile_edit.h"
+#include "data/files.h"
 
 namespace zel {
 namespace {
 
+using test::contents;
+using test::crlf;
+
 TEST(ProfileRead, finds_values_as_the_profile_functions_do) {
-    const QByteArray file =
-        "stray=before any section\r\n"
-        "[ZEL]\r\n"
-        "DataPath=/srv/zel data\r\n"
-        "  Spaced Key  =   padded value \t\r\n"
-        "Quoted=\" 7 \"\r\n"
-        "Single='x'\r\n"
-        "Half=\"x\r\n"
-        "Empty=\r\n"
-        "no equals sign\r\n"
-        "Twice=first\r\n"
-        "Twice=second\r\n"
-        "[Z\xC9L]\r\n"
-        "\xC9t\xC9=Latin-1 names\r\n"
-        "[zel]\r\n"
-        "Later=a second section of the name is never read\r\n"
-        "[other]\n"
-        "DataPath=/elsewhere\n"
-        "Last=no line end";
-    struct Case {
-        const char* section;
-        const char* key;
-        const char* expected;
-    };
+    const QByteArray file = crlf(
+        "stray=before any section|[ZEL]|DataPath=/srv/zel data|  Spaced Key  =   padded value \t|"
+        "Quoted=\" 7 \"|Single='x'|Half=\"x|Empty=|no equals sign|Twice=first|Twice=second|"
+        "[Z\xC9L]|\xC9t\xC9=Latin-1 names|[zel]|Later=a second section is never read|"
+        "[\t Tabbed\t]|k=tab|[CR]\rk=1\rm=2\r[Notes]|;k=commented|  ; m = also|"
+        "[other]\nDataPath=/elsewhere\nLast=no line end");
+    struct Case { const char *section, *key, *expected; };  // "-": the default
     const Case cases[] = {
-        {"ZEL", "DataPath", "/srv/zel data"},
-        {"zel", "DATAPATH", "/srv/zel data"},
-        {" ZEL ", "DataPath", "/srv/zel data"},
-        {"ZEL", "Spaced Key", "padded value"},
-        {"ZEL", "Quoted", " 7 "},
-        {"ZEL", "Single", "x"},
-        {"ZEL", "Half", "\"x"},
-        {"ZEL", "Empty", ""},
-        {"ZEL", "no equals sign", "default"},
-        {"ZEL", "Twice", "first"},
-        {"ZEL", "stray", "default"},
-        {"ZEL", "Last", "default"},
-        {"other", "DataPath", "/elsewhere"},
+        {"ZEL", "DataPath", "/srv/zel data"}, {"zel", "DATAPATH", "/srv/zel data"},
+        {"  ZEL ", " DataPath  ", "/srv/zel data"},
+        {"\tZEL", "DataPath", "-"},  // a tab is part of a looked-up name
+        {"ZEL", "Spaced Key", "padded value"}, {"ZEL", "Quoted", " 7 "}, {"ZEL", "Single", "x"},
+        {"ZEL", "Half", "\"x"}, {"ZEL", "Empty", ""}, {"ZEL", "no equals sign", "-"},
+        {"ZEL", "Twice", "first"}, {"ZEL", "stray", "-"}, {"ZEL", "Last", "-"},
+        {"ZEL", "Later", "-"}, {"other", "DataPath", "/elsewhere"},
         {"other", "Last", "no line end"},
-        {"missing", "DataPath", "default"},
-        {"z\xE9l", "\xE9T\xE9", "Latin-1 names"},
-        {"ZEL", "Later", "default"},
+        {"missing", "DataPath", "-"}, {"z\xE9l", "\xE9T\xE9", "Latin-1 names"},
+        // Blanks and tabs inside the file's brackets are not part of the name.
+        {"Tabbed", "k", "tab"}, {"\tTabbed", "k", "-"},
+        {"CR", "m", "2"},  // a lone CR ends a line
+        {"Notes", ";k", "-"}, {"Notes", "; m", "-"},
     };
     // Found by fuzzing: the history window read the whole file again for every value. The
     // index it now reads from once gives every value as the single read does.
     const ProfileIndex index(file);
     for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.section) + "/" + c.key);
         const QString section = QString::fromLatin1(c.section), key = QString::fromLatin1(c.key);
-        EXPECT_EQ(profile_value(file, section, key, QStringLiteral("default")),
-                  QString::fromLatin1(c.expected))
-            << c.section << "/" << c.key;
-        EXPECT_EQ(index.value(section, key, QStringLiteral("default")),
-                  QString::fromLatin1(c.expected))
-            << "index " << c.section << "/" << c.key;
+        EXPECT_EQ(profile_value(file, section, key, "-"), QString::fromLatin1(c.expected));
+        EXPECT_EQ(index.value(section, key, "-"), QString::fromLatin1(c.expected));
     }
-    EXPECT_EQ(index.value(QStringLiteral("ZEL"), QStringLiteral("DataPath"), {}, 5),
-              QStringLiteral("/srv"));
-}
-
-TEST(ProfileRead, cuts_a_value_at_the_buffer_less_its_nul) {
+    // A default loses its trailing blanks, not its leading ones.
+    EXPECT_EQ(profile_value(file, "ZEL", "none", "  d \t "), "  d \t");
+    EXPECT_EQ(index.value(QStringLiteral("ZEL"), QStringLiteral("DataPath"), {}, 5), "/srv");
+    // A value is cut at the buffer less its NUL.
     const QByteArray value(300, 'v');
-    const QByteArray file = "[ZEL]\r\nDataPath=" + value + "\r\n";
-    EXPECT_EQ(profile_value(file, "ZEL", "DataPath", {}).size(), 255);
-    EXPECT_EQ(profile_value(file, "ZEL", "DataPath", {}, 10), QString(9, QLatin1Char('v')));
+    EXPECT_EQ(profile_value("[ZEL]\r\nDataPath=" + value + "\r\n", "ZEL", "DataPath", {}),
+              QString(255, QLatin1Char('v')));
+    EXPECT_EQ(profile_value("[ZEL]\r\nDataPath=" + value, "ZEL", "DataPath", {}, 10),
+              QString(9, QLatin1Char('v')));
     EXPECT_EQ(profile_value("[ZEL]\r\nDataPath=\xE9t\xE9\r\n", "ZEL", "DataPath", {}),
-              QString::fromUtf8("\xC3\xA9t\xC3\xA9"))
-        << "Latin-1 text";
+              QString::fromUtf8("\xC3\xA9t\xC3\xA9"));
 }
 
-// Each edit keeps every byte it doesn't touch, odd line ends and blanks included.
+// Each edit keeps every byte it doesn't touch, odd line ends, comments and blanks included; one
+// that would not read back the same is refused and changes nothing.
+// In the table "|" stands for CR LF.
 TEST(ProfileWrite, changes_only_the_lines_it_must) {
-    const QByteArray base =
-        "; kept comment\r\n"
-        "[HEADER]\r\n"
-        "TOTAL_SESSIONS= 1\r\n"
-        "\r\n"
-        "[Session1]\n"
-        "ID = 7   \n"
-        "Date=today\r\n"
-        "\r\n";
-    struct Case {
-        const char* name;
-        const char* section;
-        const char* key;    // null: delete the section
-        const char* value;  // null: delete the key
-        QByteArray expected;
-    };
+    const QByteArray base = "; kept comment|[HEADER]|TOTAL_SESSIONS= 1||[Session1]\nID = 7   \n"
+                            "Date=today||";
+    const auto b = [&](const char* x, const char* y) { return QByteArray(base).replace(x, y); };
+    // A null key deletes the section, a null value the key.
+    struct Case { const char* story; QByteArray before; const char *section, *key, *value;
+                  QByteArray after; bool written = true; };
     const Case cases[] = {
-        {"replace in place", "header", "total_sessions", " 2",
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 2\r\n\r\n[Session1]\nID = 7   \n"
-         "Date=today\r\n\r\n"},
-        {"replace keeps the line's own end", "Session1", "ID", " 8",
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\n\r\n[Session1]\nID = 8\n"
-         "Date=today\r\n\r\n"},
-        {"new key behind the section's last line", "HEADER", "Extra", "x",
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\nExtra=x\r\n\r\n[Session1]\n"
-         "ID = 7   \nDate=today\r\n\r\n"},
-        {"new key in the last section", "Session1", "Gating Mode", "Manual",
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\n\r\n[Session1]\nID = 7   \n"
-         "Date=today\r\nGating Mode=Manual\r\n\r\n"},
-        {"new section at the end", "Session2", "ID", " 9",
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\n\r\n[Session1]\nID = 7   \n"
-         "Date=today\r\n\r\n[Session2]\r\nID= 9\r\n"},
-        {"delete a section", "SESSION1", nullptr, nullptr,
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\n\r\n"},
-        {"delete a key", "Session1", "date", nullptr,
-         "; kept comment\r\n[HEADER]\r\nTOTAL_SESSIONS= 1\r\n\r\n[Session1]\nID = 7   \n"
-         "\r\n"},
-        {"delete what isn't there", "Session9", nullptr, nullptr, base},
+        {"replace in place", base, "header", "total_sessions", " 2", b("= 1", "= 2")},
+        {"replace keeps the line's own end", base, "Session1", "ID", " 8", b("= 7   ", "= 8")},
+        {"new key behind the section's last line", base, "HEADER", "Extra", "x",
+         b("= 1|", "= 1|Extra=x|")},
+        {"new key in the last section", base, "Session1", "Gating Mode", "Manual",
+         b("today|", "today|Gating Mode=Manual|")},
+        {"new section at the end", base, "Session2", "ID", " 9", base + "[Session2]|ID= 9|"},
+        {"delete a section", base, "SESSION1", nullptr, nullptr, base.left(base.indexOf("[S"))},
+        {"delete a key", base, "Session1", "date", nullptr, b("Date=today|", "")},
+        {"delete what isn't there", base, "Session9", nullptr, nullptr, base},
+        {"into nothing", "", "ZEL", "DataPath", "/d", "[ZEL]|DataPath=/d|"},
+        {"behind an unfinished header", "[ZEL]", "ZEL", "DataPath", "/d", "[ZEL]|DataPath=/d|"},
+        {"new section behind an unfinished line", "[A]|k=v", "ZEL", "DataPath", "/d",
+         "[A]|k=v|[ZEL]|DataPath=/d|"},
+        {"new key behind an unfinished line", "[ZEL]|k=v", "ZEL", "DataPath", "/d",
+         "[ZEL]|k=v|DataPath=/d|"},
+        {"an unfinished line replaced gains its CR LF", "[ZEL]|DataPath=/old", "ZEL", "DataPath",
+         "/d", "[ZEL]|DataPath=/d|"},
+        {"a key keeps its spelling", "[Sect]|Key=v|", "sect", "KEY", "new", "[Sect]|Key=new|"},
+        {"and its layout up to the '='", "[A]|  Key =  v  |", "A", "key", "w", "[A]|  Key =w|"},
+        {"new names lose their spaces", "", "  s  ", " k ", "v", "[s]|k=v|"},
+        {"in a section that exists too", "[s]|", "s", "  k  ", " v", "[s]|k= v|"},
+        {"a tab is part of a section's name", "[ZEL]|k=v|", "\tZEL", "k", "w",
+         "[ZEL]|k=v|[\tZEL]|k=w|"},
+        {"but not of the name between a file's brackets", "[\t ZEL\t]|k=v|", "ZEL", "k", "w",
+         "[\t ZEL\t]|k=w|"},
+        {"a lone CR ends a line and stays", "[A]|k=1\rm=2|", "A", "m", "3", "[A]|k=1\rm=3|"},
+        {"a deleted section leaves its comments behind",
+         "[A]|k=1|; about A||m=2|;last words|[B]|x=2|", "a", nullptr, nullptr,
+         "; about A|;last words|[B]|x=2|"},
+        {"a new key goes before the section's trailing comments", "[A]|k=1|; about B||[B]|", "A",
+         "n", "2", "[A]|k=1|n=2|; about B||[B]|"},
+        {"or right behind the header when it has no key", "[A]|; only a comment|", "A", "n", "2",
+         "[A]|n=2|; only a comment|"},
+        {"a commented-out key is not the key", "[A]|;k=1|", "A", "k", "2", "[A]|k=2|;k=1|"},
+        {"nor is it deleted with it", "[A]|  ;k=1|k=2|", "A", "k", nullptr, "[A]|  ;k=1|"},
+        // Refused, as it would not read back the same.
+        {"a LF in a value", "[Z]|k=v|", "Z", "k", "a\nb", "[Z]|k=v|", false},
+        {"a CR in a value", "[Z]|k=v|", "Z", "k", "a\rb", "[Z]|k=v|", false},
+        {"a key with '='", "[Z]|k=v|", "Z", "k=j", "w", "[Z]|k=v|", false},
+        {"a key beginning with ';'", "[Z]|k=v|", "Z", " ;k", "w", "[Z]|k=v|", false},
+        {"a key in brackets", "[Z]|k=v|", "Z", "[k]", "w", "[Z]|k=v|", false},
+        {"a line break in a section", "[Z]|k=v|", "Z\nL", "k", "w", "[Z]|k=v|", false},
+        {"beyond Latin-1", "[Z]|k=v|", "Z", "k", "\xC5\x81\xC3\xB3", "[Z]|k=v|", false},
     };
     for (const auto& c : cases) {
-        QByteArray contents = base;
-        ASSERT_TRUE(test::edit(contents, c.section, c.key, c.value)) << c.name;
-        EXPECT_EQ(contents, c.expected) << c.name;
+        SCOPED_TRACE(c.story);
+        QByteArray contents = crlf(c.before);
+        const QString key = QString::fromUtf8(c.key), value = QString::fromUtf8(c.value);
+        EXPECT_EQ(edit_profile(contents, QString::fromUtf8(c.section), c.key ? &key : nullptr,
+                               c.value ? &value : nullptr),
+                  c.written);
+        EXPECT_EQ(contents, crlf(c.after));
     }
 }
 
-TEST(ProfileWrite, ends_an_unfinished_last_line_it_adds_behind_or_replaces) {
-    struct Case {
-        QByteArray before;
-        const char* section;
-        QByteArray expected;
-    };
-    const Case cases[] = {
-        {"", "ZEL", "[ZEL]\r\nDataPath=/d\r\n"},
-        {"[ZEL]", "ZEL", "[ZEL]\r\nDataPath=/d\r\n"},
-        {"[A]\r\nk=v", "ZEL", "[A]\r\nk=v\r\n[ZEL]\r\nDataPath=/d\r\n"},
-        {"[ZEL]\r\nk=v", "ZEL", "[ZEL]\r\nk=v\r\nDataPath=/d\r\n"},
-        {"[ZEL]\r\nDataPath=/old", "ZEL", "[ZEL]\r\nDataPath=/d\r\n"},
-    };
-    const QString key = QStringLiteral("DataPath"), value = QStringLiteral("/d");
-    for (const auto& c : cases) {
-        QByteArray contents = c.before;
-        ASSERT_TRUE(edit_profile(contents, c.section, &key, &value));
-        EXPECT_EQ(contents, c.expected) << c.before.toStdString();
-    }
-}
-
-TEST(ProfileWrite, refuses_what_would_not_read_back) {
-    struct Case {
-        const char* section;
-        QString key;
-        QString value;
-    };
-    const Case cases[] = {
-        {"ZEL", QStringLiteral("DataPath"), QStringLiteral("/a\nb")},
-        {"ZEL", QStringLiteral("DataPath"), QStringLiteral("/a\rb")},
-        {"ZEL", QStringLiteral("Data=Path"), QStringLiteral("/a")},
-        {"ZEL", QStringLiteral(" ;DataPath"), QStringLiteral("/a")},
-        {"ZEL", QStringLiteral("[DataPath]"), QStringLiteral("/a")},
-        {"Z\nEL", QStringLiteral("DataPath"), QStringLiteral("/a")},
-        {"ZEL", QStringLiteral("DataPath"), QString::fromUtf8("/\xC5\x81\xC3\xB3\x64\xC5\xBA")},
-    };
-    for (const auto& c : cases) {
-        QByteArray contents = "[ZEL]\r\nDataPath=/old\r\n";
-        EXPECT_FALSE(edit_profile(contents, c.section, &c.key, &c.value)) << c.value.toStdString();
-        EXPECT_EQ(contents, QByteArray("[ZEL]\r\nDataPath=/old\r\n"));
-    }
-}
-
-class ProfileFiles : public ::testing::Test {
-  protected:
-    QByteArray contents(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<absent>");
-    }
+TEST(ProfileFiles, a_missing_file_reads_the_default_a_write_creates_it_a_delete_empties_it) {
     QTemporaryDir dir;
-    QString path = dir.filePath(QStringLiteral("session.ini"));
-};
-
-TEST_F(ProfileFiles, a_missing_file_gives_the_default_and_a_write_creates_it) {
+    const QString path = dir.filePath(QStringLiteral("session.ini"));
     EXPECT_EQ(read_profile_string(path, "HEADER", "TOTAL_SESSIONS", "none"), "none");
     EXPECT_EQ(contents(path), "<absent>") << "reading creates nothing";
 
-    const char* keys[][2] = {{"ID", " 7"}, {"Date", "22/11/2026 at 09:05:07"}};
-    for (const auto& kv : keys)
-        ASSERT_TRUE(write_profile_string(path, "SESSION1", kv[0], QString::fromLatin1(kv[1])));
+    ASSERT_TRUE(write_profile_string(path, "SESSION1", "ID", " 7"));
+    ASSERT_TRUE(write_profile_string(path, "SESSION1", "Date", "22/11/2026 at 09:05:07"));
     ASSERT_TRUE(write_profile_string(path, "HEADER", "TOTAL_SESSIONS", " 1"));
     EXPECT_EQ(contents(path),
               "[SESSION1]\r\nID= 7\r\nDate=22/11/2026 at 09:05:07\r\n[HEADER]\r\n"
               "TOTAL_SESSIONS= 1\r\n");
     EXPECT_EQ(read_profile_string(path, "session1", "id", {}), "7");
-}
 
-TEST_F(ProfileFiles, a_write_fails_where_the_file_cannot_be_replaced) {
-    ASSERT_TRUE(write_profile_string(path, "ZEL", "DataPath", "/a"));
+    ASSERT_TRUE(delete_profile_key(dir.filePath("key.ini"), "HEADER", "TOTAL_SESSIONS"));
+    ASSERT_TRUE(delete_profile_section(dir.filePath("section.ini"), "HEADER"));
+    EXPECT_EQ(contents(dir.filePath("key.ini")), "");
+    EXPECT_EQ(contents(dir.filePath("section.ini")), "");
+
+    // A write fails where the file cannot be replaced.
     QFile::setPermissions(path, QFileDevice::ReadOwner);
-    EXPECT_FALSE(write_profile_string(path, "ZEL", "DataPath", "/b"));
-    EXPECT_EQ(read_profile_string(path, "ZEL", "DataPath", {}), "/a");
+    EXPECT_FALSE(write_profile_string(path, "session1", "ID", "8"));
+    EXPECT_EQ(read_profile_string(path, "session1", "ID", {}), "7");
 
-    EXPECT_FALSE(write_profile_string(dir.filePath("no/such/dir.ini"), "ZEL", "DataPath", "/a"));
     QDir(dir.path()).mkdir("a_folder");
-    EXPECT_FALSE(write_profile_string(dir.filePath("a_folder"), "ZEL", "DataPath", "/a"));
-    EXPECT_EQ(read_profile_string(dir.filePath("a_folder"), "ZEL", "DataPath", "d"), "d");
+    for (const QString& where : {dir.filePath("no/such/dir.ini"), dir.filePath("a_folder")}) {
+        EXPECT_FALSE(write_profile_string(where, "ZEL", "DataPath", "/a"));
+        EXPECT_EQ(read_profile_string(where, "ZEL", "DataPath", "d"), "d");
+    }
 }
 
 }  // namespace
