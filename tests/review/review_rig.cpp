@@ -9,17 +9,14 @@ namespace zel::test {
 
 std::vector<Sample> samples_of(const char* states, double start) {
     std::vector<Sample> samples;
-    for (int i = 0; states[i]; ++i) {
-        const char s = states[i];
-        samples.push_back({start + 0.02 * i, i / 100.0, s == '0' ? 4 : 1, s == '2' ? 0 : 1});
-    }
+    for (int i = 0; states[i]; ++i)
+        samples.push_back({start + 0.02 * i, i / 100.0, states[i] == '0' ? 4 : 1, states[i] != '2'});
     return samples;
 }
 
 std::vector<Sample> breathing_with_holds(int holds, double peak) {
     std::vector<Sample> samples;
-    const int total = (holds + 1) * 500;
-    for (int i = 0; i < total; ++i) {
+    for (int i = 0; i < (holds + 1) * 500; ++i) {
         const double t = 0.02 * (i + 1);
         const bool holding = i % 500 >= 250 && i % 500 < 350 && i / 500 < holds;
         const double v = holding ? peak : peak / 2 * (1 - std::cos(2 * std::numbers::pi * t / 4));
@@ -28,10 +25,7 @@ std::vector<Sample> breathing_with_holds(int holds, double peak) {
     return samples;
 }
 
-ReviewRig::ReviewRig() { window.Form_Load(); }
-
-QString ReviewRig::write_curve(const QString& name, const std::vector<Sample>& samples,
-                               double threshold, double rate) {
+QByteArray curve_text(const std::vector<Sample>& samples, double threshold, double rate) {
     QByteArray text = "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nThreshold:" +
                       QByteArray::number(threshold) + "\r\nCount Frequency: " +
                       QByteArray::number(rate) + " \r\nSession:1\r\nHeaderEnd\r\n";
@@ -39,7 +33,14 @@ QString ReviewRig::write_curve(const QString& name, const std::vector<Sample>& s
         text += QByteArray::number(s.session_time) + ";" + QByteArray::number(s.volume) + ";" +
                 QByteArray::number(s.balloon) + ";" + QByteArray::number(s.patient_switch) +
                 "; - ; - ; - \r\n";
-    return write_text(name, text);
+    return text;
+}
+
+ReviewRig::ReviewRig() { window.Form_Load(); }
+
+QString ReviewRig::write_curve(const QString& name, const std::vector<Sample>& samples,
+                               double threshold, double rate) {
+    return write_text(name, curve_text(samples, threshold, rate));
 }
 
 QString ReviewRig::write_text(const QString& name, const QByteArray& text) {
@@ -50,12 +51,15 @@ QString ReviewRig::write_text(const QString& name, const QByteArray& text) {
     return path;
 }
 
-QStringList ReviewRig::parts(const QStringList& paths) {
+namespace {
+// What the dialog returns: one file as a whole path, several as their folder and their names.
+QStringList parts(const QStringList& paths) {
     if (paths.size() <= 1) return paths;
     QStringList result{QFileInfo(paths.front()).absolutePath()};
     for (const QString& p : paths) result.append(QFileInfo(p).fileName());
     return result;
 }
+}  // namespace
 
 void ReviewRig::open_on(const QStringList& paths) {
     window.Form_Unload();

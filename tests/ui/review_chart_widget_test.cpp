@@ -9,7 +9,6 @@
 #include <QTest>
 #include <cmath>
 #include <numbers>
-#include <tuple>
 #include <vector>
 
 namespace zel::test {
@@ -18,16 +17,12 @@ namespace {
 struct Chart {
     ReviewChart model;
     ReviewChartWidget widget{model, nullptr};
-    struct Cursor {
-        double x, y;
-        int track_state;
-    };
-    std::vector<Cursor> cursor;
+    std::vector<std::pair<QPointF, int>> cursor;  // each report, with the model's track_state
 
     Chart(int width, int height, ChartRange range) {
         model.SetRange(range.x_min, range.x_max, range.y_min, range.y_max);
         widget.cursor_moved = [this](double x, double y) {
-            cursor.push_back({x, y, model.track_state});
+            cursor.push_back({{x, y}, model.track_state});
         };
         widget.resize(width, height);
         widget.show();
@@ -50,9 +45,11 @@ struct Chart {
     QPoint at(double x, double y) const {
         return {qRound(widget.xAxis->coordToPixel(x)), qRound(widget.yAxis->coordToPixel(y))};
     }
-    ChartRange shown() const {
+    void expect_shown(const ChartRange& e, double tolerance) const {
         const QCPRange x = widget.xAxis->range(), y = widget.yAxis->range();
-        return {x.lower, x.upper, y.lower, y.upper};
+        const double got[] = {x.lower, x.upper, y.lower, y.upper};
+        const double want[] = {e.x_min, e.x_max, e.y_min, e.y_max};
+        for (int i = 0; i < 4; ++i) EXPECT_NEAR(got[i], want[i], tolerance) << i;
     }
 };
 
@@ -63,18 +60,9 @@ bool is(const QImage& image, QPoint p, Rgb c) {
 // Pixels of the colour within `reach` of the point.
 int count_near(const QImage& image, QPoint p, int reach_x, int reach_y, Rgb c) {
     int n = 0;
-    for (int dx = -reach_x; dx <= reach_x; ++dx) {
+    for (int dx = -reach_x; dx <= reach_x; ++dx)
         for (int dy = -reach_y; dy <= reach_y; ++dy) n += is(image, p + QPoint(dx, dy), c);
-    }
     return n;
-}
-
-void expect_range(const ChartRange& shown, const ChartRange& expected, double tolerance,
-                  const char* what) {
-    EXPECT_NEAR(shown.x_min, expected.x_min, tolerance) << what;
-    EXPECT_NEAR(shown.x_max, expected.x_max, tolerance) << what;
-    EXPECT_NEAR(shown.y_min, expected.y_min, tolerance) << what;
-    EXPECT_NEAR(shown.y_max, expected.y_max, tolerance) << what;
 }
 
 constexpr Rgb red{255, 0, 0}, blue{0, 0, 255}, black{0, 0, 0};
@@ -96,6 +84,7 @@ TEST(ReviewChartWidget, draws_each_shown_element_with_its_colour_and_line_type) 
         {"element 0", red, 0, 1, true, true, 0, 0},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
         Chart chart(600, 400, {0, 10, -1, 1});
         chart.picture();
         chart.add(c.colour, c.type, c.width, {0, 10}, {0.5, 0.5});
@@ -110,51 +99,33 @@ TEST(ReviewChartWidget, draws_each_shown_element_with_its_colour_and_line_type) 
             on_line += count_near(image, {x, chart.at(0, 0.5).y()}, 0, 1, c.colour) > 0;
             below += count_near(image, {x, chart.at(0, -0.5).y()}, 0, 1, c.colour);
         }
-        EXPECT_GE(on_line, c.min_share * columns) << c.what;
-        EXPECT_LE(on_line, c.max_share * columns) << c.what;
-        EXPECT_EQ(below, 0) << c.what;
+        EXPECT_GE(on_line, c.min_share * columns);
+        EXPECT_LE(on_line, c.max_share * columns);
+        EXPECT_EQ(below, 0);
     }
 }
 
 TEST(ReviewChartWidget, a_run_narrower_than_a_pixel_stays_visible_in_a_whole_recording) {
-    // 30 minutes at 50 samples a second, drawn whole, the runs sharing their end points.
-    const double rate = 50;
+    // 30 minutes at 50 samples a second drawn whole, the runs sharing their end points: a 20 s
+    // breath-hold held at 1.8 L, and one black sample among red breathing.
     std::vector<double> t(90'000), volume(90'000);
     for (size_t i = 0; i < t.size(); ++i) {
-        t[i] = i / rate;
-        volume[i] = 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t[i] / 4);
+        t[i] = i / 50.0;
+        volume[i] = i >= 30'000 && i <= 31'000
+                        ? 1.8
+                        : 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t[i] / 4);
     }
-    struct Run {
-        Rgb colour;
-        int16_t width;
-        size_t from, to;  // samples, both included
-    };
-    const Run runs[] = {
-        {red, 1, 0, 30'000},      {blue, 5, 30'000, 31'000},   // a 20 s breath-hold
-        {red, 1, 31'000, 45'000}, {black, 2, 45'000, 45'001},  // one sample
-        {red, 1, 45'001, 89'999},
-    };
+    struct Run { Rgb colour; int16_t width; size_t from, to; };  // samples, both included
     Chart chart(1000, 700, {0, 1800, -0.5, 2.5});
-    for (const Run& r : runs) {
-        for (size_t i = r.from; i <= r.to; ++i) volume[i] = r.colour == blue ? 1.8 : volume[i];
+    for (const Run& r : {Run{red, 1, 0, 30'000}, Run{blue, 5, 30'000, 31'000},
+                         Run{red, 1, 31'000, 45'000}, Run{black, 2, 45'000, 45'001},
+                         Run{red, 1, 45'001, 89'999}})
         chart.add(r.colour, 0, r.width, {t.begin() + r.from, t.begin() + r.to + 1},
                   {volume.begin() + r.from, volume.begin() + r.to + 1});
-    }
     const QImage image = chart.picture();
-    struct Case {
-        const char* what;
-        QPoint where;
-        Rgb colour;
-        int min_pixels;
-    };
-    const Case cases[] = {
-        {"one black sample among red breathing", chart.at(900.01, volume[45'000]), black, 2},
-        // Width 5 across one pixel column is five pixels high.
-        {"breath-hold drawn thick", chart.at(610, 1.8), blue, 4},
-    };
-    for (const Case& c : cases) {
-        EXPECT_GE(count_near(image, c.where, 0, 4, c.colour), c.min_pixels) << c.what;
-    }
+    EXPECT_GE(count_near(image, chart.at(900.01, volume[45'000]), 0, 4, black), 2);
+    // Width 5 across one pixel column is five pixels high.
+    EXPECT_GE(count_near(image, chart.at(610, 1.8), 0, 4, blue), 4);
 }
 
 TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
@@ -166,25 +137,23 @@ TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
         t[i] = i / 50.0;
         volume[i] = 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t[i] / 4) + (noise >> 24) / 2560.0;
     }
-    const QCPRange shown[] = {{0, 1800}, {400.3, 527.9}, {900.01, 905.5}};
-    for (const QCPRange& range : shown) {
+    for (const QCPRange& range : {QCPRange{0, 1800}, {400.3, 527.9}, {900.01, 905.5}}) {
+        SCOPED_TRACE(range.lower);
         Chart chart(600, 400, {range.lower, range.upper, -0.5, 2.5});
         chart.add(red, 0, 1, t, volume);
         const QImage image = chart.picture();
         // Every sample, straight onto a picture of the same size.
         QImage every(image.size(), QImage::Format_RGB32);
         every.fill(Qt::white);
-        {
-            QPainter painter(&every);
-            painter.setClipRect(chart.widget.axisRect()->rect());
-            painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::SquareCap));
-            QPolygonF line;
-            for (size_t i = 0; i < t.size(); ++i) {
-                line << QPointF(chart.widget.xAxis->coordToPixel(t[i]),
-                                chart.widget.yAxis->coordToPixel(volume[i]));
-            }
-            painter.drawPolyline(line);
-        }
+        QPolygonF line;
+        for (size_t i = 0; i < t.size(); ++i)
+            line << QPointF(chart.widget.xAxis->coordToPixel(t[i]),
+                            chart.widget.yAxis->coordToPixel(volume[i]));
+        QPainter painter(&every);
+        painter.setClipRect(chart.widget.axisRect()->rect());
+        painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::SquareCap));
+        painter.drawPolyline(line);
+        painter.end();
         // Inside the frame and clear of the ticks, which the chart draws over the curve.
         const QRect inside = chart.widget.axisRect()->rect().adjusted(6, 1, -1, -6);
         int drawn = 0, differ = 0, astray = 0;
@@ -198,36 +167,13 @@ TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
                     there != shown && count_near(there ? image : every, {x, y}, 1, 1, red) == 0;
             }
         }
-        EXPECT_GT(drawn, 1000) << range.lower;
-        EXPECT_LE(differ, drawn / 100) << range.lower;
-        EXPECT_EQ(astray, 0) << range.lower;
+        EXPECT_GT(drawn, 1000);
+        EXPECT_LE(differ, drawn / 100);
+        EXPECT_EQ(astray, 0);
     }
 }
 
-TEST(ReviewChartWidget, shows_the_model_range_until_the_operator_zooms_and_after_a_reset) {
-    Chart chart(600, 400, {0, 1800, -0.5, 2.5});
-    chart.widget.sync();
-    expect_range(chart.shown(), {0, 1800, -0.5, 2.5}, 0, "opened");
-    chart.widget.xAxis->setRange(100, 200);
-    chart.add(red, 0, 1, {0, 10}, {0, 0});
-    chart.widget.sync();
-    expect_range(chart.shown(), {100, 200, -0.5, 2.5}, 0, "an element added keeps the zoom");
-    chart.widget.reset_zoom();
-    expect_range(chart.shown(), {0, 1800, -0.5, 2.5}, 0, "reset");
-    chart.model.SetRange(-5, 5, 0, 1);
-    chart.widget.sync();
-    expect_range(chart.shown(), {-5, 5, 0, 1}, 0, "a new range");
-}
-
-// A drag or click with one button, in axis units.
-void drag(Chart& chart, Qt::MouseButton button, QPointF from, QPointF to) {
-    const QPoint a = chart.at(from.x(), from.y()), b = chart.at(to.x(), to.y());
-    QTest::mousePress(&chart.widget, button, {}, a);
-    for (int step = 1; step <= 4; ++step) QTest::mouseMove(&chart.widget, a + (b - a) * step / 4);
-    QTest::mouseRelease(&chart.widget, button, {}, b);
-}
-
-TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_to_the_range) {
+TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_reports) {
     struct Case {
         const char* what;
         int32_t mode;
@@ -237,66 +183,52 @@ TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_to_the_range) {
     };
     const Case cases[] = {
         {"zoom into the rectangle", track_zoom, Qt::LeftButton, {2, 8}, {6, 4}, {2, 6, 4, 8}},
-        {"right click zooms out",
-         track_zoom,
-         Qt::RightButton,
-         {2.5, 5},
-         {2.5, 5},
+        {"right click zooms out", track_zoom, Qt::RightButton, {2.5, 5}, {2.5, 5},
          {-2.5, 17.5, -5, 15}},
         {"pan", track_pan, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, -1, 9}},
         {"pan along time only", track_pan_x, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, 0, 10}},
         {"measure keeps the range", track_measure, Qt::LeftButton, {2, 8}, {6, 4}, {0, 10, 0, 10}},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
         Chart chart(600, 400, {0, 10, 0, 10});
         chart.model.TrackMode = c.mode;
         chart.widget.sync();
-        drag(chart, c.button, c.from, c.to);
+        const QPoint a = chart.at(c.from.x(), c.from.y()), b = chart.at(c.to.x(), c.to.y());
+        QTest::mousePress(&chart.widget, c.button, {}, a);
+        for (int step = 1; step <= 4; ++step) QTest::mouseMove(&chart.widget, a + (b - a) * step / 4);
+        QTest::mouseRelease(&chart.widget, c.button, {}, b);
         // A pixel of the 600 x 400 widget is about 0.02 of either axis.
-        expect_range(chart.shown(), c.expected, 0.1, c.what);
-    }
-}
-
-TEST(ReviewChartWidget, reports_the_cursor_and_the_measurement_held_by_the_left_button) {
-    struct Case {
-        int32_t mode;
-        std::vector<int> states;  // track_state at each cursor event
-    };
-    const Case cases[] = {
-        // Press, move, release, then a move with no button.
-        {track_measure, {1, 1, 1, 0, 0}},
-        // The moves only; nothing is measured.
-        {track_pan_x, {0, 0, 0}},
-        {track_zoom, {0, 0, 0}},
-    };
-    for (const Case& c : cases) {
-        Chart chart(600, 400, {0, 10, 0, 10});
-        chart.model.TrackMode = c.mode;
-        chart.widget.sync();
-        QTest::mousePress(&chart.widget, Qt::LeftButton, {}, chart.at(2, 3));
-        if (c.mode == track_measure) {
-            EXPECT_NEAR(chart.model.track_press_x, 2000, 30);
-            EXPECT_NEAR(chart.model.track_press_y, 3000, 30);
-            EXPECT_EQ(chart.model.track_state, 1);
-        }
-        QTest::mouseMove(&chart.widget, chart.at(3, 3));
-        QTest::mouseMove(&chart.widget, chart.at(4, 5));
-        QTest::mouseRelease(&chart.widget, Qt::LeftButton, {}, chart.at(4, 5));
+        chart.expect_shown(c.expected, 0.1);
+        // A move with no button, on the new layout, then one over the axis labels, outside the
+        // plot area: no report.
+        chart.widget.replot();
         QTest::mouseMove(&chart.widget, chart.at(3.5, 4.5));
-        // Over the axis labels, outside the plot area: no cursor.
         QTest::mouseMove(&chart.widget, {2, 2});
-        EXPECT_EQ(chart.model.track_state, 0) << c.mode;
+        // The left button held in measure mode is the measurement: press, moves, release.
+        const bool measure = c.mode == track_measure;
         std::vector<int> states;
-        for (const auto& e : chart.cursor) states.push_back(e.track_state);
-        EXPECT_EQ(states, c.states) << c.mode;
+        for (const auto& report : chart.cursor) states.push_back(report.second);
+        EXPECT_EQ(states, (measure ? std::vector{1, 1, 1, 1, 1, 0, 0} : std::vector{0, 0, 0, 0, 0}));
+        EXPECT_EQ(chart.model.track_state, 0);
         ASSERT_FALSE(chart.cursor.empty());
-        if (c.mode == track_measure) {
-            EXPECT_NEAR(chart.cursor.front().x, 2, 0.03);
-            EXPECT_NEAR(chart.cursor[3].x, 4, 0.03);
-            EXPECT_NEAR(chart.cursor[3].y, 5, 0.03);
+        EXPECT_NEAR(chart.cursor.back().first.x(), 3.5, 0.03);
+        EXPECT_NEAR(chart.cursor.back().first.y(), 4.5, 0.03);
+        if (measure) {
+            EXPECT_NEAR(chart.model.track_press_x, c.from.x() * 1000, 30);
+            EXPECT_NEAR(chart.model.track_press_y, c.from.y() * 1000, 30);
+            EXPECT_NEAR(chart.cursor[5].first.x(), c.to.x(), 0.03);
+            EXPECT_NEAR(chart.cursor[5].first.y(), c.to.y(), 0.03);
         }
-        EXPECT_NEAR(chart.cursor.back().x, 3.5, 0.03) << c.mode;
-        EXPECT_NEAR(chart.cursor.back().y, 4.5, 0.03) << c.mode;
+        // An element added keeps the operator's range; a reset, or a new range, replaces it.
+        chart.add(red, 0, 1, {0, 10}, {0, 0});
+        chart.widget.sync();
+        chart.expect_shown(c.expected, 0.1);
+        chart.widget.reset_zoom();
+        chart.expect_shown({0, 10, 0, 10}, 0);
+        chart.model.SetRange(-5, 5, 0, 1);
+        chart.widget.sync();
+        chart.expect_shown({-5, 5, 0, 1}, 0);
     }
 }
 
