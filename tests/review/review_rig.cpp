@@ -7,10 +7,12 @@
 
 namespace zel::test {
 
-std::vector<Sample> samples_of(const char* states, double start) {
+std::vector<Sample> samples_of(const char* states) {
     std::vector<Sample> samples;
-    for (int i = 0; states[i]; ++i)
-        samples.push_back({start + 0.02 * i, i / 100.0, states[i] == '0' ? 4 : 1, states[i] != '2'});
+    for (int i = 0; states[i]; ++i) {
+        const char s = states[i];
+        if (s != '-') samples.push_back({0.02 * (i + 1), samples.size() / 100.0, s == '0' ? 4 : 1, s != '2'});
+    }
     return samples;
 }
 

@@ -14,9 +14,10 @@ struct Sample {
     int balloon, patient_switch;
 };
 
-// Samples 0.02 s apart from `start`, each with the balloon and switch given per sample by
-// `states`: '1' free breathing, '0' breath hold, '2' switch off; volume = index / 100.
-std::vector<Sample> samples_of(const char* states, double start = 0.02);
+// Samples 0.02 s apart from 0.02 s, each with the balloon and switch given per sample by
+// `states`: '1' free breathing, '0' breath hold, '2' switch off, '-' a lost frame (no sample);
+// volume = index / 100.
+std::vector<Sample> samples_of(const char* states);
 
 // Free breathing with `holds` breath holds of 2 s, one every 10 s, at 50 samples a second.
 std::vector<Sample> breathing_with_holds(int holds, double peak = 1.0);

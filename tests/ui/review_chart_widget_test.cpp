@@ -68,20 +68,12 @@ int count_near(const QImage& image, QPoint p, int reach_x, int reach_y, Rgb c) {
 constexpr Rgb red{255, 0, 0}, blue{0, 0, 255}, black{0, 0, 0};
 
 TEST(ReviewChartWidget, draws_each_shown_element_with_its_colour_and_line_type) {
-    struct Case {
-        const char* what;
-        Rgb colour;
-        int16_t type, width;
-        bool show, into_element_0;
-        double min_share, max_share;  // of the pixel columns along the line in its colour
-    };
+    // The share of the pixel columns along the line that show its colour.
+    struct Case { const char* what; Rgb colour; int16_t type, width; bool show, into_element_0; double min_share, max_share; };
     const Case cases[] = {
-        {"solid", red, 0, 1, true, false, 0.98, 1.0},
-        {"solid, thick", blue, 0, 3, true, false, 0.98, 1.0},
-        {"dotted", red, 2, 1, true, false, 0.2, 0.6},
-        {"dotted, thick", blue, 2, 2, true, false, 0.2, 0.6},
-        {"hidden", red, 0, 1, false, false, 0, 0},
-        {"element 0", red, 0, 1, true, true, 0, 0},
+        {"solid", red, 0, 1, true, false, 0.98, 1.0}, {"solid, thick", blue, 0, 3, true, false, 0.98, 1.0},
+        {"dotted", red, 2, 1, true, false, 0.2, 0.6}, {"dotted, thick", blue, 2, 2, true, false, 0.2, 0.6},
+        {"hidden", red, 0, 1, false, false, 0, 0},    {"element 0", red, 0, 1, true, true, 0, 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -174,17 +166,10 @@ TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
 }
 
 TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_reports) {
-    struct Case {
-        const char* what;
-        int32_t mode;
-        Qt::MouseButton button;
-        QPointF from, to;
-        ChartRange expected;
-    };
+    struct Case { const char* what; int32_t mode; Qt::MouseButton button; QPointF from, to; ChartRange expected; };
     const Case cases[] = {
         {"zoom into the rectangle", track_zoom, Qt::LeftButton, {2, 8}, {6, 4}, {2, 6, 4, 8}},
-        {"right click zooms out", track_zoom, Qt::RightButton, {2.5, 5}, {2.5, 5},
-         {-2.5, 17.5, -5, 15}},
+        {"right click zooms out", track_zoom, Qt::RightButton, {2.5, 5}, {2.5, 5}, {-2.5, 17.5, -5, 15}},
         {"pan", track_pan, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, -1, 9}},
         {"pan along time only", track_pan_x, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, 0, 10}},
         {"measure keeps the range", track_measure, Qt::LeftButton, {2, 8}, {6, 4}, {0, 10, 0, 10}},
