@@ -1,4 +1,6 @@
-// The views forward events to the models and show their captions; the rules are the models'.
+// The views on screen, offscreen: they forward events to the models and show what the models
+// hold; the rules are the models'. The review chart draws the elements and turns the mouse into
+// zoom, pan and the measuring cursor the logic reads.
 #include <gtest/gtest.h>
 
 #include <QAction>
@@ -7,10 +9,12 @@
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QTest>
-#include <QVBoxLayout>
+#include <cmath>
 #include <cstring>
+#include <numbers>
 
 #include "fakes/rig.h"
 #include "language/messages.h"
@@ -18,6 +22,7 @@
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/key_guard_filter.h"
+#include "ui/review_chart_widget.h"
 
 namespace zel::test {
 namespace {
@@ -36,20 +41,12 @@ TEST(Images, the_resource_holds_every_picture_at_its_size) {
                   QSize(c.width, c.height)) << c.name;
 }
 
-// A widget of a dialog of the program that counts the key events it is given.
-template <class Widget>
-class Counting final : public Widget {
-public:
+// Counts the key events that get past the console's guard to the widgets it watches.
+struct KeyCount final : QObject {
     int events = 0;
-
-protected:
-    void keyPressEvent(QKeyEvent* e) override {
-        ++events;
-        Widget::keyPressEvent(e);
-    }
-    void keyReleaseEvent(QKeyEvent* e) override {
-        ++events;
-        Widget::keyReleaseEvent(e);
+    bool eventFilter(QObject*, QEvent* e) override {
+        events += e->type() == QEvent::KeyPress || e->type() == QEvent::KeyRelease;
+        return false;
     }
 };
 
@@ -58,14 +55,14 @@ TEST(KeyGuard, takes_the_spacebar_to_the_console_and_swallows_the_task_switch_ke
     rig.form.b_state = 1;
     KeyGuardFilter guard(rig.form);
     qApp->installEventFilter(&guard);
+    // A dialog of the program; its button takes no focus, so that a plain Tab stays in the field.
     QDialog dialog;
-    auto* button = new Counting<QPushButton>;
-    auto* field = new Counting<QLineEdit>;
-    auto* layout = new QVBoxLayout(&dialog);
-    layout->addWidget(button);
-    layout->addWidget(field);
-    // The button takes no focus, so that a plain Tab stays in the field.
+    auto* button = new QPushButton(&dialog);
+    auto* field = new QLineEdit(&dialog);
     button->setFocusPolicy(Qt::NoFocus);
+    KeyCount reaching;
+    button->installEventFilter(&reaching);
+    field->installEventFilter(&reaching);
     dialog.show();
     field->setFocus();
     struct Case { bool on_button; Qt::Key key; Qt::KeyboardModifiers mods; int reaching; };
@@ -80,16 +77,15 @@ TEST(KeyGuard, takes_the_spacebar_to_the_console_and_swallows_the_task_switch_ke
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.on_button << " " << c.key << " " << int(c.mods));
-        QWidget* target = c.on_button ? static_cast<QWidget*>(button) : field;
-        button->events = field->events = 0;
+        reaching.events = 0;
         field->clear();
         rig.form.Label2.Caption.clear();
-        for (QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-            QKeyEvent event(type, c.key, c.mods, c.key == Qt::Key_Space ? QStringLiteral(" ") : QString());
-            QApplication::sendEvent(target, &event);
-        }
-        EXPECT_EQ(c.on_button ? button->events : field->events, c.reaching);
         const bool space = c.key == Qt::Key_Space;
+        for (QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+            QKeyEvent event(type, c.key, c.mods, space ? QStringLiteral(" ") : QString());
+            QApplication::sendEvent(c.on_button ? static_cast<QWidget*>(button) : field, &event);
+        }
+        EXPECT_EQ(reaching.events, c.reaching);
         EXPECT_EQ(rig.form.Label2.Caption, space && c.on_button ? message_text(131) : QString());
         EXPECT_EQ(field->text(), space && !c.on_button ? QStringLiteral(" ") : QString());
     }
@@ -126,21 +122,14 @@ TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit_when_exit_may_r
 // handler opens or does.
 TEST(Form1View, each_menu_entry_runs_its_own_handler) {
     init_images();
-    struct Case {
-        Control Form1::*entry;
-        const char* seen;
-    };
+    struct Case { Control Form1::*entry; const char* seen; };
     const Case cases[] = {
-        {&Form1::create_new_patient, "show Form5"},
-        {&Form1::load_existing_patient, "file chooser"},
-        {&Form1::save_settings_as_default, "ask"},
-        {&Form1::zel_exit, "ended"},
-        {&Form1::Control_Panel, "show Form11"},
-        {&Form1::Patient_Settings, "show Form12"},
+        {&Form1::create_new_patient, "show Form5"}, {&Form1::load_existing_patient, "file chooser"},
+        {&Form1::save_settings_as_default, "ask"},  {&Form1::zel_exit, "ended"},
+        {&Form1::Control_Panel, "show Form11"},     {&Form1::Patient_Settings, "show Form12"},
         {&Form1::mnuSessionHistory, "show DialogSessionHistory"},
         {&Form1::mnuVisualizePatientCurves, "show modeless PatientCurves"},
-        {&Form1::About, "show Form10"},
-        {&Form1::Gating_Diagnostics, "show Form_Gating"},
+        {&Form1::About, "show Form10"},             {&Form1::Gating_Diagnostics, "show Form_Gating"},
     };
     for (const Case& c : cases) {
         Rig rig;
@@ -168,6 +157,209 @@ TEST(Form1View, each_menu_entry_runs_its_own_handler) {
                 EXPECT_FALSE(seen.contains(QString::fromLatin1(other.seen)))
                     << c.seen << " also did " << other.seen;
             }
+    }
+}
+
+struct Chart {
+    ReviewChart model;
+    ReviewChartWidget widget{model, nullptr};
+    std::vector<std::pair<QPointF, int>> cursor;  // each report, with the model's track_state
+
+    Chart(int width, int height, ChartRange range) {
+        model.SetRange(range.x_min, range.x_max, range.y_min, range.y_max);
+        widget.cursor_moved = [this](double x, double y) {
+            cursor.push_back({{x, y}, model.track_state});
+        };
+        widget.resize(width, height);
+        widget.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&widget));
+        QCoreApplication::processEvents();
+    }
+    void add(Rgb colour, int16_t type, int16_t width, const std::vector<double>& x,
+             const std::vector<double>& y) {
+        model.AddElement();
+        model.ElementLineColor(colour);
+        model.ElementLinetype(type);
+        model.ElementWidth(width);
+        for (size_t i = 0; i < x.size(); ++i)
+            model.PlotXY(x[i], y[i], int16_t(model.element_count()));
+    }
+    QImage picture() {
+        widget.sync();
+        return widget.grab().toImage();
+    }
+    QPoint at(double x, double y) const {
+        return {qRound(widget.xAxis->coordToPixel(x)), qRound(widget.yAxis->coordToPixel(y))};
+    }
+    void expect_shown(const ChartRange& e, double tolerance) const {
+        const QCPRange x = widget.xAxis->range(), y = widget.yAxis->range();
+        const double got[] = {x.lower, x.upper, y.lower, y.upper};
+        const double want[] = {e.x_min, e.x_max, e.y_min, e.y_max};
+        for (int i = 0; i < 4; ++i) EXPECT_NEAR(got[i], want[i], tolerance) << i;
+    }
+};
+
+bool is(const QImage& image, QPoint p, Rgb c) {
+    return image.valid(p) && image.pixelColor(p) == QColor(c.r, c.g, c.b);
+}
+
+// Pixels of the colour within `reach` of the point.
+int count_near(const QImage& image, QPoint p, int reach_x, int reach_y, Rgb c) {
+    int n = 0;
+    for (int dx = -reach_x; dx <= reach_x; ++dx)
+        for (int dy = -reach_y; dy <= reach_y; ++dy) n += is(image, p + QPoint(dx, dy), c);
+    return n;
+}
+
+constexpr Rgb red{255, 0, 0}, blue{0, 0, 255}, black{0, 0, 0};
+
+TEST(ReviewChartWidget, draws_each_shown_element_with_its_colour_and_line_type) {
+    // The share of the pixel columns along the line that show its colour.
+    struct Case { const char* what; Rgb colour; int16_t type, width; bool show, into_element_0; double min_share, max_share; };
+    const Case cases[] = {
+        {"solid", red, 0, 1, true, false, 0.98, 1.0}, {"solid, thick", blue, 0, 3, true, false, 0.98, 1.0},
+        {"dotted", red, 2, 1, true, false, 0.2, 0.6}, {"dotted, thick", blue, 2, 2, true, false, 0.2, 0.6},
+        {"hidden", red, 0, 1, false, false, 0, 0},    {"element 0", red, 0, 1, true, true, 0, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Chart chart(600, 400, {0, 10, -1, 1});
+        chart.picture();
+        chart.add(c.colour, c.type, c.width, {0, 10}, {0.5, 0.5});
+        chart.model.ElementShow(c.show);
+        if (c.into_element_0) {
+            chart.model.DeleteElement(1);
+            for (double x : {0.0, 10.0}) chart.model.PlotXY(x, 0.5, 0);
+        }
+        const QImage image = chart.picture();
+        int on_line = 0, columns = 0, below = 0;
+        for (int x = chart.at(2, 0).x(); x <= chart.at(8, 0).x(); ++x, ++columns) {
+            on_line += count_near(image, {x, chart.at(0, 0.5).y()}, 0, 1, c.colour) > 0;
+            below += count_near(image, {x, chart.at(0, -0.5).y()}, 0, 1, c.colour);
+        }
+        EXPECT_GE(on_line, c.min_share * columns);
+        EXPECT_LE(on_line, c.max_share * columns);
+        EXPECT_EQ(below, 0);
+    }
+}
+
+TEST(ReviewChartWidget, a_run_narrower_than_a_pixel_stays_visible_in_a_whole_recording) {
+    // 30 minutes at 50 samples a second drawn whole, the runs sharing their end points: a 20 s
+    // breath-hold held at 1.8 L, and one black sample among red breathing.
+    std::vector<double> t(90'000), volume(90'000);
+    for (size_t i = 0; i < t.size(); ++i) {
+        t[i] = i / 50.0;
+        volume[i] = i >= 30'000 && i <= 31'000
+                        ? 1.8
+                        : 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t[i] / 4);
+    }
+    struct Run { Rgb colour; int16_t width; size_t from, to; };  // samples, both included
+    Chart chart(1000, 700, {0, 1800, -0.5, 2.5});
+    for (const Run& r : {Run{red, 1, 0, 30'000}, Run{blue, 5, 30'000, 31'000},
+                         Run{red, 1, 31'000, 45'000}, Run{black, 2, 45'000, 45'001},
+                         Run{red, 1, 45'001, 89'999}})
+        chart.add(r.colour, 0, r.width, {t.begin() + r.from, t.begin() + r.to + 1},
+                  {volume.begin() + r.from, volume.begin() + r.to + 1});
+    const QImage image = chart.picture();
+    EXPECT_GE(count_near(image, chart.at(900.01, volume[45'000]), 0, 4, black), 2);
+    // Width 5 across one pixel column is five pixels high.
+    EXPECT_GE(count_near(image, chart.at(610, 1.8), 0, 4, blue), 4);
+}
+
+TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
+    // Breathing with noise at 50 samples a second for 30 minutes: many samples per pixel column.
+    std::vector<double> t(90'000), volume(90'000);
+    uint32_t noise = 1;
+    for (size_t i = 0; i < t.size(); ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        t[i] = i / 50.0;
+        volume[i] = 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t[i] / 4) + (noise >> 24) / 2560.0;
+    }
+    for (const QCPRange& range : {QCPRange{0, 1800}, {400.3, 527.9}, {900.01, 905.5}}) {
+        SCOPED_TRACE(range.lower);
+        Chart chart(600, 400, {range.lower, range.upper, -0.5, 2.5});
+        chart.add(red, 0, 1, t, volume);
+        const QImage image = chart.picture();
+        // Every sample, straight onto a picture of the same size.
+        QImage every(image.size(), QImage::Format_RGB32);
+        every.fill(Qt::white);
+        QPolygonF line;
+        for (size_t i = 0; i < t.size(); ++i)
+            line << QPointF(chart.widget.xAxis->coordToPixel(t[i]),
+                            chart.widget.yAxis->coordToPixel(volume[i]));
+        QPainter painter(&every);
+        painter.setClipRect(chart.widget.axisRect()->rect());
+        painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::SquareCap));
+        painter.drawPolyline(line);
+        painter.end();
+        // Inside the frame and clear of the ticks, which the chart draws over the curve.
+        const QRect inside = chart.widget.axisRect()->rect().adjusted(6, 1, -1, -6);
+        int drawn = 0, differ = 0, astray = 0;
+        for (int y = inside.top(); y <= inside.bottom(); ++y) {
+            for (int x = inside.left(); x <= inside.right(); ++x) {
+                const bool there = is(every, {x, y}, red), shown = is(image, {x, y}, red);
+                drawn += there;
+                differ += there != shown;
+                // Where a sample's line only grazes a pixel, the two may pick its neighbour.
+                astray +=
+                    there != shown && count_near(there ? image : every, {x, y}, 1, 1, red) == 0;
+            }
+        }
+        EXPECT_GT(drawn, 1000);
+        EXPECT_LE(differ, drawn / 100);
+        EXPECT_EQ(astray, 0);
+    }
+}
+
+TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_reports) {
+    struct Case { const char* what; int32_t mode; Qt::MouseButton button; QPointF from, to; ChartRange expected; };
+    const Case cases[] = {
+        {"zoom into the rectangle", track_zoom, Qt::LeftButton, {2, 8}, {6, 4}, {2, 6, 4, 8}},
+        {"right click zooms out", track_zoom, Qt::RightButton, {2.5, 5}, {2.5, 5}, {-2.5, 17.5, -5, 15}},
+        {"pan", track_pan, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, -1, 9}},
+        {"pan along time only", track_pan_x, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, 0, 10}},
+        {"measure keeps the range", track_measure, Qt::LeftButton, {2, 8}, {6, 4}, {0, 10, 0, 10}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Chart chart(600, 400, {0, 10, 0, 10});
+        chart.model.TrackMode = c.mode;
+        chart.widget.sync();
+        const QPoint a = chart.at(c.from.x(), c.from.y()), b = chart.at(c.to.x(), c.to.y());
+        QTest::mousePress(&chart.widget, c.button, {}, a);
+        for (int step = 1; step <= 4; ++step) QTest::mouseMove(&chart.widget, a + (b - a) * step / 4);
+        QTest::mouseRelease(&chart.widget, c.button, {}, b);
+        // A pixel of the 600 x 400 widget is about 0.02 of either axis.
+        chart.expect_shown(c.expected, 0.1);
+        // A move with no button, on the new layout, then one over the axis labels, outside the
+        // plot area: no report.
+        chart.widget.replot();
+        QTest::mouseMove(&chart.widget, chart.at(3.5, 4.5));
+        QTest::mouseMove(&chart.widget, {2, 2});
+        // The left button held in measure mode is the measurement: press, moves, release.
+        const bool measure = c.mode == track_measure;
+        std::vector<int> states;
+        for (const auto& report : chart.cursor) states.push_back(report.second);
+        EXPECT_EQ(states, (measure ? std::vector{1, 1, 1, 1, 1, 0, 0} : std::vector{0, 0, 0, 0, 0}));
+        EXPECT_EQ(chart.model.track_state, 0);
+        ASSERT_FALSE(chart.cursor.empty());
+        EXPECT_NEAR(chart.cursor.back().first.x(), 3.5, 0.03);
+        EXPECT_NEAR(chart.cursor.back().first.y(), 4.5, 0.03);
+        if (measure) {
+            EXPECT_NEAR(chart.model.track_press_x, c.from.x() * 1000, 30);
+            EXPECT_NEAR(chart.model.track_press_y, c.from.y() * 1000, 30);
+            EXPECT_NEAR(chart.cursor[5].first.x(), c.to.x(), 0.03);
+            EXPECT_NEAR(chart.cursor[5].first.y(), c.to.y(), 0.03);
+        }
+        // An element added keeps the operator's range; a reset, or a new range, replaces it.
+        chart.add(red, 0, 1, {0, 10}, {0, 0});
+        chart.widget.sync();
+        chart.expect_shown(c.expected, 0.1);
+        chart.widget.reset_zoom();
+        chart.expect_shown({0, 10, 0, 10}, 0);
+        chart.model.SetRange(-5, 5, 0, 1);
+        chart.widget.sync();
+        chart.expect_shown({-5, 5, 0, 1}, 0);
     }
 }
 
