@@ -20,14 +20,6 @@
 namespace zel::test {
 namespace {
 
-// A picture missing from the resource would leave its place on a window empty.
-TEST(Images, the_resource_holds_every_picture) {
-    init_images();
-    for (const char* name : {"gating_ready", "gating_closed", "gating_fault", "record", "pause",
-                             "logo", "banner", "check_pass", "check_fail", "connected", "not_connected"})
-        EXPECT_FALSE(QImage(QStringLiteral(":/images/") + QLatin1String(name)).isNull()) << name;
-}
-
 // Counts the key events that get past the console's guard to the widgets it watches.
 struct KeyCount final : QObject {
     int events = 0;
