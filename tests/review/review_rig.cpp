@@ -11,7 +11,8 @@ std::vector<Sample> samples_of(const char* states) {
     std::vector<Sample> samples;
     for (int i = 0; states[i]; ++i) {
         const char s = states[i];
-        if (s != '-') samples.push_back({0.02 * (i + 1), samples.size() / 100.0, s == '0' ? 4 : 1, s != '2'});
+        if (s == '-') continue;
+        samples.push_back({0.02 * (i + 1), samples.size() / 100.0, s == '0' ? 4 : 1, s != '2'});
     }
     return samples;
 }
@@ -27,9 +28,8 @@ std::vector<Sample> breathing_with_holds(int holds, double peak) {
     return samples;
 }
 
-QByteArray curve_text(const std::vector<Sample>& samples, double threshold, double rate) {
-    QByteArray text = "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nThreshold:" +
-                      QByteArray::number(threshold) + "\r\nCount Frequency: " +
+QByteArray curve_text(const std::vector<Sample>& samples, double rate) {
+    QByteArray text = "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nThreshold:1.2\r\nCount Frequency: " +
                       QByteArray::number(rate) + " \r\nSession:1\r\nHeaderEnd\r\n";
     for (const Sample& s : samples)
         text += QByteArray::number(s.session_time) + ";" + QByteArray::number(s.volume) + ";" +
@@ -41,8 +41,8 @@ QByteArray curve_text(const std::vector<Sample>& samples, double threshold, doub
 ReviewRig::ReviewRig() { window.Form_Load(); }
 
 QString ReviewRig::write_curve(const QString& name, const std::vector<Sample>& samples,
-                               double threshold, double rate) {
-    return write_text(name, curve_text(samples, threshold, rate));
+                               double rate) {
+    return write_text(name, curve_text(samples, rate));
 }
 
 QString ReviewRig::write_text(const QString& name, const QByteArray& text) {
@@ -53,15 +53,13 @@ QString ReviewRig::write_text(const QString& name, const QByteArray& text) {
     return path;
 }
 
-namespace {
 // What the dialog returns: one file as a whole path, several as their folder and their names.
-QStringList parts(const QStringList& paths) {
+static QStringList parts(const QStringList& paths) {
     if (paths.size() <= 1) return paths;
     QStringList result{QFileInfo(paths.front()).absolutePath()};
     for (const QString& p : paths) result.append(QFileInfo(p).fileName());
     return result;
 }
-}  // namespace
 
 void ReviewRig::open_on(const QStringList& paths) {
     window.Form_Unload();

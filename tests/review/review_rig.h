@@ -22,9 +22,8 @@ std::vector<Sample> samples_of(const char* states);
 // Free breathing with `holds` breath holds of 2 s, one every 10 s, at 50 samples a second.
 std::vector<Sample> breathing_with_holds(int holds, double peak = 1.0);
 
-// A curve file as the console records it.
-QByteArray curve_text(const std::vector<Sample>& samples, double threshold = 1.2,
-                      double rate = 50);
+// A curve file as the console records it, with a threshold of 1.2 L.
+QByteArray curve_text(const std::vector<Sample>& samples, double rate = 50);
 
 struct ReviewRig {
     ReviewRig();
@@ -35,8 +34,7 @@ struct ReviewRig {
     PatientCurves window{ReviewPlatform{dialogs, boxes, locale}, folder.path()};
 
     // Writes a curve file and returns its path.
-    QString write_curve(const QString& name, const std::vector<Sample>& samples,
-                        double threshold = 1.2, double rate = 50);
+    QString write_curve(const QString& name, const std::vector<Sample>& samples, double rate = 50);
     QString write_text(const QString& name, const QByteArray& text);
     // Opens the window on these files, as chosen in its file dialog.
     void open_on(const QStringList& paths);

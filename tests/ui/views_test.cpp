@@ -50,7 +50,7 @@ TEST(KeyGuard, takes_the_spacebar_to_the_console_and_swallows_the_task_switch_ke
         {true, Qt::Key_Space, Qt::NoModifier, 0},
         // Typing into a text field is typing: the space stays there.
         {false, Qt::Key_Space, Qt::NoModifier, 2},
-        {false, Qt::Key_Tab, Qt::AltModifier, 0},        {false, Qt::Key_Escape, Qt::AltModifier, 0},
+        {false, Qt::Key_Tab, Qt::AltModifier, 0}, {false, Qt::Key_Escape, Qt::AltModifier, 0},
         {false, Qt::Key_Escape, Qt::ControlModifier, 0}, {false, Qt::Key_A, Qt::NoModifier, 2},
         {false, Qt::Key_Tab, Qt::NoModifier, 2},
     };
@@ -88,9 +88,8 @@ TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit_when_exit_may_r
     rig.form.disable_menus();
     view.show();
     view.close();
-    EXPECT_TRUE(rig.ended.isEmpty());
+    EXPECT_TRUE(rig.ended.isEmpty() && view.isVisible());
     EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
-    EXPECT_TRUE(view.isVisible());
     rig.form.patient_defined = false;
     rig.form.enable_menus();
     view.close();
@@ -108,14 +107,12 @@ TEST(Form1View, each_menu_entry_runs_its_own_handler) {
         {&Form1::Control_Panel, "show Form11"},     {&Form1::Patient_Settings, "show Form12"},
         {&Form1::mnuSessionHistory, "show DialogSessionHistory"},
         {&Form1::mnuVisualizePatientCurves, "show modeless PatientCurves"},
-        {&Form1::About, "show Form10"},             {&Form1::Gating_Diagnostics, "show Form_Gating"},
+        {&Form1::About, "show Form10"}, {&Form1::Gating_Diagnostics, "show Form_Gating"},
     };
     for (const Case& c : cases) {
         Rig rig;
         rig.form.b_state = 1;
-        int k = 0;
-        for (const Case& each : cases)
-            (rig.form.*each.entry).Caption = QStringLiteral("entry %1").arg(k++);
+        for (const Case& each : cases) (rig.form.*each.entry).Caption = QString(each.seen);
         rig.form.enable_menus();
         (rig.form.*c.entry).Enabled = true;
         QtChartSurface surface(870, 499);
@@ -235,37 +232,37 @@ TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
                     there != shown && count_near(there ? image : every, {x, y}, 1, 1, red) == 0;
             }
         }
-        EXPECT_GT(drawn, 1000);
-        EXPECT_LE(differ, drawn / 100);
-        EXPECT_EQ(astray, 0);
+        EXPECT_TRUE(drawn > 1000 && differ <= drawn / 100 && astray == 0)
+            << drawn << " drawn, " << differ << " differ, " << astray << " astray";
         if (range.lower == 0) {  // the whole recording
             EXPECT_GE(count_near(image, chart.at(900.01, volume[45'000]), 0, 4, black), 2);
         }
         chart.model.Element(2);
         chart.model.ElementShow(false);
-        const QRect area = chart.widget.axisRect()->rect();
-        EXPECT_EQ(count_near(chart.picture(), area.center(), area.width() / 2, area.height() / 2, red),
+        const QImage hidden = chart.picture();
+        EXPECT_EQ(count_near(hidden, inside.center(), inside.width() / 2, inside.height() / 2, red),
                   0);
     }
 }
 
 TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_reports) {
-    struct Case { const char* what; int32_t mode; Qt::MouseButton button; QPointF from, to; ChartRange expected; };
+    struct Case { int mode; Qt::MouseButton button; QPointF from, to; ChartRange expected; };
     const Case cases[] = {
-        {"zoom into the rectangle", track_zoom, Qt::LeftButton, {2, 8}, {6, 4}, {2, 6, 4, 8}},
-        {"right click zooms out", track_zoom, Qt::RightButton, {2.5, 5}, {2.5, 5}, {-2.5, 17.5, -5, 15}},
-        {"pan", track_pan, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, -1, 9}},
-        {"pan along time only", track_pan_x, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, 0, 10}},
-        {"measure keeps the range", track_measure, Qt::LeftButton, {2, 8}, {6, 4}, {0, 10, 0, 10}},
+        {track_zoom, Qt::LeftButton, {2, 8}, {6, 4}, {2, 6, 4, 8}},  // into the rectangle
+        {track_zoom, Qt::RightButton, {2.5, 5}, {2.5, 5}, {-2.5, 17.5, -5, 15}},  // out
+        {track_pan, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, -1, 9}},
+        {track_pan_x, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, 0, 10}},  // along time only
+        {track_measure, Qt::LeftButton, {2, 8}, {6, 4}, {0, 10, 0, 10}},  // keeps the range
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(testing::Message() << "mode " << c.mode << ", button " << c.button);
         Chart chart(600, 400, {0, 10, 0, 10});
         chart.model.TrackMode = c.mode;
         chart.widget.sync();
         const QPoint a = chart.at(c.from.x(), c.from.y()), b = chart.at(c.to.x(), c.to.y());
         QTest::mousePress(&chart.widget, c.button, {}, a);
-        for (int step = 1; step <= 4; ++step) QTest::mouseMove(&chart.widget, a + (b - a) * step / 4);
+        for (int step = 1; step <= 4; ++step)
+            QTest::mouseMove(&chart.widget, a + (b - a) * step / 4);
         QTest::mouseRelease(&chart.widget, c.button, {}, b);
         // A pixel of the 600 x 400 widget is about 0.02 of either axis.
         chart.expect_shown(c.expected, 0.1);
@@ -276,23 +273,22 @@ TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_r
         QTest::mouseMove(&chart.widget, {2, 2});
         // The left button held in measure mode is the measurement: press, moves, release.
         const bool measure = c.mode == track_measure;
-        EXPECT_EQ(chart.states, (measure ? std::vector{1, 1, 1, 1, 1, 0, 0} : std::vector{0, 0, 0, 0, 0}));
+        EXPECT_EQ(chart.states,
+                  (measure ? std::vector{1, 1, 1, 1, 1, 0, 0} : std::vector{0, 0, 0, 0, 0}));
         EXPECT_EQ(chart.model.track_state, 0);
         auto near = [](QPointF p, QPointF q) { return (p - q).manhattanLength() < 0.05; };
         EXPECT_TRUE(!chart.cursor.empty() && near(chart.cursor.back(), {3.5, 4.5}));
         if (measure) {
-            EXPECT_TRUE(near(QPointF(chart.model.track_press_x, chart.model.track_press_y) / 1000, c.from));
+            const QPointF pressed(chart.model.track_press_x, chart.model.track_press_y);
+            EXPECT_TRUE(near(pressed / 1000, c.from));
             EXPECT_TRUE(near(chart.cursor[5], c.to));
         }
-        // An element added keeps the operator's range; a reset, or a new range, replaces it.
+        // An element added keeps the operator's range; a reset returns to the model's.
         chart.add(red, 0, 1, {0, 10}, {0, 0});
         chart.widget.sync();
         chart.expect_shown(c.expected, 0.1);
         chart.widget.reset_zoom();
         chart.expect_shown({0, 10, 0, 10}, 0);
-        chart.model.SetRange(-5, 5, 0, 1);
-        chart.widget.sync();
-        chart.expect_shown({-5, 5, 0, 1}, 0);
     }
 }
 
