@@ -46,11 +46,10 @@ QString ReviewRig::write_curve(const QString& name, const std::vector<Sample>& s
 }
 
 QString ReviewRig::write_text(const QString& name, const QByteArray& text) {
-    const QString path = folder.path() + QLatin1Char('/') + name;
-    QFile file(path);
+    QFile file(folder.filePath(name));
     file.open(QIODevice::WriteOnly);
     file.write(text);
-    return path;
+    return file.fileName();
 }
 
 // What the dialog returns: one file as a whole path, several as their folder and their names.

