@@ -121,7 +121,6 @@ std::vector<Look> looks(const ReviewChart& chart) {
     return result;
 }
 
-
 // The threshold line, the zero line, then the runs; each run is drawn with the volume of the
 // sample before its own, from its first sample on, which shows as a gap.
 TEST(PlotCurve, one_element_per_run_of_equal_look_and_holds_only_from_free_breathing) {
@@ -179,10 +178,9 @@ TEST(Measurement, a_drag_leaves_three_elements_until_something_takes_them_away) 
         ReviewRig rig;
         rig.open_on({rig.write_curve(QStringLiteral("c.dat"), samples_of("11111"))});
         PatientCurves& w = rig.window;
-        ReviewChart& chart = w.NTGraph1;
         w.optMeasure_Click();
-        chart.track_press_x = 1500;  // 1.5 s
-        chart.track_press_y = 250;   // 0.25 L
+        w.NTGraph1.track_press_x = 1500;  // 1.5 s
+        w.NTGraph1.track_press_y = 250;   // 0.25 L
         cursor(w, true, 1.5, 0.25);
         cursor(w, true, 3.7254, 1.0);
         EXPECT_EQ((QStringList{w.XYInfo.Caption, w.XYInfo4.Caption, w.XYInfo2.Caption,
@@ -190,11 +188,11 @@ TEST(Measurement, a_drag_leaves_three_elements_until_something_takes_them_away) 
                   (QStringList{"2.225", "0.75", "3.725\n0:00.04  h:m:s", "time [s]"}));
         cursor(w, false, 4.0, 1.0);
         // A grey dot at each end and a dotted line between them.
-        EXPECT_EQ(std::tuple(w.measure_present, w.element_total, chart.element(6)->line_type,
-                             chart.element(6)->x, chart.element(7)->y),
+        EXPECT_EQ(std::tuple(w.measure_present, w.element_total, w.NTGraph1.element(6)->line_type,
+                             w.NTGraph1.element(6)->x, w.NTGraph1.element(7)->y),
                   std::tuple(true, int16_t(7), 2, std::vector{1.5, 4.0}, std::vector{1.0, 1.0}));
         c.act(rig);
-        EXPECT_EQ(std::tuple(w.measure_present, w.element_total, chart.element_count(),
+        EXPECT_EQ(std::tuple(w.measure_present, w.element_total, w.NTGraph1.element_count(),
                              w.XYInfo.Caption),
                   std::tuple(false, int16_t(c.elements), c.elements, QString(c.reading)));
     }
@@ -284,6 +282,7 @@ TEST(CurveExport, times_are_asked_until_they_fit_the_slice_is_written_and_a_canc
          {numeric, outside, outside, numeric, later, later, outside}, 998 - 250 + 1},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.typed.front());
         ExportRig rig;
         const QStringList lines = rig.export_to("slice.dat", c.typed);
         EXPECT_EQ(rig.boxes.shown, c.shown);

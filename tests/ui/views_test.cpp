@@ -185,7 +185,7 @@ int count_near(const QImage& image, QPoint p, int reach_x, int reach_y, Rgb c) {
     return n;
 }
 
-constexpr Rgb red{255, 0, 0}, blue{0, 0, 255}, black{0, 0, 0};
+constexpr Rgb red{255, 0, 0}, black{0, 0, 0};
 
 // Breathing with noise at 50 samples a second for 30 minutes, many samples per pixel column,
 // looks as if every sample were drawn; a lost frame among it, narrower than a pixel, still shows,
