@@ -10,18 +10,20 @@
 namespace zel::test {
 
 struct Sample {
-    double session_time;
-    double volume;
-    int balloon;
-    int patient_switch;
+    double session_time, volume;
+    int balloon, patient_switch;
 };
 
-// Samples 0.02 s apart from `start`, each with the balloon and switch given per sample by
-// `states`: '1' free breathing, '0' breath hold, '2' switch off; volume = index / 100.
-std::vector<Sample> samples_of(const char* states, double start = 0.02);
+// Samples 0.02 s apart from 0.02 s, each with the balloon and switch given per sample by
+// `states`: '1' free breathing, '0' breath hold, '2' switch off, '-' a lost frame (no sample);
+// volume = index / 100.
+std::vector<Sample> samples_of(const char* states);
 
 // Free breathing with `holds` breath holds of 2 s, one every 10 s, at 50 samples a second.
 std::vector<Sample> breathing_with_holds(int holds, double peak = 1.0);
+
+// A curve file as the console records it, with a threshold of 1.2 L.
+QByteArray curve_text(const std::vector<Sample>& samples, double rate = 50);
 
 struct ReviewRig {
     ReviewRig();
@@ -31,16 +33,13 @@ struct ReviewRig {
     FakeLocale locale;
     PatientCurves window{ReviewPlatform{dialogs, boxes, locale}, folder.path()};
 
-    // Writes a curve file as the console records it and returns its path.
-    QString write_curve(const QString& name, const std::vector<Sample>& samples,
-                        double threshold = 1.2, double rate = 50);
+    // Writes a curve file and returns its path.
+    QString write_curve(const QString& name, const std::vector<Sample>& samples, double rate = 50);
     QString write_text(const QString& name, const QByteArray& text);
     // Opens the window on these files, as chosen in its file dialog.
     void open_on(const QStringList& paths);
     // Imports more files through the menu.
     void import(const QStringList& paths);
-    // The parts the dialog returns for these files.
-    static QStringList parts(const QStringList& paths);
 };
 
 }  // namespace zel::test

@@ -1,15 +1,12 @@
-// The views forward events to the models and show their captions; the rules are the models'.
+// The views on screen, offscreen: they forward events to the models and show what the models
+// hold; the rules are the models'. The review chart draws the elements and turns the mouse into
+// zoom, pan and the measuring cursor the logic reads.
 #include <gtest/gtest.h>
 
-#include <QAction>
-#include <QApplication>
-#include <QDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTest>
-#include <QVBoxLayout>
-#include <cstring>
+#include <QtWidgets>
+#include <cmath>
+#include <numbers>
 
 #include "fakes/rig.h"
 #include "language/messages.h"
@@ -17,83 +14,58 @@
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/key_guard_filter.h"
+#include "ui/review_chart_widget.h"
 
 namespace zel::test {
 namespace {
 
-// A dialog of the program with a button and a text field, as the settings dialogs have.
-struct OtherWindow {
-    QDialog dialog;
-    QPushButton* button = new QPushButton(QStringLiteral("Done"), &dialog);
-    QLineEdit* field = new QLineEdit(&dialog);
-    int clicks = 0;
-    OtherWindow() {
-        auto* layout = new QVBoxLayout(&dialog);
-        layout->addWidget(button);
-        layout->addWidget(field);
-        QObject::connect(button, &QPushButton::clicked, [this] { ++clicks; });
-        dialog.show();
+// Counts the key events that get past the console's guard to the widgets it watches.
+struct KeyCount final : QObject {
+    int events = 0;
+    bool eventFilter(QObject*, QEvent* e) override {
+        events += e->type() == QEvent::KeyPress || e->type() == QEvent::KeyRelease;
+        return false;
     }
 };
 
-TEST(KeyGuard, brings_the_spacebar_to_the_console_from_another_window) {
+TEST(KeyGuard, takes_the_spacebar_to_the_console_and_swallows_the_task_switch_keys) {
     Rig rig;
     rig.form.b_state = 1;
     KeyGuardFilter guard(rig.form);
     qApp->installEventFilter(&guard);
-    OtherWindow other;
-    other.button->setFocus();
-    QTest::keyClick(other.button, Qt::Key_Space);
-    // No patient: the console refuses with its message, and the dialog's button is not pressed.
-    EXPECT_EQ(rig.form.Label2.Caption, message_text(131));
-    EXPECT_EQ(other.clicks, 0);
-    // Typing into a text field is typing: the space stays there.
-    rig.form.Label2.Caption.clear();
-    other.field->setFocus();
-    QTest::keyClick(other.field, Qt::Key_Space);
-    EXPECT_EQ(other.field->text(), QStringLiteral(" "));
-    EXPECT_TRUE(rig.form.Label2.Caption.isEmpty());
-    qApp->removeEventFilter(&guard);
-}
-
-// A text field that counts the key events it is given.
-class CountingField final : public QLineEdit {
-public:
-    int events = 0;
-
-protected:
-    void keyPressEvent(QKeyEvent* e) override {
-        ++events;
-        QLineEdit::keyPressEvent(e);
-    }
-    void keyReleaseEvent(QKeyEvent* e) override {
-        ++events;
-        QLineEdit::keyReleaseEvent(e);
-    }
-};
-
-TEST(KeyGuard, swallows_alt_tab_alt_esc_and_ctrl_esc_on_their_way_down_and_up) {
-    Rig rig;
-    KeyGuardFilter guard(rig.form);
-    qApp->installEventFilter(&guard);
+    // A dialog of the program; its button takes no focus, so that a plain Tab stays in the field.
     QDialog dialog;
-    auto* field = new CountingField;
-    (new QVBoxLayout(&dialog))->addWidget(field);
+    auto* button = new QPushButton(&dialog);
+    auto* field = new QLineEdit(&dialog);
+    button->setFocusPolicy(Qt::NoFocus);
+    KeyCount reaching;
+    button->installEventFilter(&reaching);
+    field->installEventFilter(&reaching);
     dialog.show();
     field->setFocus();
-    struct Case { Qt::Key key; Qt::KeyboardModifiers mods; int reaching; };
+    struct Case { bool on_button; Qt::Key key; Qt::KeyboardModifiers mods; int reaching; };
     const Case cases[] = {
-        {Qt::Key_Tab, Qt::AltModifier, 0},        {Qt::Key_Escape, Qt::AltModifier, 0},
-        {Qt::Key_Escape, Qt::ControlModifier, 0}, {Qt::Key_A, Qt::NoModifier, 2},
-        {Qt::Key_Tab, Qt::NoModifier, 2},
+        // No patient: the console refuses with its message, and the button is not pressed.
+        {true, Qt::Key_Space, Qt::NoModifier, 0},
+        // Typing into a text field is typing: the space stays there.
+        {false, Qt::Key_Space, Qt::NoModifier, 2},
+        {false, Qt::Key_Tab, Qt::AltModifier, 0}, {false, Qt::Key_Escape, Qt::AltModifier, 0},
+        {false, Qt::Key_Escape, Qt::ControlModifier, 0}, {false, Qt::Key_A, Qt::NoModifier, 2},
+        {false, Qt::Key_Tab, Qt::NoModifier, 2},
     };
     for (const auto& c : cases) {
-        field->events = 0;
+        SCOPED_TRACE(testing::Message() << c.on_button << " " << c.key << " " << int(c.mods));
+        reaching.events = 0;
+        field->clear();
+        rig.form.Label2.Caption.clear();
+        const bool space = c.key == Qt::Key_Space;
         for (QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-            QKeyEvent event(type, c.key, c.mods);
-            QApplication::sendEvent(field, &event);
+            QKeyEvent event(type, c.key, c.mods, space ? QStringLiteral(" ") : QString());
+            QApplication::sendEvent(c.on_button ? static_cast<QWidget*>(button) : field, &event);
         }
-        EXPECT_EQ(field->events, c.reaching) << c.key << " " << int(c.mods);
+        EXPECT_EQ(reaching.events, c.reaching);
+        EXPECT_EQ(rig.form.Label2.Caption, space && c.on_button ? message_text(131) : QString());
+        EXPECT_EQ(field->text(), space && !c.on_button ? QStringLiteral(" ") : QString());
     }
     qApp->removeEventFilter(&guard);
 }
@@ -110,15 +82,13 @@ TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit_when_exit_may_r
     for (const QLabel* label : view.findChildren<QLabel*>()) texts.append(label->text());
     EXPECT_TRUE(texts.contains(QStringLiteral("Press spacebar to activate.")));
     EXPECT_TRUE(texts.contains(QStringLiteral("7")));
-    EXPECT_EQ(view.size(), QSize(1024, 768));
     // During a hold the Exit entry is off, and so is the frame's close box.
     rig.form.patient_defined = true;
     rig.form.disable_menus();
     view.show();
     view.close();
-    EXPECT_TRUE(rig.ended.isEmpty());
+    EXPECT_TRUE(rig.ended.isEmpty() && view.isVisible());
     EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
-    EXPECT_TRUE(view.isVisible());
     rig.form.patient_defined = false;
     rig.form.enable_menus();
     view.close();
@@ -129,28 +99,19 @@ TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit_when_exit_may_r
 // handler opens or does.
 TEST(Form1View, each_menu_entry_runs_its_own_handler) {
     init_images();
-    struct Case {
-        Control Form1::*entry;
-        const char* seen;
-    };
+    struct Case { Control Form1::*entry; const char* seen; };
     const Case cases[] = {
-        {&Form1::create_new_patient, "show Form5"},
-        {&Form1::load_existing_patient, "file chooser"},
-        {&Form1::save_settings_as_default, "ask"},
-        {&Form1::zel_exit, "ended"},
-        {&Form1::Control_Panel, "show Form11"},
-        {&Form1::Patient_Settings, "show Form12"},
+        {&Form1::create_new_patient, "show Form5"}, {&Form1::load_existing_patient, "file chooser"},
+        {&Form1::save_settings_as_default, "ask"},  {&Form1::zel_exit, "ended"},
+        {&Form1::Control_Panel, "show Form11"},     {&Form1::Patient_Settings, "show Form12"},
         {&Form1::mnuSessionHistory, "show DialogSessionHistory"},
         {&Form1::mnuVisualizePatientCurves, "show modeless PatientCurves"},
-        {&Form1::About, "show Form10"},
-        {&Form1::Gating_Diagnostics, "show Form_Gating"},
+        {&Form1::About, "show Form10"}, {&Form1::Gating_Diagnostics, "show Form_Gating"},
     };
     for (const Case& c : cases) {
         Rig rig;
         rig.form.b_state = 1;
-        int k = 0;
-        for (const Case& each : cases)
-            (rig.form.*each.entry).Caption = QStringLiteral("entry %1").arg(k++);
+        for (const Case& each : cases) (rig.form.*each.entry).Caption = QString(each.seen);
         rig.form.enable_menus();
         (rig.form.*c.entry).Enabled = true;
         QtChartSurface surface(870, 499);
@@ -164,13 +125,166 @@ TEST(Form1View, each_menu_entry_runs_its_own_handler) {
         QStringList seen = rig.fakes.windows.log;
         if (!rig.fakes.dialogs.opened_in.isEmpty()) seen.append(QStringLiteral("file chooser"));
         if (!rig.ended.isEmpty()) seen.append(QStringLiteral("ended"));
+        // What it does, and no window but its own.
         EXPECT_FALSE(seen.filter(QString::fromLatin1(c.seen)).isEmpty())
             << c.seen << ": " << seen.join(QStringLiteral(", ")).toStdString();
-        for (const Case& other : cases)
-            if (&other != &c && std::strncmp(other.seen, "show", 4) == 0) {
-                EXPECT_FALSE(seen.contains(QString::fromLatin1(other.seen)))
-                    << c.seen << " also did " << other.seen;
+        EXPECT_EQ(seen.filter(QStringLiteral("show ")).size(), QString(c.seen).startsWith("show"))
+            << c.seen << ": " << seen.join(QStringLiteral(", ")).toStdString();
+    }
+}
+
+struct Chart {
+    ReviewChart model;
+    ReviewChartWidget widget{model, nullptr};
+    std::vector<QPointF> cursor;  // each report
+    std::vector<int> states;      // the model's track_state at each report
+
+    Chart(int width, int height, ChartRange range) {
+        model.SetRange(range.x_min, range.x_max, range.y_min, range.y_max);
+        widget.cursor_moved = [this](double x, double y) {
+            cursor.push_back({x, y});
+            states.push_back(model.track_state);
+        };
+        widget.resize(width, height);
+        widget.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&widget));
+    }
+    void add(Rgb colour, int16_t type, int16_t width, const std::vector<double>& x,
+             const std::vector<double>& y) {
+        model.AddElement();
+        model.ElementLineColor(colour);
+        model.ElementLinetype(type);
+        model.ElementWidth(width);
+        for (size_t i = 0; i < x.size(); ++i)
+            model.PlotXY(x[i], y[i], int16_t(model.element_count()));
+    }
+    QImage picture() {
+        widget.sync();
+        return widget.grab().toImage();
+    }
+    QPoint at(double x, double y) const {
+        return {qRound(widget.xAxis->coordToPixel(x)), qRound(widget.yAxis->coordToPixel(y))};
+    }
+    void expect_shown(const ChartRange& e, double tolerance) const {
+        const QCPRange x = widget.xAxis->range(), y = widget.yAxis->range();
+        const double got[] = {x.lower, x.upper, y.lower, y.upper};
+        const double want[] = {e.x_min, e.x_max, e.y_min, e.y_max};
+        for (int i = 0; i < 4; ++i) EXPECT_NEAR(got[i], want[i], tolerance) << i;
+    }
+};
+
+bool is(const QImage& image, QPoint p, Rgb c) {
+    return image.valid(p) && image.pixelColor(p) == QColor(c.r, c.g, c.b);
+}
+
+// Pixels of the colour within `reach` of the point.
+int count_near(const QImage& image, QPoint p, int reach_x, int reach_y, Rgb c) {
+    int n = 0;
+    for (int dx = -reach_x; dx <= reach_x; ++dx)
+        for (int dy = -reach_y; dy <= reach_y; ++dy) n += is(image, p + QPoint(dx, dy), c);
+    return n;
+}
+
+constexpr Rgb red{255, 0, 0}, black{0, 0, 0};
+
+// Breathing with noise at 50 samples a second for 30 minutes, many samples per pixel column,
+// looks as if every sample were drawn; a lost frame among it, narrower than a pixel, still shows,
+// and a hidden curve does not.
+TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
+    std::vector<double> t(90'000), volume(90'000);
+    uint32_t noise = 1;
+    for (size_t i = 0; i < t.size(); ++i) {
+        noise = noise * 1664525u + 1013904223u;
+        t[i] = i / 50.0;
+        volume[i] = 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t[i] / 4) + (noise >> 24) / 2560.0;
+    }
+    for (const QCPRange& range : {QCPRange{0, 1800}, {400.3, 527.9}, {900.01, 905.5}}) {
+        SCOPED_TRACE(range.lower);
+        Chart chart(600, 400, {range.lower, range.upper, -0.5, 2.5});
+        // The lost frame first: the curve drawn after it would paint it over.
+        chart.add(black, 0, 2, {t[45'000], t[45'001]}, {volume[45'000], volume[45'001]});
+        chart.add(red, 0, 1, t, volume);
+        const QImage image = chart.picture();
+        // Every sample, straight onto a picture of the same size.
+        QImage every(image.size(), QImage::Format_RGB32);
+        every.fill(Qt::white);
+        QPolygonF line;
+        for (size_t i = 0; i < t.size(); ++i)
+            line << QPointF(chart.widget.xAxis->coordToPixel(t[i]),
+                            chart.widget.yAxis->coordToPixel(volume[i]));
+        QPainter painter(&every);
+        painter.setClipRect(chart.widget.axisRect()->rect());
+        painter.setPen(QPen(Qt::red, 1, Qt::SolidLine, Qt::SquareCap));
+        painter.drawPolyline(line);
+        painter.end();
+        // Inside the frame and clear of the ticks, which the chart draws over the curve.
+        const QRect inside = chart.widget.axisRect()->rect().adjusted(6, 1, -1, -6);
+        int drawn = 0, differ = 0, astray = 0;
+        for (int y = inside.top(); y <= inside.bottom(); ++y) {
+            for (int x = inside.left(); x <= inside.right(); ++x) {
+                const bool there = is(every, {x, y}, red), shown = is(image, {x, y}, red);
+                drawn += there;
+                differ += there != shown && !is(image, {x, y}, black);
+                // Where a sample's line only grazes a pixel, the two may pick its neighbour.
+                astray +=
+                    there != shown && count_near(there ? image : every, {x, y}, 1, 1, red) == 0;
             }
+        }
+        EXPECT_TRUE(drawn > 1000 && differ <= drawn / 100 && astray == 0)
+            << drawn << " drawn, " << differ << " differ, " << astray << " astray";
+        if (range.lower == 0) {  // the whole recording
+            EXPECT_GE(count_near(image, chart.at(900.01, volume[45'000]), 0, 4, black), 2);
+        }
+        chart.model.Element(2);
+        chart.model.ElementShow(false);
+        const QImage hidden = chart.picture();
+        EXPECT_EQ(count_near(hidden, inside.center(), inside.width(), inside.height(), red), 0);
+    }
+}
+
+TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_reports) {
+    struct Case { int mode; Qt::MouseButton button; QPointF from, to; ChartRange expected; };
+    const Case cases[] = {
+        {track_zoom, Qt::LeftButton, {2, 8}, {6, 4}, {2, 6, 4, 8}},  // into the rectangle
+        {track_zoom, Qt::RightButton, {2.5, 5}, {2.5, 5}, {-2.5, 17.5, -5, 15}},  // out
+        {track_pan, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, -1, 9}},
+        {track_pan_x, Qt::LeftButton, {5, 5}, {7, 6}, {-2, 8, 0, 10}},  // along time only
+        {track_measure, Qt::LeftButton, {2, 8}, {6, 4}, {0, 10, 0, 10}},  // keeps the range
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "mode " << c.mode << ", button " << c.button);
+        Chart chart(600, 400, {0, 10, 0, 10});
+        chart.model.TrackMode = c.mode;
+        chart.widget.sync();
+        const QPoint a = chart.at(c.from.x(), c.from.y()), b = chart.at(c.to.x(), c.to.y());
+        QTest::mousePress(&chart.widget, c.button, {}, a);
+        for (int step = 1; step <= 4; ++step)
+            QTest::mouseMove(&chart.widget, a + (b - a) * step / 4);
+        QTest::mouseRelease(&chart.widget, c.button, {}, b);
+        // A pixel of the 600 x 400 widget is about 0.02 of either axis.
+        chart.expect_shown(c.expected, 0.1);
+        // A move with no button, on the new layout, then one over the axis labels, outside the
+        // plot area: no report.
+        chart.widget.replot();
+        QTest::mouseMove(&chart.widget, chart.at(3.5, 4.5));
+        QTest::mouseMove(&chart.widget, {2, 2});
+        // The left button held in measure mode is the measurement: press, moves, release.
+        const bool measure = c.mode == track_measure;
+        EXPECT_EQ(chart.states,
+                  (measure ? std::vector{1, 1, 1, 1, 1, 0, 0} : std::vector{0, 0, 0, 0, 0}));
+        auto near = [](QPointF p, QPointF q) { return (p - q).manhattanLength() < 0.05; };
+        EXPECT_TRUE(!chart.cursor.empty() && near(chart.cursor.back(), {3.5, 4.5}));
+        if (measure) {
+            const QPointF pressed(chart.model.track_press_x, chart.model.track_press_y);
+            EXPECT_TRUE(near(pressed / 1000, c.from));
+            EXPECT_TRUE(near(chart.cursor[5], c.to));
+        }
+        // An element added keeps the operator's range; a reset returns to the model's.
+        chart.add(red, 0, 1, {0, 10}, {0, 0});
+        chart.widget.sync();
+        chart.expect_shown(c.expected, 0.1);
+        chart.widget.reset_zoom();
+        chart.expect_shown({0, 10, 0, 10}, 0);
     }
 }
 
