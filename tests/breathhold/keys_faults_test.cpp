@@ -11,9 +11,9 @@ struct KeyRig : Rig {
     KeyRig() {
         form.patient_defined = true;
         form.b_state = 1;
-        form.abort_message = QStringLiteral("old abort ");
-        form.abort_by = QStringLiteral("user");
     }
+    void frame(uint8_t flags) { fakes.serial.receive(data_frame(flags, 1)); }
+    void space() { form.Form_KeyDown(32, 0); }
 };
 
 TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
@@ -47,21 +47,26 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
         {"abort behind a dialog", 4, 1, true, false, false, "X", "", "user", 1},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         KeyRig rig;
+        rig.form.abort_message = QStringLiteral("old abort ");
+        rig.form.abort_by = QStringLiteral("user");
         rig.form.b_state = c.b_state;
         rig.form.sw_state = c.sw_state;
         rig.form.patient_defined = c.patient;
         rig.form.volume = c.in_region ? 1.5 : 0.0;
-        rig.form.Gated_Treatment = c.enable_error;
-        rig.form.tarrow_Enable_error = c.enable_error;
+        rig.form.Gated_Treatment = rig.form.tarrow_Enable_error = c.enable_error;
         rig.form.gating_error_message = QStringLiteral("gating text");
         rig.form.settings_dialogs_open = c.dialogs;
         rig.form.Label2.Caption.clear();
-        rig.form.Form_KeyDown(32, 0);
-        EXPECT_TRUE(rig.form.abort_message.isEmpty()) << c.name;
-        EXPECT_EQ(rig.fakes.serial.sent(), QByteArray(c.sent)) << c.name;
-        EXPECT_EQ(rig.form.Label2.Caption, QString::fromLatin1(c.label)) << c.name;
-        EXPECT_EQ(rig.form.abort_by, QString::fromLatin1(c.abort_by)) << c.name;
+        rig.space();
+        EXPECT_TRUE(rig.form.abort_message.isEmpty());
+        EXPECT_EQ(rig.fakes.serial.sent(), QByteArray(c.sent));
+        EXPECT_EQ(rig.form.Label2.Caption, QString::fromLatin1(c.label));
+        EXPECT_EQ(rig.form.abort_by, QString::fromLatin1(c.abort_by));
+        // An abort in manual treatment raises the pause cue.
+        EXPECT_EQ(rig.form.pause_cue_visible, c.b_state == 4);
+        EXPECT_EQ(rig.fakes.timers.get("pauseBeamTimer").Enabled(), c.b_state == 4);
     }
 }
 
@@ -69,7 +74,7 @@ TEST(Spacebar, arms_on_exhale_with_b_and_draws_the_box_below_the_threshold) {
     KeyRig rig;
     rig.form.inhale = false;
     rig.form.volume = 2.0;
-    rig.form.Form_KeyDown(32, 0);
+    rig.space();
     EXPECT_EQ(rig.fakes.serial.sent(), "B");
     const auto& box = rig.fakes.chart.strokes.back();
     EXPECT_TRUE(box.is_box);
@@ -78,32 +83,14 @@ TEST(Spacebar, arms_on_exhale_with_b_and_draws_the_box_below_the_threshold) {
 
 TEST(Spacebar, other_keys_and_a_closed_port_send_nothing) {
     KeyRig rig;
+    rig.form.abort_message = QStringLiteral("old abort ");
     rig.form.Form_KeyDown(13, 0);
     EXPECT_EQ(rig.form.abort_message, QStringLiteral("old abort "));
     rig.fakes.serial.set_PortOpen(false);
-    rig.form.Form_KeyDown(32, 0);
+    rig.space();
     EXPECT_EQ(rig.fakes.serial.sent(), "");
     // The prompt is still that of standby: the state changes with the module's frames.
     EXPECT_EQ(rig.form.Label2.Caption, QStringLiteral("Press spacebar to activate."));
-}
-
-TEST(Spacebar, an_abort_in_manual_treatment_raises_the_pause_cue) {
-    KeyRig rig;
-    rig.form.b_state = 4;
-    rig.form.Form_KeyDown(32, 0);
-    EXPECT_TRUE(rig.form.pause_cue_visible);
-    EXPECT_TRUE(rig.fakes.timers.get("pauseBeamTimer").Enabled());
-}
-
-TEST(Spacebar, in_a_fault_clears_only_the_distress) {
-    KeyRig rig;
-    rig.form.sw_state = 2;
-    rig.form.distress_fault = true;
-    rig.form.line_fault = true;
-    rig.form.Form_KeyDown(32, 0);
-    EXPECT_FALSE(rig.form.distress_fault);
-    EXPECT_TRUE(rig.form.line_fault);
-    EXPECT_EQ(rig.fakes.serial.sent(), "");
 }
 
 TEST(KeyGuard, swallows_the_combinations_that_switch_away) {
@@ -119,14 +106,6 @@ TEST(KeyGuard, swallows_the_combinations_that_switch_away) {
         EXPECT_EQ(swallow_key(c.key, c.alt, c.ctrl), c.swallowed) << c.key << c.alt << c.ctrl;
 }
 
-struct FaultRig : Rig {
-    FaultRig() {
-        form.patient_defined = true;
-        form.b_state = 1;
-    }
-    void frame(uint8_t flags) { fakes.serial.receive(data_frame(flags, 1)); }
-};
-
 TEST(FaultSummary, lists_the_standing_faults_in_fixed_order_after_a_blank) {
     struct Case { uint8_t flags; bool distress; const char* abort; const char* text; };
     const Case cases[] = {
@@ -136,7 +115,7 @@ TEST(FaultSummary, lists_the_standing_faults_in_fixed_order_after_a_blank) {
         {0x00, false, "", " Transducer Fault."},
     };
     for (const auto& c : cases) {
-        FaultRig rig;
+        KeyRig rig;
         rig.form.distress_fault = c.distress;
         rig.form.abort_message = QString::fromLatin1(c.abort);
         rig.frame(c.flags);
@@ -148,43 +127,44 @@ TEST(FaultSummary, lists_the_standing_faults_in_fixed_order_after_a_blank) {
     }
 }
 
+// The label flashes red and window grey while the fault stands; when it goes the settings
+// are sent again.
 TEST(FaultSummary, a_fault_for_one_frame_goes_round_the_whole_circle) {
-    FaultRig rig;
+    KeyRig rig;
     rig.frame(0x24);
     EXPECT_EQ(rig.form.sw_state, 2);
+    FakeTimer& flash = rig.fakes.timers.get("Timer1");
+    EXPECT_EQ(flash.Interval(), 500);
+    flash.tick();
+    EXPECT_EQ(rig.form.Label2.BackColor, window_background);
+    flash.tick();
+    EXPECT_EQ(rig.form.Label2.BackColor, (Rgb{255, 0, 0}));
     rig.fakes.serial.clear_sent();
     rig.frame(0x04);
     EXPECT_EQ(rig.form.sw_state, 1);
-    EXPECT_FALSE(rig.form.fault_mode_enabled);
-    EXPECT_FALSE(rig.fakes.timers.get("Timer1").Enabled());
+    EXPECT_FALSE(rig.form.fault_mode_enabled || flash.Enabled());
     EXPECT_EQ(rig.form.Label2.BackColor, window_background);
     EXPECT_EQ(rig.form.Label2.Caption, QStringLiteral("Press spacebar to activate."));
-    EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));  // settings sent again
+    EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));
     EXPECT_TRUE(rig.fakes.serial.sent().endsWith("1V"));
 }
 
+// The spacebar in a fault clears only the distress; a distress alone then ends with the
+// next frame.
 TEST(FaultSummary, a_distress_alone_ends_with_the_spacebar_and_the_next_frame) {
-    FaultRig rig;
-    rig.fakes.serial.receive(data_frame(0x06, 1));
-    rig.fakes.serial.receive(data_frame(0x04, 1));
-    rig.fakes.serial.receive(data_frame(0x06, 1));
+    KeyRig rig;
+    for (const uint8_t flags : {0x06, 0x04, 0x06}) rig.frame(flags);
     ASSERT_TRUE(rig.form.distress_fault);
     rig.frame(0x04);
     EXPECT_EQ(rig.form.sw_state, 2);
-    rig.form.Form_KeyDown(32, 0);
+    rig.form.line_fault = true;
+    rig.space();
+    EXPECT_FALSE(rig.form.distress_fault);
+    EXPECT_TRUE(rig.form.line_fault);
+    EXPECT_EQ(rig.fakes.serial.sent().right(1), "X") << "nothing sent by the spacebar";
+    rig.form.line_fault = false;
     rig.frame(0x04);
     EXPECT_EQ(rig.form.sw_state, 1);
-}
-
-TEST(FaultFlash, label2_alternates_red_and_window_grey) {
-    FaultRig rig;
-    rig.form.enter_fault_mode(QStringLiteral("x"));
-    FakeTimer& timer = rig.fakes.timers.get("Timer1");
-    EXPECT_EQ(timer.Interval(), 500);
-    timer.tick();
-    EXPECT_EQ(rig.form.Label2.BackColor, window_background);
-    timer.tick();
-    EXPECT_EQ(rig.form.Label2.BackColor, (Rgb{255, 0, 0}));
 }
 
 }  // namespace
