@@ -3,7 +3,8 @@
 #include <QDir>
 #include <QFile>
 
-#include "fakes/rig.h"
+#include "app/patient_rig.h"
+#include "app/release.h"
 #include "language/messages.h"
 
 namespace zel::test {
@@ -35,12 +36,6 @@ struct StartRig : Rig {
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("[ZEL]\r\nDataPath=" + patients.path().toLatin1() + "\r\n");
     }
-    // What the operator saw, in order: message boxes, dialogs and windows.
-    QStringList seen() const {
-        QStringList all = fakes.boxes.shown;
-        all.append(fakes.windows.log);
-        return all;
-    }
 };
 
 TEST(Startup, a_bare_machine_asks_for_the_data_folder_then_checks_and_asks_for_a_patient) {
@@ -58,127 +53,104 @@ TEST(Startup, a_bare_machine_asks_for_the_data_folder_then_checks_and_asks_for_a
         rig.module_passes_the_check();
     });
     rig.form.Form_Load();
-    order.append(rig.fakes.dialogs.titles);
-    EXPECT_EQ(order.mid(0, 4),
-              (QStringList{QStringLiteral("ZEL System Initialization file"),
-                           message_text(109).left(30), QStringLiteral("banner"),
-                           QStringLiteral("system check")}));
+    EXPECT_EQ(order, (QStringList{"ZEL System Initialization file", message_text(109).left(30),
+                                  "banner", "system check"}));
     EXPECT_EQ(rig.fakes.dialogs.titles, QStringList{QStringLiteral("Select Patient Data Path")});
     EXPECT_EQ(rig.fakes.windows.log.filter(QStringLiteral("ask")),
               QStringList{QStringLiteral("ask ") + message_text(123)});
-    EXPECT_TRUE(rig.fakes.windows.main_visible);
-    EXPECT_TRUE(rig.fakes.windows.key_guard);
+    EXPECT_TRUE(rig.fakes.windows.main_visible && rig.fakes.windows.key_guard);
     EXPECT_EQ(rig.form.data_directory, rig.patients.path());
     EXPECT_TRUE(QFile::exists(rig.form.AppDataPath + QStringLiteral("/datapath.ini")));
     EXPECT_TRUE(rig.ended.isEmpty());
 }
 
-TEST(Startup, cancelling_the_folder_chooser_ends_the_program_and_leaves_no_file) {
-    StartRig rig;
-    rig.form.Form_Load();
-    EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
-    EXPECT_EQ(QDir(rig.form.AppDataPath).entryList(QDir::Files), QStringList{});
-    EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("Form6")).isEmpty());
-    EXPECT_FALSE(rig.fakes.windows.main_visible);
+// No folder for the patients (the chooser cancelled), or a failed system check: the program
+// ends with the port closed, asking nothing.
+TEST(Startup, ends_without_a_data_folder_or_after_a_failed_system_check) {
+    for (const bool chosen : {false, true}) {
+        StartRig rig;
+        if (chosen) rig.write_data_path();
+        rig.fakes.windows.during(Window::Form13, [&] {
+            rig.fakes.serial.set_PortOpen(true);
+            rig.form.Form13_Command1_Click();
+        });
+        rig.form.Form_Load();
+        EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
+        EXPECT_EQ(QDir(rig.form.AppDataPath).entryList(QDir::Files),
+                  chosen ? QStringList{"datapath.ini"} : QStringList{});
+        EXPECT_EQ(rig.fakes.windows.log.filter(QStringLiteral("Form6")).isEmpty(), !chosen);
+        EXPECT_FALSE(rig.fakes.serial.PortOpen());
+        EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
+        EXPECT_FALSE(rig.fakes.windows.main_visible);
+    }
 }
 
-TEST(Startup, a_failed_system_check_closes_the_port_and_ends_without_asking) {
-    StartRig rig;
-    rig.write_data_path();
-    rig.fakes.windows.during(Window::Form13, [&] {
-        rig.fakes.serial.set_PortOpen(true);
-        rig.form.Form13_Command1_Click();
-    });
-    rig.form.Form_Load();
-    EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
-    EXPECT_FALSE(rig.fakes.serial.PortOpen());
-    EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
-    EXPECT_FALSE(rig.fakes.windows.main_visible);
-}
-
-TEST(Startup, sets_captions_and_the_time_scale_and_searches_for_the_module) {
-    StartRig rig;
-    rig.write_data_path();
-    rig.form.Form_Load();
-    EXPECT_EQ(rig.form.Caption, QStringLiteral("Zelmoor  3.00.01"));
-    EXPECT_EQ(rig.form.zel_exit.Caption, QStringLiteral("&Exit"));
-    EXPECT_EQ(rig.form.Label_last_name.Caption, QStringLiteral("No patient defined"));
-    EXPECT_EQ(rig.form.Label1.Caption, QStringLiteral("1 sec / division"));
-    EXPECT_TRUE(rig.form.label_session.Caption.isEmpty());
-    EXPECT_FALSE(rig.form.Patient_Settings.Enabled);
-    EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled());
-    EXPECT_EQ(rig.form.Pic.Width, 13056);
-    EXPECT_EQ(rig.form.Pic.Height, 7488);
+// The time scale saved in the system settings names the chart's divisions.
+TEST(Startup, names_the_time_scale_shows_no_patient_and_searches_for_the_module) {
+    for (const int scale : {1, 2, 3}) {
+        StartRig rig;
+        rig.write_data_path();
+        rig.form.system_parameter_filestamp =
+            QStringLiteral("ZEL System Parameter File - DO NOT EDIT ") + release::software_version();
+        rig.form.number_format = QStringLiteral("dot");
+        rig.form.x_scale_factor = static_cast<float>(scale);
+        rig.form.save_ini_file();
+        rig.form.Form_Load();
+        EXPECT_EQ(rig.form.Label1.Caption, message_text(189 + scale)) << scale;
+        EXPECT_EQ(rig.form.Caption, QStringLiteral("Zelmoor  3.00.01"));
+        EXPECT_EQ(rig.form.Label_last_name.Caption, QStringLiteral("No patient defined"));
+        EXPECT_TRUE(rig.form.label_session.Caption.isEmpty());
+        EXPECT_FALSE(rig.form.Patient_Settings.Enabled);
+        EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled());
+        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
+    }
 }
 
 TEST(ChartLabels, stand_on_the_grid_lines_with_their_volumes) {
-    struct Case { double max_y; const char* top; const char* middle; const char* bottom; };
-    const Case cases[] = {{2, "2.00", "0.00", "-2.00"}, {1, "1.00", "0.00", "-1.00"},
-                          {2.5, "2.50", "0.00", "-2.50"}};
+    struct Case { double max_y; const char* top; const char* second; const char* bottom; };
+    const Case cases[] = {{2, "2.00", "1.50", "-2.00"}, {1, "1.00", "0.75", "-1.00"},
+                          {2.5, "2.50", "1.88", "-2.50"}};
     for (const auto& c : cases) {
         Rig rig;
         rig.form.max_y = c.max_y;
         rig.form.min_y = -c.max_y;
         rig.form.layout_main_window();
-        EXPECT_EQ(rig.form.ylabel1.Caption, QString::fromLatin1(c.top));
-        EXPECT_EQ(rig.form.ylabel5.Caption, QString::fromLatin1(c.middle));
-        EXPECT_EQ(rig.form.ylabel9.Caption, QString::fromLatin1(c.bottom));
+        EXPECT_EQ((QStringList{rig.form.ylabel1.Caption, rig.form.ylabel2.Caption,
+                               rig.form.ylabel5.Caption, rig.form.ylabel9.Caption}),
+                  (QStringList{c.top, c.second, "0.00", c.bottom}));
+        // Each label's middle on its grid line, the chart's height in eight divisions.
         for (int k = 1; k <= 9; ++k)
-            EXPECT_DOUBLE_EQ(rig.form.ylabel(k)->Top,
-                             (k - 1) / 8.0 * 7488 + rig.form.Pic.Top - 255 / 2.0);
+            EXPECT_DOUBLE_EQ(rig.form.ylabel(k)->Top + rig.form.ylabel(k)->Height / 2,
+                             (k - 1) / 8.0 * rig.form.Pic.Height + rig.form.Pic.Top);
+        // The threshold's label stands just right of the chart.
+        EXPECT_DOUBLE_EQ(rig.form.thresh_label.Left, rig.form.Pic.Width * 1.03 + rig.form.Pic.Left);
+        EXPECT_EQ(rig.form.infolabel3.Caption, QStringLiteral("Sunday, November 22, 2026   09:05:07"));
     }
-    Rig rig;
-    rig.form.max_y = 2;
-    rig.form.min_y = -2;
-    rig.form.layout_main_window();
-    EXPECT_EQ(rig.form.ylabel2.Caption, QStringLiteral("1.50"));
-    EXPECT_DOUBLE_EQ(rig.form.thresh_label.Left, 13056 * 1.03 + rig.form.Pic.Left);
-    EXPECT_DOUBLE_EQ(rig.form.elapsed_label.Left, rig.form.Pic.Left + 13056 - 855);
-    EXPECT_DOUBLE_EQ(rig.form.infolabel5.Left, rig.form.elapsed_label.Left - 1215);
-    EXPECT_DOUBLE_EQ(rig.form.Frame2.Top, rig.form.Pic.Top + 7488 + 2 * 240);
-    EXPECT_DOUBLE_EQ(rig.form.cmdRecord.Top, rig.form.Frame2.Top + 1815 - 855 - 10);
-    EXPECT_EQ(rig.form.infolabel3.Caption, QStringLiteral("Sunday, November 22, 2026   09:05:07"));
 }
 
-TEST(Shutdown, with_no_patient_asks_nothing_and_sends_nothing) {
-    Rig rig;
-    rig.form.zel_exit_Click();
-    EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
-    EXPECT_EQ(rig.fakes.serial.sent(), "");
-    EXPECT_FALSE(rig.fakes.serial.PortOpen());
-    EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
-}
-
-// Doe, Jane, A1 in force, session 1, with her folder.
-void define_patient(Rig& rig) {
-    rig.form.patient_defined = true;
-    rig.form.data_directory = rig.app_data.path();
-    rig.form.patient_last_name = QStringLiteral("Doe");
-    rig.form.patient_first_name = QStringLiteral("Jane");
-    rig.form.patient_medical_id = QStringLiteral("A1");
-    rig.form.session = QStringLiteral("1");
-    QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
-}
-
+// Without a patient nothing is asked; with one, the session question's Cancel changes
+// nothing, and Yes or No end the link, the gating library and the key guard.
 TEST(Shutdown, with_a_patient_asks_to_save_and_cancel_changes_nothing) {
-    struct Case { int button; bool ends; };
-    for (const Case c : {Case{2, false}, Case{1, true}, Case{0, true}}) {
+    struct Case { bool patient; int button; bool ends; const char* sent; };
+    const Case cases[] = {{false, 0, true, ""}, {true, 2, false, ""}, {true, 1, true, "d"},
+                          {true, 0, true, "d"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.patient << c.button);
         Rig rig;
-        define_patient(rig);
-        rig.form.Gated_Treatment = true;
+        if (c.patient) define_patient(rig);
+        rig.form.Gated_Treatment = c.patient;
         rig.form.hhkLowLevelKybd = rig.fakes.windows.install_key_guard();
         rig.fakes.windows.answer(c.button);
         rig.form.zel_exit_Click();
-        EXPECT_EQ(QFile::exists(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini")),
-                  c.button == 0)
-            << c.button;
+        EXPECT_EQ(QFile::exists(doe_folder(rig) + QStringLiteral("/session.ini")),
+                  c.patient && c.button == 0);
         EXPECT_EQ(rig.fakes.windows.log.filter(QStringLiteral("ask")),
-                  QStringList{QStringLiteral("ask Save session history?")});
-        EXPECT_EQ(rig.ended.size(), c.ends ? 1 : 0) << c.button;
-        EXPECT_EQ(rig.fakes.serial.sent(), c.ends ? QByteArray("d") : QByteArray()) << c.button;
-        EXPECT_EQ(rig.fakes.serial.PortOpen(), !c.ends) << c.button;
-        EXPECT_EQ(rig.fakes.windows.key_guard, !c.ends) << c.button;
-        EXPECT_EQ(rig.fakes.tarrow.calls.contains(QStringLiteral("Close()")), c.ends) << c.button;
+                  c.patient ? QStringList{"ask Save session history?"} : QStringList{});
+        EXPECT_EQ(rig.ended, c.ends ? QStringList{"0"} : QStringList{});
+        EXPECT_EQ(rig.fakes.serial.sent(), QByteArray(c.sent));
+        EXPECT_EQ(rig.fakes.serial.PortOpen(), !c.ends);
+        EXPECT_EQ(rig.fakes.windows.key_guard, !c.ends);
+        EXPECT_EQ(rig.fakes.tarrow.calls.contains(QStringLiteral("Close()")), c.ends && c.patient);
     }
 }
 
