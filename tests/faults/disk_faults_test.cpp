@@ -92,53 +92,45 @@ struct Writer {
     bool appends = false;  // grows the file; otherwise replaces it whole
 };
 
+In in_folder(const char* name) {
+    return [name](DiskRig& r) { return r.folder() + QLatin1Char('/') + QLatin1String(name); };
+}
+In in_app_data(const char* name) {
+    return [name](DiskRig& r) { return r.form.AppDataPath + QLatin1Char('/') + QLatin1String(name); };
+}
+Do in_event(const char* name, void (Form1::*handler)()) {
+    return [=](DiskRig& r) { r.form.run_event(name, [&] { (r.form.*handler)(); }); };
+}
+
 const std::set<Call> replacing = {Call::open, Call::write, Call::sync, Call::close, Call::rename};
 const std::set<Call> appending = {Call::write};  // to a file open already
 const std::set<Call> opening = {Call::open, Call::write, Call::close};
-
-const Do save_patient = [](DiskRig& r) {
-    r.form.thresh = 1.55f;
-    r.form.save_patient_parameters();
-};
 const In curve = [](DiskRig& r) { return r.form.record_filename; };
+const Do save_patient = [](DiskRig& r) { r.form.thresh = 1.55f; r.form.save_patient_parameters(); };
 
 const Writer writers[] = {
-    {"session history", replacing, Outcome::message, 101,
-     [](DiskRig& r) { return r.folder() + QStringLiteral("/session.ini"); },
+    {"session history", replacing, Outcome::message, 101, in_folder("session.ini"),
      [](DiskRig& r) { r.form.save_session(); }},
-    {"patient file", replacing, Outcome::message, 142, [](DiskRig& r) { return r.zel(); },
+    {"patient file", replacing, Outcome::message, 142, in_folder("Doe.zel"), save_patient},
+    {"patient file's companion", replacing, Outcome::message, 142, in_folder("Doe.sfv"),
      save_patient},
-    {"patient file's companion", replacing, Outcome::message, 142,
-     [](DiskRig& r) { return r.folder() + QStringLiteral("/Doe.sfv"); }, save_patient},
-    {"system settings", replacing, Outcome::message, 142,
-     [](DiskRig& r) { return r.form.AppDataPath + QStringLiteral("/zel.ini"); },
-     [](DiskRig& r) {
-         r.form.duration = 17;
-         r.form.save_ini_file();
-     }},
-    {"data path", replacing, Outcome::quiet, 0,
-     [](DiskRig& r) { return r.form.AppDataPath + QStringLiteral("/datapath.ini"); },
-     [](DiskRig& r) {
+    {"system settings", replacing, Outcome::message, 142, in_app_data("zel.ini"),
+     [](DiskRig& r) { r.form.duration = 17; r.form.save_ini_file(); }},
+    {"data path", replacing, Outcome::quiet, 0, in_app_data("datapath.ini"), [](DiskRig& r) {
          QString elsewhere = QStringLiteral("/srv/patients");
          EXPECT_FALSE(r.form.write_data_path(elsewhere));
      }},
-    {"curve line", appending, Outcome::report, 0, curve, [](DiskRig& r) { r.good_frames(2); },
-     true},
+    {"curve line", appending, Outcome::report, 0, curve, [](DiskRig& r) { r.good_frames(2); }, true},
     {"curve file at pause", {Call::close}, Outcome::report, 0, curve,
-     [](DiskRig& r) { r.form.run_event("cmdPause_Click", [&] { r.form.cmdPause_Click(); }); },
-     true},
-    {"curve header", {Call::open, Call::write, Call::close}, Outcome::report, 0,
-     [](DiskRig& r) {
+     in_event("cmdPause_Click", &Form1::cmdPause_Click), true},
+    {"curve header", opening, Outcome::report, 0, [](DiskRig& r) {
          r.form.cmdPause_Click();
          r.form.record_file_created = false;
          return r.folder() + QStringLiteral("/Doe_4.dat");
-     },
-     [](DiskRig& r) { r.form.run_event("cmdRecord_Click", [&] { r.form.cmdRecord_Click(); }); },
-     true},
+     }, in_event("cmdRecord_Click", &Form1::cmdRecord_Click), true},
     {"checksum log", appending, Outcome::report, 0, [](DiskRig& r) { return r.checksum_log(); },
      [](DiskRig& r) { r.bad_frame(); }, true},
-    {"gating log", opening, Outcome::quiet, 0,
-     [](DiskRig& r) { return r.folder() + QStringLiteral("/tarrow_log.txt"); },
+    {"gating log", opening, Outcome::quiet, 0, in_folder("tarrow_log.txt"),
      [](DiskRig& r) { r.form.write_tarrow_log(); }, true},
 };
 
