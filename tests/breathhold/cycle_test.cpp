@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "breathhold/key_guard.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
 
@@ -17,6 +18,8 @@ struct CycleRig : Rig {
     void frame(uint8_t balloon, uint16_t time_left = 0, uint8_t flags = 0x06) {
         fakes.serial.receive(data_frame(flags, balloon, 0, time_left));
     }
+    // A frame in standby with these switch and fault flags.
+    void fault_frame(uint8_t flags) { fakes.serial.receive(data_frame(flags, 1)); }
     // Frames of a hold counting down from `from` to `to` frames left.
     void hold(int from, int to) {
         for (int k = from; k >= to; --k) frame(4, static_cast<uint16_t>(std::max(k, 0)));
@@ -24,17 +27,9 @@ struct CycleRig : Rig {
 };
 
 TEST(BalloonStateTable, each_row_moves_the_state_and_runs_its_actions) {
-    struct Case {
-        int16_t before;
-        uint8_t reported;
-        int16_t after;
-        const char* prompt;  // Label2 afterwards ("" = untouched)
-        bool menus_locked;
-        bool record_locked;
-        Rgb countdown;
-        int holds;
-        bool redrawn;
-    };
+    // The prompt is Label2 afterwards ("" = untouched).
+    struct Case { int16_t before; uint8_t reported; int16_t after; const char* prompt;
+                  bool menus_locked, record_locked; Rgb countdown; int holds; bool redrawn; };
     const Rgb grey{192, 192, 192}, yellow{255, 255, 0}, none{224, 224, 224};
     const char* activate = "Press spacebar to activate.";
     const char* deactivate = "Press spacebar to deactivate.";
@@ -205,6 +200,150 @@ TEST(TarrowPoll, runs_every_twenty_five_counts_in_a_gated_treatment) {
     EXPECT_EQ(rig.fakes.tarrow.calls.count(QStringLiteral("Connected()")), 4);
     EXPECT_EQ(rig.form.tarrow_DLL_firmware, QStringLiteral("1.0.0.7  "));
     EXPECT_TRUE(rig.form.tarrowNewData);
+}
+
+// Another key leaves the abort message; the spacebar always empties it first. A closed port
+// sends nothing, and the prompt stays that of standby: the state changes with the frames.
+TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
+    struct Case {
+        const char* name;
+        int16_t b_state, sw_state;
+        bool patient, in_region, enable_error;
+        const char *sent, *label, *abort_by;
+        int dialogs = 0;  // settings dialogs standing
+        int key = 32;
+        bool port_open = true;
+    };
+    const char* activate = "Press spacebar to activate.";
+    const Case cases[] = {
+        {"activate on inhale", 1, 1, true, false, false, "A", activate, ""},
+        {"no patient", 1, 1, false, false, false, "", "Patient information not defined. Please "
+                                                      "load or create patient.", "user"},
+        {"in the region", 1, 1, true, true, false, "", "Activation Ignored. Volume in threshold "
+                                                       "region.", "user"},
+        {"gating not enabled", 1, 1, true, false, true, "", "gating text", "user"},
+        {"deactivate", 2, 1, true, false, false, "X", "", "user"},
+        {"deactivate on exhale", 3, 1, true, false, false, "X", "", "user"},
+        {"abort", 4, 1, true, false, false, "X", "", "user"},
+        {"state 5", 5, 1, true, false, false, "", "", "user"},
+        {"state 0", 0, 1, true, false, false, "", "", "user"},
+        {"fault", 1, 2, true, false, false, "", "", "user"},
+        // A hold armed behind a settings dialog could be altered by its Save; one under way
+        // is still stopped from there.
+        {"behind a dialog", 1, 1, true, false, false, "", "", "user", 1},
+        {"deactivate behind a dialog", 2, 1, true, false, false, "X", "", "user", 1},
+        {"abort behind a dialog", 4, 1, true, false, false, "X", "", "user", 1},
+        {"another key", 1, 1, true, false, false, "", "", "user", 0, 13},
+        {"closed port", 1, 1, true, false, false, "", activate, "", 0, 32, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        CycleRig rig;
+        Form1& f = rig.form;
+        f.abort_message = QStringLiteral("old abort ");
+        f.abort_by = QStringLiteral("user");
+        f.b_state = c.b_state;
+        f.sw_state = c.sw_state;
+        f.patient_defined = c.patient;
+        f.volume = c.in_region ? 1.5 : 0.0;
+        f.Gated_Treatment = f.tarrow_Enable_error = c.enable_error;
+        f.gating_error_message = QStringLiteral("gating text");
+        f.settings_dialogs_open = c.dialogs;
+        f.Label2.Caption.clear();
+        rig.fakes.serial.set_PortOpen(c.port_open);
+        f.Form_KeyDown(c.key, 0);
+        EXPECT_EQ(f.abort_message, c.key == 32 ? "" : "old abort ");
+        EXPECT_EQ(rig.fakes.serial.sent(), QByteArray(c.sent));
+        EXPECT_EQ((QStringList{f.Label2.Caption, f.abort_by}), (QStringList{c.label, c.abort_by}));
+        // An abort in manual treatment raises the pause cue.
+        EXPECT_EQ(f.pause_cue_visible, c.b_state == 4);
+        EXPECT_EQ(rig.fakes.timers.get("pauseBeamTimer").Enabled(), c.b_state == 4);
+    }
+}
+
+TEST(Spacebar, arms_on_exhale_with_b_and_draws_the_box_below_the_threshold) {
+    CycleRig rig;
+    rig.form.inhale = false;
+    rig.form.volume = 2.0;
+    rig.form.Form_KeyDown(32, 0);
+    EXPECT_EQ(rig.fakes.serial.sent(), "B");
+    const auto& box = rig.fakes.chart.strokes.back();
+    EXPECT_TRUE(box.is_box);
+    EXPECT_EQ(box.y2, 2.0);
+}
+
+TEST(KeyGuard, swallows_the_combinations_that_switch_away) {
+    struct Case { uint32_t key; bool alt, ctrl, swallowed; };
+    const Case cases[] = {
+        {vk_tab, true, false, true},          {vk_escape, true, false, true},
+        {vk_escape, false, true, true},       {vk_left_windows, false, false, true},
+        {vk_right_windows, false, false, false}, {vk_tab, false, false, false},
+        {vk_tab, false, true, false},         {vk_escape, false, false, false},
+        {0x20, true, true, false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(swallow_key(c.key, c.alt, c.ctrl), c.swallowed) << c.key << c.alt << c.ctrl;
+}
+
+TEST(FaultSummary, lists_the_standing_faults_in_fixed_order_after_a_blank) {
+    struct Case { uint8_t flags; bool distress; const char* abort; const char* text; };
+    const Case cases[] = {
+        {0x24, true, "", " Line Fault. Distress Signal.  Press spacebar to clear."},
+        {0x70, false, "", " Line Fault. Battery Fault. Transducer Fault. Balloon fault."},
+        {0x14, false, "Breath hold aborted x. ", "Breath hold aborted x.  Battery Fault."},
+        {0x00, false, "", " Transducer Fault."},
+    };
+    for (const auto& c : cases) {
+        CycleRig rig;
+        rig.form.distress_fault = c.distress;
+        rig.form.abort_message = QString::fromLatin1(c.abort);
+        rig.fault_frame(c.flags);
+        EXPECT_EQ(rig.form.Label2.Caption, QString::fromLatin1(c.text));
+        EXPECT_EQ(rig.form.Label2.BackColor, (Rgb{255, 0, 0}));
+        EXPECT_TRUE(rig.fakes.timers.get("Timer1").Enabled());
+        EXPECT_FALSE(rig.form.load_existing_patient.Enabled);
+        EXPECT_TRUE(rig.form.zel_exit.Enabled);
+    }
+}
+
+// The label flashes red and window grey while the fault stands; when it goes the settings
+// are sent again.
+TEST(FaultSummary, a_fault_for_one_frame_goes_round_the_whole_circle) {
+    CycleRig rig;
+    rig.fault_frame(0x24);
+    EXPECT_EQ(rig.form.sw_state, 2);
+    FakeTimer& flash = rig.fakes.timers.get("Timer1");
+    EXPECT_EQ(flash.Interval(), 500);
+    flash.tick();
+    EXPECT_EQ(rig.form.Label2.BackColor, window_background);
+    flash.tick();
+    EXPECT_EQ(rig.form.Label2.BackColor, (Rgb{255, 0, 0}));
+    rig.fakes.serial.clear_sent();
+    rig.fault_frame(0x04);
+    EXPECT_EQ(rig.form.sw_state, 1);
+    EXPECT_FALSE(rig.form.fault_mode_enabled || flash.Enabled());
+    EXPECT_EQ(rig.form.Label2.BackColor, window_background);
+    EXPECT_EQ(rig.form.Label2.Caption, QStringLiteral("Press spacebar to activate."));
+    EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L"));
+    EXPECT_TRUE(rig.fakes.serial.sent().endsWith("1V"));
+}
+
+// The spacebar in a fault clears only the distress; a distress alone then ends with the
+// next frame.
+TEST(FaultSummary, a_distress_alone_ends_with_the_spacebar_and_the_next_frame) {
+    CycleRig rig;
+    for (const uint8_t flags : {0x06, 0x04, 0x06}) rig.fault_frame(flags);
+    ASSERT_TRUE(rig.form.distress_fault);
+    rig.fault_frame(0x04);
+    EXPECT_EQ(rig.form.sw_state, 2);
+    rig.form.line_fault = true;
+    rig.form.Form_KeyDown(32, 0);
+    EXPECT_FALSE(rig.form.distress_fault);
+    EXPECT_TRUE(rig.form.line_fault);
+    EXPECT_EQ(rig.fakes.serial.sent().right(1), "X") << "nothing sent by the spacebar";
+    rig.form.line_fault = false;
+    rig.fault_frame(0x04);
+    EXPECT_EQ(rig.form.sw_state, 1);
 }
 
 }  // namespace
