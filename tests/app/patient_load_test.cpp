@@ -204,30 +204,5 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
     EXPECT_FALSE(rig.form.patient_defined);
 }
 
-TEST(PatientLoad, the_session_dialog_refuses_a_session_of_the_loaded_patients_history) {
-    WorkflowRig rig;
-    rig.create();
-    rig.form.session = QStringLiteral("1");
-    rig.fakes.windows.answer(0);  // Yes: the session is saved
-    ASSERT_TRUE(rig.form.leave_current_patient());
-    // Another patient's names are still in the members when the load begins.
-    rig.form.patient_last_name = QStringLiteral("Roe");
-    QString suggested;
-    bool refused = false;
-    rig.fakes.dialogs.choose_file(rig.zel());
-    rig.fakes.windows.during(Window::Form5, [&] {
-        Form5& f = *rig.form.form5;
-        suggested = f.Text_session.Text;
-        WorkflowRig::type(f, f.Text_session, QStringLiteral("1"));
-        f.click(f.button_done);
-        refused = !f.unloaded;
-        f.click(f.button_cancel);
-    });
-    rig.form.load_existing_patient_Click();
-    EXPECT_EQ(suggested, QStringLiteral("2"));
-    EXPECT_TRUE(refused);
-    EXPECT_FALSE(rig.form.patient_defined);
-}
-
 }  // namespace
 }  // namespace zel::test
