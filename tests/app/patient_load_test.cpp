@@ -32,19 +32,15 @@ struct WorkflowRig : Rig {
     QString quarantined() const {
         return app_data.path() + QLatin1Char('/') + message_text(342) + "/Doe_Jane_A1/Doe.zel";
     }
-    static void type(Form5& f, TextBox& box, const QString& text) {
-        f.type_text(box, text, static_cast<int>(text.size()));
-    }
     // The operator fills the new-patient dialog and presses Done; the recording question is
     // answered No.
     void create(bool automated = false) {
         fakes.windows.during(Window::Form5, [this, automated] {
             Form5& f = *form.form5;
-            type(f, f.Text_last_name, QStringLiteral("Doe"));
-            type(f, f.Text_first_name, QStringLiteral("Jane"));
-            type(f, f.Text_medical_id, QStringLiteral("A1"));
+            for (auto [box, text] : {std::pair{&f.Text_last_name, "Doe"}, {&f.Text_first_name, "Jane"},
+                                     {&f.Text_medical_id, "A1"}, {&f.Threshold_Text, "1.5"}})
+                f.type_text(*box, QString::fromLatin1(text), static_cast<int>(strlen(text)));
             f.click(automated ? f.Check_automatic : f.Check_manual);
-            type(f, f.Threshold_Text, QStringLiteral("1.5"));
             f.key_press(f.Threshold_Text, 13);
             f.click(f.button_done);
         });
@@ -55,7 +51,7 @@ struct WorkflowRig : Rig {
     void load(const QString& path) {
         fakes.dialogs.choose_file(path);
         fakes.windows.during(Window::Form5, [this] {
-            type(*form.form5, form.form5->Text_session, QStringLiteral("2"));
+            form.form5->type_text(form.form5->Text_session, QStringLiteral("2"), 1);
             form.form5->click(form.form5->button_done);
         });
         fakes.windows.answer(1);
@@ -96,45 +92,38 @@ TEST(PatientCreate, writes_the_patient_files_and_puts_the_patient_in_force) {
               (QStringList{"Close()", "SetRelayEnablePermission(1)", "Close()"}));
 }
 
+// A saved patient comes back with its settings for a new session; a gated one opens the
+// gating link, or fails without the library.
 TEST(PatientLoad, a_saved_patient_comes_back_with_its_settings_for_a_new_session) {
-    WorkflowRig rig;
-    rig.create();
-    rig.leave();
-    // Settings of the console that the patient's file overrides.
-    rig.form.thresh = 0.4f;
-    rig.form.max_y = 5;
-    rig.load(rig.zel());
-    ASSERT_TRUE(rig.form.patient_defined);
-    EXPECT_EQ(rig.form.session, QStringLiteral("2"));
-    EXPECT_FLOAT_EQ(rig.form.thresh, 1.5f);
-    EXPECT_EQ(std::tuple(rig.form.max_y, rig.form.min_y, rig.form.duration, rig.form.inhale),
-              std::tuple(2.0, -2.0, 12.0, true));
-    EXPECT_FALSE(rig.form.Gated_Treatment);
-    EXPECT_EQ(rig.form.gating_start_mode, message_text(269));
-    EXPECT_EQ(patient_view(rig.form),
-              (QStringList{"Doe", message_text(201) + " 2", message_text(117) + " A1",
-                           message_text(269), message_text(289),
-                           "record 1 settings 1 history 1 diagnostics 0"}));
-    EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
-    EXPECT_EQ(rig.fakes.dialogs.filters.last(), QStringLiteral("ZEL Patient Parameter File|*.zel"));
-}
-
-TEST(PatientLoad, a_gated_patient_opens_the_gating_link_or_fails_without_the_library) {
-    for (const bool missing : {false, true}) {
+    struct Case { bool gated, missing; };
+    for (const Case c : {Case{false, false}, Case{true, false}, Case{true, true}}) {
+        SCOPED_TRACE(testing::Message() << c.gated << c.missing);
         WorkflowRig rig;
-        rig.create(true);
+        rig.create(c.gated);
         rig.leave();
         rig.fakes.tarrow.calls.clear();
-        rig.fakes.tarrow.missing = missing;
+        rig.fakes.tarrow.missing = c.missing;
+        // Settings of the console that the patient's file overrides.
+        rig.form.thresh = 0.4f;
+        rig.form.max_y = 5;
         rig.load(rig.zel());
-        EXPECT_EQ(rig.form.patient_defined, !missing);
-        EXPECT_EQ(rig.form.Gated_Treatment, !missing);
-        EXPECT_EQ(rig.fakes.boxes.shown, missing ? QStringList{message_text(355)} : QStringList{});
-        EXPECT_EQ(rig.form.Label_last_name.Caption, missing ? message_text(226) : "Doe");
-        if (!missing) {
-            EXPECT_EQ(rig.form.gating_label.Caption, message_text(268));
-            EXPECT_EQ(rig.fakes.tarrow.calls.first(), QStringLiteral("ClearTimingViolation()"));
+        EXPECT_EQ(rig.form.patient_defined, !c.missing);
+        EXPECT_EQ(rig.form.Gated_Treatment, c.gated && !c.missing);
+        EXPECT_EQ(rig.fakes.boxes.shown, c.missing ? QStringList{message_text(355)} : QStringList{});
+        EXPECT_EQ(rig.fakes.dialogs.filters.last(), "ZEL Patient Parameter File|*.zel");
+        if (c.missing) {
+            EXPECT_EQ(rig.form.Label_last_name.Caption, message_text(226));
+            continue;
         }
+        const QString mode = message_text(c.gated ? 268 : 269);
+        EXPECT_EQ(patient_view(rig.form),
+                  (QStringList{"Doe", message_text(201) + " 2", message_text(117) + " A1", mode,
+                               message_text(289), "record 1 settings 1 history 1 diagnostics 0"}));
+        EXPECT_EQ(rig.form.gating_start_mode, mode);
+        EXPECT_FLOAT_EQ(rig.form.thresh, 1.5f);
+        EXPECT_EQ(std::tuple(rig.form.max_y, rig.form.min_y, rig.form.duration, rig.form.inhale),
+                  std::tuple(2.0, -2.0, 12.0, true));
+        EXPECT_EQ(rig.fakes.tarrow.calls.value(0) == "ClearTimingViolation()", c.gated);
     }
 }
 

@@ -83,9 +83,9 @@ TEST(PatientWorkflow, patient_and_settings_menu_entries_do_nothing_during_a_hold
         rig.form.Control_Panel_Click();
         EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled() && rig.form.patient_defined) << state;
         EXPECT_EQ(rig.fakes.chart.clears, 0) << state;
-        EXPECT_TRUE(rig.fakes.windows.log.isEmpty() && rig.fakes.boxes.shown.isEmpty()) << state;
-        EXPECT_TRUE(rig.fakes.dialogs.opened_in.isEmpty()) << state;
-        EXPECT_TRUE(rig.fakes.serial.sent().isEmpty()) << state;
+        EXPECT_TRUE(rig.fakes.windows.log.isEmpty() && rig.fakes.boxes.shown.isEmpty() &&
+                    rig.fakes.dialogs.opened_in.isEmpty() && rig.fakes.serial.sent().isEmpty())
+            << state;
     }
 }
 
@@ -126,10 +126,8 @@ TEST(PatientWorkflow, settings_dialogs_change_nothing_of_a_hold_found_under_them
     enum class Hold { none, before_save, after_save };
     struct Case { Window window; Hold hold; bool applied, saved; };
     const Case cases[] = {
-        {Window::Form12, Hold::none, true, true},
-        {Window::Form12, Hold::before_save, false, false},
-        {Window::Form12, Hold::after_save, true, false},
-        {Window::Form11, Hold::none, true, true},
+        {Window::Form12, Hold::none, true, true}, {Window::Form12, Hold::before_save, false, false},
+        {Window::Form12, Hold::after_save, true, false}, {Window::Form11, Hold::none, true, true},
         {Window::Form11, Hold::before_save, false, false},
         {Window::Form11, Hold::after_save, true, false},
     };
@@ -155,15 +153,12 @@ TEST(PatientWorkflow, settings_dialogs_change_nothing_of_a_hold_found_under_them
             // A frame of the hold handled before the dialog's loop returned.
             if (c.hold == Hold::after_save) rig.form.b_state = 2;
         });
-        if (c.window == Window::Form12)
-            rig.form.Patient_Settings_Click();
-        else
-            rig.form.Control_Panel_Click();
-        EXPECT_EQ(c.window == Window::Form12 ? rig.form.thresh == 1.6f : rig.form.max_y == 3.0,
-                  c.applied);
+        const bool form12 = c.window == Window::Form12;
+        form12 ? rig.form.Patient_Settings_Click() : rig.form.Control_Panel_Click();
+        EXPECT_EQ(form12 ? rig.form.thresh == 1.6f : rig.form.max_y == 3.0, c.applied);
         EXPECT_EQ(QFile::exists(doe_folder(rig) + QStringLiteral("/Doe.zel")), c.saved);
         // Only Form12 uploads, and only with the file saved.
-        EXPECT_EQ(rig.fakes.serial.sent().contains('L'), c.saved && c.window == Window::Form12);
+        EXPECT_EQ(rig.fakes.serial.sent().contains('L'), c.saved && form12);
         EXPECT_EQ(rig.form.settings_dialogs_open, 0);
     }
 }

@@ -91,20 +91,15 @@ std::map<QString, std::tuple<QByteArray, mode_t, long long>> snapshot(const QStr
     return entries;
 }
 
-struct ProgramRun {
-    int status;
-    QString out;
-    QString err;
-};
+struct ProgramRun { int status; QString out, err; };
 
 ProgramRun run_console(const QStringList& args, const QString& program = ZELMOOR_PATH) {
     QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     // A machine with a decimal point; the display would only matter if the console started.
     env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
-    env.remove(QStringLiteral("DISPLAY"));
-    env.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        env.remove(QLatin1String(name));
     // The demo's console and simulator: the ones built here, never installed ones.
     env.insert(QStringLiteral("ZEL_CONSOLE"), QStringLiteral(ZELMOOR_PATH));
 #ifdef ZELMOOR_SIM_PATH

@@ -215,9 +215,9 @@ TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
         const auto create = [&rig] {
             rig.fakes.windows.during(Window::Form5, [&rig] {
                 Form5& f = *rig.form.form5;
-                f.type_text(f.Text_last_name, QStringLiteral("Doe"), 0);
-                f.type_text(f.Text_first_name, QStringLiteral("Jane"), 0);
-                f.type_text(f.Text_medical_id, QStringLiteral("A1"), 0);
+                for (auto [box, text] : {std::pair{&f.Text_last_name, "Doe"},
+                                         {&f.Text_first_name, "Jane"}, {&f.Text_medical_id, "A1"}})
+                    f.type_text(*box, QString::fromLatin1(text), 0);
                 f.click(f.Check_manual);
                 f.click(f.button_done);
             });
@@ -247,14 +247,10 @@ TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
 // in quarantine and the patient where it was; the operator is still told the patient is
 // corrupt. Only a numbered folder that can't be made ends the load with message 129.
 TEST(DiskFaults, a_quarantine_that_fails_leaves_the_patient_where_it_was) {
-    struct Case {
-        const char* name;
-        Call call;
-        int error;
-        const char* path;         // of the failing path, from the patients' folder
-        bool quarantined_before;  // a patient of the name lies in quarantine already
-        bool corrupt_info;        // Form_CorruptInfo shown; otherwise message 129
-    };
+    // The failing path is in the patients' folder, "Q" for the quarantine; a patient of the
+    // name may lie in quarantine already; Form_CorruptInfo is shown, or else message 129.
+    struct Case { const char *name; Call call; int error; const char* path;
+                  bool quarantined_before, corrupt_info; };
     const QString quarantine_name = message_text(342);
     const Case cases[] = {
         {"read-only quarantine", Call::mkdir, EROFS, "Q/Doe_Jane_A1", false, true},
