@@ -8,18 +8,13 @@ namespace {
 
 constexpr uint8_t switch_held = 0x06;
 
-// Frames reach the console as its event loop would deliver them, failures and all.
-struct EventRig : Rig {
-    EventRig() {
+// A hold under way, gated or not: a gated one closed the relay at its start. Frames reach the
+// console as its event loop would deliver them, failures and all.
+struct HoldRig : Rig {
+    explicit HoldRig(bool gated) {
         fakes.serial.OnComm = [this] {
             form.run_event("MSComm1_OnComm", [this] { form.MSComm1_OnComm(); });
         };
-    }
-};
-
-// A hold under way, gated or not: a gated one closed the relay at its start.
-struct HoldRig : EventRig {
-    explicit HoldRig(bool gated) {
         form.patient_defined = true;
         form.Gated_Treatment = gated;
         form.duration = 15;
@@ -85,34 +80,6 @@ TEST(FailSafe, a_failure_in_a_hold_opens_the_relay_and_closes_the_link_before_th
         EXPECT_EQ(rig.fakes.tarrow.calls, c.calls);
         EXPECT_TRUE(rig.fakes.serial.sent().isEmpty());
         EXPECT_EQ(rig.ended.size(), 1);
-    }
-}
-
-// A checksum log whose folder is taken by a file, a curve file on a full disk: frame after
-// frame fails to write, the operator reads one report.
-TEST(FailSafe, a_log_or_a_curve_that_can_not_be_written_is_reported_once) {
-    for (const bool curve : {false, true}) {
-        EventRig rig;
-        QByteArray frame = data_frame();
-        if (curve) {
-            rig.form.curve_file = std::make_unique<AppendFile>(QStringLiteral("/dev/full"), "test");
-            rig.form.curve_file->open();
-            rig.form.bRecord = true;
-        } else {
-            rig.fakes.serial.receive(frame);
-            QFile blocker(rig.form.AppDataPath + QStringLiteral("/LOG"));
-            ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
-            frame[7] = static_cast<char>(frame[7] + 1);
-        }
-        for (int k = 0; k < 5; ++k) rig.fakes.serial.receive(frame);
-        ASSERT_EQ(rig.fakes.boxes.shown.size(), 1) << curve;
-        EXPECT_TRUE(rig.fakes.boxes.shown[0].startsWith(
-            curve ? "Run-time error 61 in MSComm1_OnComm: Disk full: No space left on device: "
-                    "/dev/full"
-                  : "Run-time error "))
-            << rig.fakes.boxes.shown[0].toStdString();
-        EXPECT_EQ(rig.ended, QStringList{QStringLiteral("1")});
-        EXPECT_FALSE(rig.form.curve_file) << "closed before the report";
     }
 }
 

@@ -181,6 +181,7 @@ TEST(DiskFaults, every_writer_under_every_fault_keeps_what_was_on_disk) {
                                                    .arg(fault.number)
                                                    .arg(QRegularExpression::escape(words)))
                                 .match(boxes).hasMatch()) << boxes.toStdString();
+                EXPECT_FALSE(rig.form.curve_file || rig.form.checksum_log) << "files closed";
             }
             EXPECT_EQ(rig.ended.size(), strikes && writer.outcome == Outcome::report ? 1 : 0);
             if (!writer.appends) {
