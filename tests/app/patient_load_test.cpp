@@ -83,7 +83,7 @@ TEST(PatientCreate, writes_the_patient_files_and_puts_the_patient_in_force) {
     rig.form.Gated_Treatment = true;
     rig.fakes.tarrow.calls.clear();
     rig.fakes.windows.answer(1);  // No to saving the session
-    rig.fakes.windows.during(Window::Form5, [&rig] { rig.form.form5->click(rig.form.form5->button_cancel); });
+    rig.fakes.windows.during(Window::Form5, [&] { rig.form.form5->click(rig.form.form5->button_cancel); });
     rig.form.create_new_patient_Click();
     EXPECT_FALSE(rig.form.patient_defined);
     EXPECT_EQ(patient_view(rig.form), (QStringList{message_text(226), "", "", message_text(269),
@@ -146,9 +146,9 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
              file.write("Extra:1\r\n"); }, "Form_CorruptInfo", 0, true},
         {"other version", [](WorkflowRig&, QStringList& l) { l[1] = QStringLiteral("2.99.00"); },
          "Form_WrongVersion", 0, true},
-        {"comma format", [](WorkflowRig&, QStringList& l) { l[13] = QStringLiteral("Number Format:comma"); },
+        {"comma format", [](WorkflowRig&, QStringList& l) { l[13] = "Number Format:comma"; },
          "Form_NumberFormatWarning", 0, false},
-        {"garbage", [](WorkflowRig&, QStringList& l) { l[7] = QStringLiteral("Breath Hold Duration: long "); },
+        {"garbage", [](WorkflowRig&, QStringList& l) { l[7] = "Breath Hold Duration: long "; },
          nullptr, 129, false},
         {"cancel", {}, nullptr, 0, false},
     };

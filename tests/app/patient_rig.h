@@ -6,7 +6,7 @@
 
 namespace zel::test {
 
-inline QString doe_folder(const Rig& rig) { return rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"); }
+inline QString doe_folder(const Rig& rig) { return rig.app_data.path() + "/Doe_Jane_A1"; }
 
 // Doe, Jane, A1 in force, session 1, with her folder.
 inline void define_patient(Rig& rig) {
