@@ -5,9 +5,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "app/patient_rig.h"
 #include "dialogs/form11.h"
 #include "dialogs/form12.h"
-#include "fakes/rig.h"
 #include "language/messages.h"
 
 namespace zel::test {
@@ -15,8 +15,7 @@ namespace {
 
 struct PatientRig : Rig {
     PatientRig() {
-        form.patient_defined = true;
-        form.patient_last_name = QStringLiteral("Doe");
+        define_patient(*this);
         form.Label_last_name.Caption = QStringLiteral("Doe");
         form.Label_first_name.Caption = QStringLiteral("Jane");
         form.label_session.Caption = QStringLiteral("Session ID 1");
@@ -32,57 +31,43 @@ struct PatientRig : Rig {
 TEST(PatientWorkflow, the_session_question_decides_whether_the_patient_is_left) {
     struct Case { int button; bool left; };
     // Yes, No, Cancel.
-    const Case cases[] = {{0, true}, {1, true}, {2, false}};
-    for (const auto& c : cases) {
+    for (const Case c : {Case{0, true}, Case{1, true}, Case{2, false}}) {
         PatientRig rig;
         rig.fakes.windows.answer(c.button);
         EXPECT_EQ(rig.form.leave_current_patient(), c.left) << c.button;
         EXPECT_EQ(rig.form.patient_defined, !c.left) << c.button;
-        EXPECT_EQ(rig.form.Label_last_name.Caption,
-                  c.left ? message_text(226) : QStringLiteral("Doe"));
-        EXPECT_EQ(rig.fakes.windows.log,
-                  QStringList{QStringLiteral("ask ") + message_text(120)});
+        EXPECT_EQ(rig.form.Label_last_name.Caption, c.left ? message_text(226) : "Doe");
+        EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("ask ") + message_text(120)});
     }
 }
 
-TEST(PatientWorkflow, reset_patient_clears_the_patient_and_its_gating) {
+// The patient's gating, its recording (left read-only: the owner's write permission is what
+// marks it, as a root user writes regardless) and its checksum log all end with it.
+TEST(PatientWorkflow, reset_patient_clears_the_patient_and_ends_what_it_had_open) {
     PatientRig rig;
     rig.form.Gated_Treatment = true;
     rig.form.Gating_OverRide = true;
     rig.form.Image_Gating_Ready.Visible = true;
+    rig.form.cmdRecord_Click();
+    rig.fakes.serial.receive(data_frame());
+    QByteArray spoiled = data_frame();
+    spoiled[7] = static_cast<char>(spoiled[7] + 1);
+    rig.fakes.serial.receive(spoiled);
+    ASSERT_TRUE(rig.form.checksum_log_open);
+    rig.fakes.tarrow.calls.clear();
     rig.form.reset_patient();
     EXPECT_FALSE(rig.form.patient_defined);
-    EXPECT_EQ(rig.form.Label_last_name.Caption, message_text(226));
-    for (const Control* label : {&rig.form.Label_first_name, &rig.form.label_session,
-                                 &rig.form.label_patient_ID, &rig.form.gating_label,
-                                 &rig.form.Label2, &rig.form.Label4})
-        EXPECT_TRUE(label->Caption.isEmpty());
-    EXPECT_FALSE(rig.form.Patient_Settings.Enabled);
-    EXPECT_FALSE(rig.form.mnuSessionHistory.Enabled);
-    EXPECT_TRUE(rig.form.Gating_Diagnostics.Enabled);
-    EXPECT_FALSE(rig.form.cmdRecord.Enabled);
-    EXPECT_FALSE(rig.form.Gated_Treatment);
-    EXPECT_FALSE(rig.form.Gating_OverRide);
+    EXPECT_EQ(patient_view(rig.form), (QStringList{message_text(226), "", "", "", "",
+                                                   "record 0 settings 0 history 0 diagnostics 1"}));
+    EXPECT_TRUE(rig.form.Label_first_name.Caption.isEmpty() && rig.form.Label2.Caption.isEmpty());
+    EXPECT_FALSE(rig.form.Gated_Treatment || rig.form.Gating_OverRide);
     EXPECT_FALSE(rig.form.Image_Gating_Ready.Visible);
     EXPECT_EQ(rig.form.total_counts, 0);
     EXPECT_EQ(rig.fakes.tarrow.calls, QStringList{"Close()"});
-}
-
-TEST(PatientWorkflow, reset_patient_ends_a_running_recording_read_only) {
-    PatientRig rig;
-    rig.form.data_directory = rig.app_data.path();
-    rig.form.patient_first_name = QStringLiteral("Jane");
-    rig.form.patient_medical_id = QStringLiteral("A1");
-    rig.form.session = QStringLiteral("1");
-    QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
-    rig.form.cmdRecord_Click();
-    rig.fakes.serial.receive(data_frame());
-    rig.form.reset_patient();
-    EXPECT_FALSE(rig.form.bRecord);
-    EXPECT_FALSE(rig.form.curve_file);
-    // The owner's write permission is what marks it: a root user writes regardless.
+    EXPECT_FALSE(rig.form.bRecord || rig.form.curve_file);
     EXPECT_FALSE(QFile::permissions(rig.form.record_filename) & QFile::WriteOwner);
     EXPECT_GT(QFileInfo(rig.form.record_filename).size(), 0);
+    EXPECT_FALSE(rig.form.checksum_log_open || rig.form.checksum_log);
 }
 
 // The File and Settings menus' handlers during a hold: no window, no box, no file, nothing to
@@ -96,70 +81,61 @@ TEST(PatientWorkflow, patient_and_settings_menu_entries_do_nothing_during_a_hold
         rig.form.load_existing_patient_Click();
         rig.form.Patient_Settings_Click();
         rig.form.Control_Panel_Click();
-        EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled()) << state;
+        EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled() && rig.form.patient_defined) << state;
         EXPECT_EQ(rig.fakes.chart.clears, 0) << state;
-        EXPECT_TRUE(rig.fakes.windows.log.isEmpty()) << state;
-        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty()) << state;
-        EXPECT_TRUE(rig.fakes.dialogs.opened_in.isEmpty()) << state;
-        EXPECT_TRUE(rig.form.patient_defined) << state;
-        EXPECT_TRUE(rig.fakes.serial.sent().isEmpty()) << state;
+        EXPECT_TRUE(rig.fakes.windows.log.isEmpty() && rig.fakes.boxes.shown.isEmpty() &&
+                    rig.fakes.dialogs.opened_in.isEmpty() && rig.fakes.serial.sent().isEmpty())
+            << state;
     }
 }
 
-TEST(PatientWorkflow, saving_the_defaults_asks_first_with_the_link_stopped) {
-    struct Case { int button; bool written; };
-    for (const Case c : {Case{0, true}, Case{1, false}}) {
+// The link is stopped before the question or the window, and searched for again after.
+TEST(PatientWorkflow, saving_the_defaults_and_the_curve_review_stop_the_link_first) {
+    struct Case { const char* name; int button; bool review; const char* log; bool written; };
+    const Case cases[] = {
+        {"defaults saved", 0, false, "ask ", true},
+        {"defaults not saved", 1, false, "ask ", false},
+        {"curve review", 0, true, "show modeless PatientCurves", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
         Rig rig;
         rig.fakes.timers.get("Timer_HeartBeat").set_Enabled(true);
         rig.fakes.windows.answer(c.button);
         rig.form.number_format = QStringLiteral("dot");
-        rig.form.save_settings_as_default_Click();
-        EXPECT_TRUE(rig.fakes.serial.sent().startsWith("D")) << "the stream stopped first";
-        EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("ask ") + message_text(139)});
+        QByteArray sent_before_window;
+        rig.fakes.windows.during(Window::PatientCurves,
+                                 [&] { sent_before_window = rig.fakes.serial.sent(); });
+        if (c.review) {
+            rig.form.mnuVisualizePatientCurves_Click();
+            EXPECT_TRUE(sent_before_window.startsWith("D"));
+        } else {
+            rig.form.save_settings_as_default_Click();
+            EXPECT_TRUE(rig.fakes.serial.sent().startsWith("D"));
+        }
+        EXPECT_EQ(rig.fakes.windows.log,
+                  QStringList{c.log + (c.review ? QString() : message_text(139))});
         EXPECT_EQ(QFile::exists(rig.form.AppDataPath + QStringLiteral("/zel.ini")), c.written);
-        EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled()) << "search again";
+        EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled());
     }
-}
-
-TEST(PatientWorkflow, the_curve_review_opens_beside_with_the_link_stopped_while_it_loads) {
-    Rig rig;
-    rig.fakes.timers.get("Timer_HeartBeat").set_Enabled(true);
-    QByteArray sent_before_window;
-    rig.fakes.windows.during(Window::PatientCurves,
-                             [&] { sent_before_window = rig.fakes.serial.sent(); });
-    rig.form.mnuVisualizePatientCurves_Click();
-    EXPECT_TRUE(sent_before_window.startsWith("D")) << "the stream stopped before the dialog";
-    EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("show modeless PatientCurves")});
-    EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled()) << "search again";
 }
 
 // A module re-found in a hold behind a settings dialog: the dialog's Save and what follows it
 // (the patient file, the upload, the redraw) wait until the hold has ended.
 TEST(PatientWorkflow, settings_dialogs_change_nothing_of_a_hold_found_under_them) {
     enum class Hold { none, before_save, after_save };
-    struct Case {
-        Window window;
-        Hold hold;
-        bool applied, saved;
-    };
+    struct Case { Window window; Hold hold; bool applied, saved; };
     const Case cases[] = {
-        {Window::Form12, Hold::none, true, true},
-        {Window::Form12, Hold::before_save, false, false},
-        {Window::Form12, Hold::after_save, true, false},
-        {Window::Form11, Hold::none, true, true},
+        {Window::Form12, Hold::none, true, true}, {Window::Form12, Hold::before_save, false, false},
+        {Window::Form12, Hold::after_save, true, false}, {Window::Form11, Hold::none, true, true},
         {Window::Form11, Hold::before_save, false, false},
         {Window::Form11, Hold::after_save, true, false},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(static_cast<int>(&c - cases));
         PatientRig rig;
-        rig.form.data_directory = rig.app_data.path();
-        rig.form.number_format = QStringLiteral("dot");
-        rig.form.patient_first_name = QStringLiteral("Jane");
-        rig.form.patient_medical_id = QStringLiteral("A1");
         rig.form.thresh = 1.2f;
         rig.form.max_y = 2;
-        const QString folder = rig.app_data.path() + QStringLiteral("/Doe_Jane_A1");
-        QDir().mkpath(folder);
         rig.fakes.serial.set_PortOpen(true);
         rig.fakes.windows.during(c.window, [&] {
             if (c.hold == Hold::before_save) rig.form.b_state = 2;
@@ -177,19 +153,13 @@ TEST(PatientWorkflow, settings_dialogs_change_nothing_of_a_hold_found_under_them
             // A frame of the hold handled before the dialog's loop returned.
             if (c.hold == Hold::after_save) rig.form.b_state = 2;
         });
-        if (c.window == Window::Form12)
-            rig.form.Patient_Settings_Click();
-        else
-            rig.form.Control_Panel_Click();
-        const bool applied =
-            c.window == Window::Form12 ? rig.form.thresh == 1.6f : rig.form.max_y == 3.0;
-        const int line = static_cast<int>(&c - cases);
-        EXPECT_EQ(applied, c.applied) << line;
-        EXPECT_EQ(QFile::exists(folder + QStringLiteral("/Doe.zel")), c.saved) << line;
+        const bool form12 = c.window == Window::Form12;
+        form12 ? rig.form.Patient_Settings_Click() : rig.form.Control_Panel_Click();
+        EXPECT_EQ(form12 ? rig.form.thresh == 1.6f : rig.form.max_y == 3.0, c.applied);
+        EXPECT_EQ(QFile::exists(doe_folder(rig) + QStringLiteral("/Doe.zel")), c.saved);
         // Only Form12 uploads, and only with the file saved.
-        EXPECT_EQ(rig.fakes.serial.sent().contains('L'), c.saved && c.window == Window::Form12)
-            << line;
-        EXPECT_EQ(rig.form.settings_dialogs_open, 0) << line;
+        EXPECT_EQ(rig.fakes.serial.sent().contains('L'), c.saved && form12);
+        EXPECT_EQ(rig.form.settings_dialogs_open, 0);
     }
 }
 

@@ -3,19 +3,27 @@
 #include <QDir>
 #include <QFile>
 
-#include "fakes/rig.h"
+#include "app/patient_rig.h"
+#include "app/release.h"
 #include "language/messages.h"
 
 namespace zel::test {
 namespace {
 
 // A rig whose system check passes at once: the module answers during the check window.
+// What the operator saw, in order: the boxes' first words, the banner and the check.
 struct StartRig : Rig {
     QTemporaryDir patients;
+    QStringList order;
     StartRig() {
         fakes.serial.set_PortOpen(false);
-        fakes.windows.during(Window::Form13, [this] { module_passes_the_check(); });
+        fakes.boxes.while_shown = [this] { order.append(fakes.boxes.shown.last().left(30)); };
+        fakes.windows.during(Window::Form13, [this] {
+            order.append(QStringLiteral("system check"));
+            module_passes_the_check();
+        });
         fakes.windows.during(Window::Form6, [this] {
+            order.append(QStringLiteral("banner"));
             fakes.timers.get("logo_banner").tick();
             fakes.timers.get("logo_banner").tick();
         });
@@ -35,172 +43,201 @@ struct StartRig : Rig {
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("[ZEL]\r\nDataPath=" + patients.path().toLatin1() + "\r\n");
     }
-    // What the operator saw, in order: message boxes, dialogs and windows.
-    QStringList seen() const {
-        QStringList all = fakes.boxes.shown;
-        all.append(fakes.windows.log);
-        return all;
-    }
 };
 
 TEST(Startup, a_bare_machine_asks_for_the_data_folder_then_checks_and_asks_for_a_patient) {
     StartRig rig;
     rig.fakes.dialogs.choose_folder(rig.patients.path());
-    QStringList order;
-    rig.fakes.boxes.while_shown = [&] { order.append(rig.fakes.boxes.shown.last().left(30)); };
-    rig.fakes.windows.during(Window::Form6, [&] {
-        order.append(QStringLiteral("banner"));
-        rig.fakes.timers.get("logo_banner").tick();
-        rig.fakes.timers.get("logo_banner").tick();
-    });
-    rig.fakes.windows.during(Window::Form13, [&] {
-        order.append(QStringLiteral("system check"));
-        rig.module_passes_the_check();
-    });
     rig.form.Form_Load();
-    order.append(rig.fakes.dialogs.titles);
-    EXPECT_EQ(order.mid(0, 4),
-              (QStringList{QStringLiteral("ZEL System Initialization file"),
-                           message_text(109).left(30), QStringLiteral("banner"),
-                           QStringLiteral("system check")}));
+    EXPECT_EQ(rig.order, (QStringList{"ZEL System Initialization file", message_text(109).left(30),
+                                  "banner", "system check"}));
     EXPECT_EQ(rig.fakes.dialogs.titles, QStringList{QStringLiteral("Select Patient Data Path")});
     EXPECT_EQ(rig.fakes.windows.log.filter(QStringLiteral("ask")),
               QStringList{QStringLiteral("ask ") + message_text(123)});
-    EXPECT_TRUE(rig.fakes.windows.main_visible);
-    EXPECT_TRUE(rig.fakes.windows.key_guard);
+    EXPECT_TRUE(rig.fakes.windows.main_visible && rig.fakes.windows.key_guard);
     EXPECT_EQ(rig.form.data_directory, rig.patients.path());
     EXPECT_TRUE(QFile::exists(rig.form.AppDataPath + QStringLiteral("/datapath.ini")));
     EXPECT_TRUE(rig.ended.isEmpty());
 }
 
-TEST(Startup, cancelling_the_folder_chooser_ends_the_program_and_leaves_no_file) {
-    StartRig rig;
-    rig.form.Form_Load();
-    EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
-    EXPECT_EQ(QDir(rig.form.AppDataPath).entryList(QDir::Files), QStringList{});
-    EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("Form6")).isEmpty());
-    EXPECT_FALSE(rig.fakes.windows.main_visible);
+// No folder for the patients (the chooser cancelled), or a failed system check: the program
+// ends with the port closed, asking nothing.
+TEST(Startup, ends_without_a_data_folder_or_after_a_failed_system_check) {
+    for (const bool chosen : {false, true}) {
+        StartRig rig;
+        if (chosen) rig.write_data_path();
+        rig.fakes.windows.during(Window::Form13, [&] {
+            rig.fakes.serial.set_PortOpen(true);
+            rig.form.Form13_Command1_Click();
+        });
+        rig.form.Form_Load();
+        EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
+        EXPECT_EQ(QDir(rig.form.AppDataPath).entryList(QDir::Files),
+                  chosen ? QStringList{"datapath.ini"} : QStringList{});
+        EXPECT_EQ(rig.order, (QStringList{"ZEL System Initialization file",
+                                          chosen ? "banner" : message_text(109).left(30)}));
+        EXPECT_FALSE(rig.fakes.serial.PortOpen());
+        EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
+        EXPECT_FALSE(rig.fakes.windows.main_visible);
+    }
 }
 
-TEST(Startup, a_failed_system_check_closes_the_port_and_ends_without_asking) {
-    StartRig rig;
-    rig.write_data_path();
-    rig.fakes.windows.during(Window::Form13, [&] {
-        rig.fakes.serial.set_PortOpen(true);
-        rig.form.Form13_Command1_Click();
-    });
-    rig.form.Form_Load();
-    EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
-    EXPECT_FALSE(rig.fakes.serial.PortOpen());
-    EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
-    EXPECT_FALSE(rig.fakes.windows.main_visible);
-}
-
-TEST(Startup, sets_captions_and_the_time_scale_and_searches_for_the_module) {
-    StartRig rig;
-    rig.write_data_path();
-    rig.form.Form_Load();
-    EXPECT_EQ(rig.form.Caption, QStringLiteral("Zelmoor  3.00.01"));
-    EXPECT_EQ(rig.form.zel_exit.Caption, QStringLiteral("&Exit"));
-    EXPECT_EQ(rig.form.Label_last_name.Caption, QStringLiteral("No patient defined"));
-    EXPECT_EQ(rig.form.Label1.Caption, QStringLiteral("1 sec / division"));
-    EXPECT_TRUE(rig.form.label_session.Caption.isEmpty());
-    EXPECT_FALSE(rig.form.Patient_Settings.Enabled);
-    EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled());
-    EXPECT_EQ(rig.form.Pic.Width, 13056);
-    EXPECT_EQ(rig.form.Pic.Height, 7488);
-}
-
-TEST(ChartLabels, stand_on_the_grid_lines_with_their_volumes) {
-    struct Case { double max_y; const char* top; const char* middle; const char* bottom; };
-    const Case cases[] = {{2, "2.00", "0.00", "-2.00"}, {1, "1.00", "0.00", "-1.00"},
-                          {2.5, "2.50", "0.00", "-2.50"}};
-    for (const auto& c : cases) {
-        Rig rig;
+// The time scale and the volume range saved in the system settings name the chart's
+// divisions; each volume label's middle stands on its grid line.
+TEST(Startup, names_the_chart_shows_no_patient_and_searches_for_the_module) {
+    struct Case { int scale; double max_y; QStringList labels; };  // 1st, 2nd, 5th and 9th
+    const Case cases[] = {{1, 2, {"2.00", "1.50", "0.00", "-2.00"}},
+                          {2, 1, {"1.00", "0.75", "0.00", "-1.00"}},
+                          {3, 2.5, {"2.50", "1.88", "0.00", "-2.50"}}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.scale);
+        StartRig rig;
+        rig.write_data_path();
+        rig.form.system_parameter_filestamp =
+            QStringLiteral("ZEL System Parameter File - DO NOT EDIT ") + release::software_version();
+        rig.form.number_format = QStringLiteral("dot");
+        rig.form.x_scale_factor = static_cast<float>(c.scale);
         rig.form.max_y = c.max_y;
         rig.form.min_y = -c.max_y;
-        rig.form.layout_main_window();
-        EXPECT_EQ(rig.form.ylabel1.Caption, QString::fromLatin1(c.top));
-        EXPECT_EQ(rig.form.ylabel5.Caption, QString::fromLatin1(c.middle));
-        EXPECT_EQ(rig.form.ylabel9.Caption, QString::fromLatin1(c.bottom));
+        rig.form.save_ini_file();
+        rig.form.Form_Load();
+        Form1& f = rig.form;
+        EXPECT_EQ(f.Label1.Caption, message_text(189 + c.scale));
+        EXPECT_EQ((QStringList{f.ylabel1.Caption, f.ylabel2.Caption, f.ylabel5.Caption,
+                               f.ylabel9.Caption}), c.labels);
         for (int k = 1; k <= 9; ++k)
-            EXPECT_DOUBLE_EQ(rig.form.ylabel(k)->Top,
-                             (k - 1) / 8.0 * 7488 + rig.form.Pic.Top - 255 / 2.0);
+            EXPECT_DOUBLE_EQ(f.ylabel(k)->Top + f.ylabel(k)->Height / 2,
+                             (k - 1) / 8.0 * f.Pic.Height + f.Pic.Top);
+        // The threshold's label stands just right of the chart.
+        EXPECT_DOUBLE_EQ(f.thresh_label.Left, f.Pic.Width * 1.03 + f.Pic.Left);
+        EXPECT_EQ(f.infolabel3.Caption, QStringLiteral("Sunday, November 22, 2026   09:05:07"));
+        EXPECT_EQ((QStringList{f.Caption, f.Label_last_name.Caption, f.label_session.Caption}),
+                  (QStringList{"Zelmoor  3.00.01", "No patient defined", ""}));
+        EXPECT_FALSE(f.Patient_Settings.Enabled);
+        EXPECT_TRUE(rig.fakes.timers.get("Timer_module_connect").Enabled());
+        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
     }
-    Rig rig;
-    rig.form.max_y = 2;
-    rig.form.min_y = -2;
-    rig.form.layout_main_window();
-    EXPECT_EQ(rig.form.ylabel2.Caption, QStringLiteral("1.50"));
-    EXPECT_DOUBLE_EQ(rig.form.thresh_label.Left, 13056 * 1.03 + rig.form.Pic.Left);
-    EXPECT_DOUBLE_EQ(rig.form.elapsed_label.Left, rig.form.Pic.Left + 13056 - 855);
-    EXPECT_DOUBLE_EQ(rig.form.infolabel5.Left, rig.form.elapsed_label.Left - 1215);
-    EXPECT_DOUBLE_EQ(rig.form.Frame2.Top, rig.form.Pic.Top + 7488 + 2 * 240);
-    EXPECT_DOUBLE_EQ(rig.form.cmdRecord.Top, rig.form.Frame2.Top + 1815 - 855 - 10);
-    EXPECT_EQ(rig.form.infolabel3.Caption, QStringLiteral("Sunday, November 22, 2026   09:05:07"));
 }
 
-TEST(Shutdown, with_no_patient_asks_nothing_and_sends_nothing) {
-    Rig rig;
-    rig.form.zel_exit_Click();
-    EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
-    EXPECT_EQ(rig.fakes.serial.sent(), "");
-    EXPECT_FALSE(rig.fakes.serial.PortOpen());
-    EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")});
-}
-
-// Doe, Jane, A1 in force, session 1, with her folder.
-void define_patient(Rig& rig) {
-    rig.form.patient_defined = true;
-    rig.form.data_directory = rig.app_data.path();
-    rig.form.patient_last_name = QStringLiteral("Doe");
-    rig.form.patient_first_name = QStringLiteral("Jane");
-    rig.form.patient_medical_id = QStringLiteral("A1");
-    rig.form.session = QStringLiteral("1");
-    QDir().mkpath(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1"));
-}
-
+// Without a patient nothing is asked; with one, the session question's Cancel changes
+// nothing, and Yes or No end the link, the gating library and the key guard. A recording
+// running at the exit is closed and left read-only; one paused before was closed by its Pause
+// and stays as it was.
 TEST(Shutdown, with_a_patient_asks_to_save_and_cancel_changes_nothing) {
-    struct Case { int button; bool ends; };
-    for (const Case c : {Case{2, false}, Case{1, true}, Case{0, true}}) {
+    enum Recording { none, running, paused };
+    struct Case { bool patient; int button; Recording recording; bool ends; const char* sent; };
+    const Case cases[] = {{false, 0, none, true, ""}, {true, 2, none, false, ""},
+                          {true, 1, none, true, "d"}, {true, 0, none, true, "d"},
+                          {true, 1, running, true, "d"}, {true, 1, paused, true, "d"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.patient << c.button << c.recording);
         Rig rig;
-        define_patient(rig);
-        rig.form.Gated_Treatment = true;
+        if (c.patient) define_patient(rig);
+        rig.form.Gated_Treatment = c.patient;
         rig.form.hhkLowLevelKybd = rig.fakes.windows.install_key_guard();
+        if (c.recording != none) {
+            rig.form.cmdRecord.Enabled = true;
+            rig.form.cmdRecord_Click();
+            rig.fakes.serial.receive(data_frame(0x06, 1, 250));
+            if (c.recording == paused) rig.form.cmdPause_Click();
+            rig.fakes.serial.clear_sent();
+        }
         rig.fakes.windows.answer(c.button);
         rig.form.zel_exit_Click();
-        EXPECT_EQ(QFile::exists(rig.app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini")),
-                  c.button == 0)
-            << c.button;
+        EXPECT_EQ(QFile::exists(doe_folder(rig) + QStringLiteral("/session.ini")),
+                  c.patient && c.button == 0);
         EXPECT_EQ(rig.fakes.windows.log.filter(QStringLiteral("ask")),
-                  QStringList{QStringLiteral("ask Save session history?")});
-        EXPECT_EQ(rig.ended.size(), c.ends ? 1 : 0) << c.button;
-        EXPECT_EQ(rig.fakes.serial.sent(), c.ends ? QByteArray("d") : QByteArray()) << c.button;
-        EXPECT_EQ(rig.fakes.serial.PortOpen(), !c.ends) << c.button;
-        EXPECT_EQ(rig.fakes.windows.key_guard, !c.ends) << c.button;
-        EXPECT_EQ(rig.fakes.tarrow.calls.contains(QStringLiteral("Close()")), c.ends) << c.button;
+                  c.patient ? QStringList{"ask Save session history?"} : QStringList{});
+        EXPECT_EQ(rig.ended, c.ends ? QStringList{"0"} : QStringList{});
+        EXPECT_EQ(rig.fakes.serial.sent(), QByteArray(c.sent));
+        EXPECT_EQ(rig.fakes.serial.PortOpen() || rig.fakes.windows.key_guard, !c.ends);
+        EXPECT_EQ(rig.fakes.tarrow.calls.contains(QStringLiteral("Close()")), c.ends && c.patient);
+        EXPECT_FALSE(rig.form.curve_file);
+        const QFile::Permissions mode = QFile::permissions(rig.form.record_filename);
+        EXPECT_EQ(bool(mode & QFile::WriteOwner), c.recording == paused);
     }
 }
 
-// A recording running at the exit is closed and left read-only; one paused before was closed
-// by its Pause and stays as it was.
-TEST(Shutdown, leaves_a_running_recording_read_only_and_a_paused_one_writable) {
-    for (const bool paused : {false, true}) {
-        Rig rig;
-        define_patient(rig);
-        rig.form.cmdRecord.Enabled = true;
-        rig.form.cmdRecord_Click();
-        rig.fakes.serial.receive(data_frame(0x06, 1, 250));
-        if (paused) rig.form.cmdPause_Click();
-        const QString curve = rig.form.record_filename;
-        ASSERT_TRUE(QFile::exists(curve));
-        rig.fakes.windows.answer(1);  // the session not saved
-        rig.form.zel_exit_Click();
-        EXPECT_FALSE(rig.form.curve_file) << paused;
-        EXPECT_EQ(bool(QFile::permissions(curve) & QFile::WriteOwner), paused) << paused;
-        EXPECT_EQ(rig.ended, QStringList{QStringLiteral("0")}) << paused;
+// The system check window as the search and the status frames drive it.
+struct CheckRig : Rig {
+    CheckRig() {
+        fakes.serial.set_PortOpen(false);
+        fakes.serial.ports(1);
+        form.duration = 15;
+        form.thresh = 1.2f;
+        form.form13_open = true;
+        form.form13.Form_Load();
+        form.start_module_search();
     }
+    void tick() { fakes.timers.get("Timer_module_connect").tick(); }
+    FakeTimer& close_delay() { return fakes.timers.get("Timer_form13_close_delay"); }
+    // What the window shows: connection, then per row caption, pass, fail, result.
+    QString shown() const {
+        const Form13& w = form.form13;
+        QString text = w.Image_connected.Visible       ? QStringLiteral("connected")
+                       : w.Image_not_connected.Visible ? QStringLiteral("not connected")
+                                                       : QStringLiteral("no connection image");
+        const Control* rows[][4] = {
+            {&w.Label2, &w.Image_02_pass, &w.Image_02_fail, &w.Label_check_02},
+            {&w.Label3, &w.Image_03_pass, &w.Image_03_fail, &w.Label_check_03},
+            {&w.Label4, &w.Image_04_pass, &w.Image_04_fail, &w.Label_check_04},
+            {&w.Label5, &w.Image_05_pass, &w.Image_05_fail, &w.Label_check_05},
+        };
+        for (const auto& row : rows) {
+            text += QStringLiteral(" |");
+            if (row[0]->Visible) text += QLatin1Char(' ') + row[0]->Caption;
+            if (row[1]->Visible) text += QStringLiteral(" pass-image");
+            if (row[2]->Visible) text += QStringLiteral(" fail-image");
+            if (row[3]->Visible) text += QLatin1Char(' ') + row[3]->Caption;
+        }
+        return text;
+    }
+};
+
+TEST(SystemCheck, a_flat_battery_fails_its_row_and_passes_once_the_level_rises) {
+    CheckRig rig;
+    rig.tick();  // opens the port and asks for a status frame
+    EXPECT_EQ(rig.shown(), QStringLiteral("not connected | | | |")) << "nothing heard yet";
+    rig.fakes.serial.receive(status_frame(103));
+    rig.tick();
+    EXPECT_EQ(rig.shown(), QStringLiteral("connected | Transducer: pass-image PASS"
+                                          " | Battery: fail-image FAIL | Line: pass-image PASS"
+                                          " | Balloon: pass-image PASS"));
+    EXPECT_FALSE(rig.close_delay().Enabled() || rig.form.system_check_result);
+
+    // The tests repeat at every tick: the level rises and the row turns to PASS by itself.
+    rig.fakes.serial.receive(status_frame(104));
+    EXPECT_FALSE(rig.close_delay().Enabled()) << "armed by the frame and not by the tick";
+    rig.tick();
+    EXPECT_EQ(rig.shown(), QStringLiteral("connected | Transducer: pass-image PASS"
+                                          " | Battery: pass-image PASS | Line: pass-image PASS"
+                                          " | Balloon: pass-image PASS"));
+    EXPECT_TRUE(rig.close_delay().Enabled() && rig.form.system_check_result);
+    EXPECT_EQ(rig.close_delay().Interval(), 2000);
+    // A later failing tick does not stop the close already armed.
+    rig.fakes.serial.receive(status_frame(103));
+    rig.tick();
+    EXPECT_TRUE(rig.close_delay().Enabled() && rig.form.system_check_result);
+
+    rig.close_delay().tick();
+    EXPECT_FALSE(rig.form.form13_open || rig.close_delay().Enabled());
+    EXPECT_TRUE(rig.fakes.windows.log.contains(QStringLiteral("unload Form13")));
 }
+
+// An unplugged module takes the results away on the next tick, and the window stays up.
+TEST(SystemCheck, an_unplugged_module_shows_only_the_not_connected_image) {
+    CheckRig rig;
+    rig.tick();
+    rig.fakes.serial.receive(status_frame(104, 170));  // line failing keeps the window up
+    rig.tick();
+    EXPECT_TRUE(rig.shown().contains(QStringLiteral("Line: fail-image FAIL")));
+    rig.fakes.serial.set_PortOpen(false);  // unplugged: nothing more comes in
+    rig.tick();
+    EXPECT_EQ(rig.shown(), QStringLiteral("not connected | | | |"));
+    EXPECT_FALSE(rig.close_delay().Enabled() || rig.form.system_check_result);
+    EXPECT_TRUE(rig.form.form13_open);
+}
+
 
 }  // namespace
 }  // namespace zel::test

@@ -1,29 +1,26 @@
 // Supervision of the gating system in a gated treatment: each branch of the poll's analysis
-// with its lamp, its text and its dialog, the lost connection, and the missing library.
+// with its lamp, its text and its dialog, the lost connection, and the missing library; and
+// the windows that show the gating system and the module's levels.
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <functional>
 
-#include "fakes/rig.h"
+#include "app/patient_rig.h"
 #include "language/messages.h"
 
 namespace zel::test {
 namespace {
 
+const QString enable_dialog = QStringLiteral("show Form_OverRide_Enable");
+
 struct GatingRig : Rig {
     GatingRig() {
-        form.Gated_Treatment = true;
-        form.patient_defined = true;
-        form.b_state = 1;
-        form.data_directory = app_data.path();
-        form.patient_last_name = QStringLiteral("Doe");
-        form.patient_first_name = QStringLiteral("Jane");
-        form.patient_medical_id = QStringLiteral("A1");
+        define_patient(*this);
         form.session = QStringLiteral("2");
-        QDir().mkpath(folder());
+        form.Gated_Treatment = true;
+        form.b_state = 1;
     }
-    QString folder() const { return app_data.path() + QStringLiteral("/Doe_Jane_A1"); }
     void poll(const char* status) {
         fakes.tarrow.set_status(status);
         form.poll_tarrow_status();
@@ -36,49 +33,43 @@ struct GatingRig : Rig {
         return on.join(QLatin1Char('+'));
     }
     QStringList shown() const { return fakes.windows.log.filter(QStringLiteral("show ")); }
+    // The first message window's texts.
+    QStringList texts() const { return fakes.windows.message_texts.at(0); }
 };
 
 TEST(GatedTreatment, each_branch_of_the_analysis_shows_its_lamp_text_and_dialog) {
+    // Label2's message (0: untouched) and the first text of the override question (0: none).
     struct Case {
-        const char* name;
-        const char* status;
+        const char *name, *status;
         int16_t b_state;
         const char* lamp;
-        int label2;  // message shown in Label2, 0 for untouched
-        const char* dialog;
-        int dialog_text;
+        int label2, dialog_text;
         bool abort;
     };
     const Case cases[] = {
-        {"all well, open", "^O:?EL", 1, "ready", 0, "", 0, false},
-        {"all well, closed", "^C:?EL", 4, "closed", 0, "", 0, false},
-        {"all well, closing", "^c:?EL", 4, "closed", 0, "", 0, false},
-        {"disabled", "^O:?DL", 1, "", 274, "", 0, false},
-        {"fault mode, in a hold: no abort", "^C:?FL", 4, "", 278, "", 0, false},
-        {"relay not opening", "^X:?EL", 1, "fault", 0, "show Form_OverRide_Enable", 276, false},
-        {"relay not closing in a hold", "^Y:?EL", 4, "fault", 0, "show Form_OverRide_Enable", 277,
-         true},
-        {"relay link down wins", "_Y:?EL", 2, "fault", 0, "show Form_OverRide_Enable", 272, true},
-        {"relay state unknown, link down", "_U:?DL", 3, "fault", 0, "show Form_OverRide_Enable",
-         272, true},
+        {"all well, open", "^O:?EL", 1, "ready", 0, 0, false},
+        {"all well, closed", "^C:?EL", 4, "closed", 0, 0, false},
+        {"all well, closing", "^c:?EL", 4, "closed", 0, 0, false},
+        {"disabled", "^O:?DL", 1, "", 274, 0, false},
+        {"fault mode, in a hold: no abort", "^C:?FL", 4, "", 278, 0, false},
+        {"relay not opening", "^X:?EL", 1, "fault", 0, 276, false},
+        {"relay not closing in a hold", "^Y:?EL", 4, "fault", 0, 277, true},
+        {"relay link down wins", "_Y:?EL", 2, "fault", 0, 272, true},
+        {"relay state unknown, link down", "_U:?DL", 3, "fault", 0, 272, true},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         GatingRig rig;
         rig.form.b_state = c.b_state;
         rig.form.Label2.Caption = QStringLiteral("before");
         rig.poll(c.status);
-        EXPECT_EQ(rig.lamp(), QString::fromLatin1(c.lamp)) << c.name;
-        EXPECT_EQ(rig.form.Label2.Caption,
-                  c.label2 ? message_text(c.label2) : QStringLiteral("before"))
-            << c.name;
-        EXPECT_EQ(rig.shown(), c.dialog[0] ? QStringList{c.dialog} : QStringList{}) << c.name;
-        if (c.dialog_text) {
-            EXPECT_EQ(rig.fakes.windows.message_texts.at(0),
-                      (QStringList{message_text(c.dialog_text), message_text(275)}))
-                << c.name;
-        }
-        EXPECT_EQ(rig.fakes.serial.sent(), QByteArray(c.abort ? "X" : "")) << c.name;
-        EXPECT_EQ(rig.form.abort_by, c.abort ? QStringLiteral("tarrow") : QString()) << c.name;
+        EXPECT_EQ(rig.lamp(), QString::fromLatin1(c.lamp));
+        EXPECT_EQ(rig.form.Label2.Caption, c.label2 ? message_text(c.label2) : "before");
+        EXPECT_EQ(rig.shown(), c.dialog_text ? QStringList{enable_dialog} : QStringList{});
+        EXPECT_EQ(rig.fakes.windows.message_texts.size(), c.dialog_text ? 1u : 0u);
+        EXPECT_TRUE(!c.dialog_text ||
+                    rig.texts() == (QStringList{message_text(c.dialog_text), message_text(275)}));
+        EXPECT_EQ(rig.fakes.serial.sent() + rig.form.abort_by.toLatin1(), c.abort ? "Xtarrow" : "");
         EXPECT_TRUE(rig.form.tarrowNewData);
     }
 }
@@ -94,9 +85,7 @@ TEST(GatedTreatment, the_operator_chooses_manual_or_automated_after_a_hardware_p
         EXPECT_EQ(rig.form.Gating_OverRide, button == 1);
         EXPECT_EQ(rig.form.gating_label.Caption, message_text(button == 1 ? 269 : 268));
         EXPECT_FALSE(rig.form.tarrow_error_lock);
-        if (button == 1) {
-            EXPECT_EQ(rig.form.gating_start_mode, message_text(316));
-        }
+        EXPECT_EQ(rig.form.gating_start_mode, message_text(button == 1 ? 316 : 268));
     }
 }
 
@@ -105,15 +94,13 @@ TEST(GatedTreatment, the_way_back_from_manual_waits_for_the_end_of_the_hold) {
     rig.form.Gating_OverRide = true;
     rig.form.b_state = 4;
     rig.poll("^C:?EL");
-    EXPECT_TRUE(rig.shown().isEmpty()) << "held back during the hold";
-    EXPECT_TRUE(rig.form.Gating_OverRide);
+    EXPECT_TRUE(rig.shown().isEmpty() && rig.form.Gating_OverRide) << "held back during the hold";
     rig.form.b_state = 1;
     rig.poll("^O:?EL");
     EXPECT_EQ(rig.shown(), QStringList{QStringLiteral("show Form_OverRide_Disable")});
-    EXPECT_EQ(rig.fakes.windows.message_texts.at(0), QStringList{message_text(295)});
-    EXPECT_FALSE(rig.form.Gating_OverRide);
+    EXPECT_EQ(rig.texts(), QStringList{message_text(295)});
+    EXPECT_FALSE(rig.form.Gating_OverRide || rig.form.tarrow_error_lock);
     EXPECT_EQ(rig.form.gating_label.Caption, message_text(268));
-    EXPECT_FALSE(rig.form.tarrow_error_lock);
 
     // A system that answers again but is not enabled offers the way back all the same.
     GatingRig disabled;
@@ -134,11 +121,10 @@ TEST(GatedTreatment, a_question_withdrawn_when_the_system_recovers_and_never_sta
     });
     rig.poll("^X:?EL");
     EXPECT_EQ(polls_under_the_dialog, 1);
-    EXPECT_EQ(rig.shown(), QStringList{QStringLiteral("show Form_OverRide_Enable")});
-    EXPECT_EQ(rig.fakes.windows.message_texts.at(0).at(0), message_text(276)) << "the old text";
+    EXPECT_EQ(rig.shown(), QStringList{enable_dialog});
+    EXPECT_EQ(rig.texts().at(0), message_text(276)) << "the old text";
     EXPECT_TRUE(rig.fakes.windows.log.contains(QStringLiteral("unload Form_OverRide_Enable")));
-    EXPECT_FALSE(rig.form.Gating_OverRide) << "unloaded, not answered";
-    EXPECT_FALSE(rig.form.tarrow_error_lock);
+    EXPECT_FALSE(rig.form.Gating_OverRide || rig.form.tarrow_error_lock) << "unloaded, not answered";
 }
 
 TEST(GatedTreatment, the_prompt_returns_once_the_system_is_enabled_again) {
@@ -152,25 +138,34 @@ TEST(GatedTreatment, the_prompt_returns_once_the_system_is_enabled_again) {
     EXPECT_TRUE(rig.fakes.tarrow.calls.contains(QStringLiteral("SetRelayEnablePermission(0)")));
 }
 
+// A lost connection is reopened twice without a word; the third loss of the treatment aborts
+// the hold and asks. A good poll between two losses does not give the retries back.
 TEST(GatedTreatment, a_lost_connection_is_retried_twice_silently_then_asked_about) {
     GatingRig rig;
     rig.form.b_state = 4;
-    rig.fakes.tarrow.connected_result = 1;
-    for (int k = 0; k < 2; ++k) {
+    int losses = 0;
+    for (const bool up : {false, true, false, true, false}) {
         rig.fakes.tarrow.calls.clear();
-        rig.form.poll_tarrow_status();
-        EXPECT_EQ(rig.fakes.tarrow.calls, (QStringList{"Connected()", "Close()", "Open()"})) << k;
-        EXPECT_TRUE(rig.shown().isEmpty()) << k;
-        EXPECT_TRUE(rig.fakes.serial.sent().isEmpty()) << k;
+        rig.fakes.tarrow.connected_result = up ? 0 : 1;
+        rig.poll("^C:?EL");
+        if (up) continue;
+        ++losses;
+        EXPECT_EQ(rig.fakes.tarrow.calls, (QStringList{"Connected()", "Close()", "Open()"}));
+        EXPECT_EQ(rig.shown().size(), losses == 3 ? 1 : 0) << losses;
+        EXPECT_EQ(rig.fakes.serial.sent(), QByteArray(losses == 3 ? "X" : "")) << losses;
     }
+    EXPECT_EQ(rig.form.gating_start_attempts, 2);
+    EXPECT_EQ((QStringList{rig.form.abort_by, rig.lamp(), rig.texts().at(0)}),
+              (QStringList{"tarrow", "fault", message_text(271)}));
+
+    // A new treatment's link, opened with the relay's permission locked, has both again: its
+    // first loss is retried without a word.
     rig.fakes.tarrow.calls.clear();
-    rig.form.poll_tarrow_status();
-    EXPECT_EQ(rig.fakes.serial.sent(), QByteArray("X"));
-    EXPECT_EQ(rig.form.abort_by, QStringLiteral("tarrow"));
-    EXPECT_EQ(rig.lamp(), QStringLiteral("fault"));
-    EXPECT_EQ(rig.shown(), QStringList{QStringLiteral("show Form_OverRide_Enable")});
-    EXPECT_EQ(rig.fakes.windows.message_texts.at(0).at(0), message_text(271));
-    EXPECT_EQ(rig.fakes.tarrow.calls, (QStringList{"Connected()", "Close()", "Open()"}));
+    rig.form.open_tarrow_link();
+    EXPECT_EQ(rig.fakes.tarrow.calls, (QStringList{"Open()", "SetRelayEnablePermission(0)"}));
+    rig.fakes.tarrow.connected_result = 1;
+    rig.poll("^O:?EL");
+    EXPECT_EQ(rig.shown().size(), 1);
 }
 
 TEST(GatedTreatment, a_timing_violation_is_cleared_by_ok_and_logged_with_one_header) {
@@ -187,11 +182,10 @@ TEST(GatedTreatment, a_timing_violation_is_cleared_by_ok_and_logged_with_one_hea
     rig.poll("^O!?EL");
     EXPECT_EQ(rig.shown().size(), 2);
 
-    QFile log(rig.folder() + QStringLiteral("/tarrow_log.txt"));
+    QFile log(doe_folder(rig) + QStringLiteral("/tarrow_log.txt"));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     const QString entry = QString(70, QLatin1Char('*')) + QStringLiteral("\r\n") +
-                          rig.fakes.locale.medium_date(rig.fakes.clock.when.date()) +
-                          QStringLiteral("   ") +
+                          rig.fakes.locale.medium_date(rig.fakes.clock.when.date()) + "   " +
                           rig.fakes.locale.medium_time(rig.fakes.clock.when.time()) +
                           QStringLiteral("\r\nTiming Violation Detected Session ID 2 ") +
                           message_text(221) + QStringLiteral(" 0:1:1\r\n\r\n");
@@ -204,67 +198,45 @@ TEST(GatedTreatment, a_missing_library_ends_gated_operation_and_the_patient) {
     GatingRig rig;
     rig.fakes.tarrow.missing = true;
     rig.form.poll_tarrow_status();
-    EXPECT_FALSE(rig.form.Gated_Treatment);
-    EXPECT_FALSE(rig.form.patient_defined);
+    EXPECT_FALSE(rig.form.Gated_Treatment || rig.form.patient_defined);
     EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(355)});
 }
 
 // Once the library is closed no call reaches the relay: a relay closed for a hold is opened
 // on every path that lets the library go, before it goes.
 TEST(GatedTreatment, every_path_that_lets_the_library_go_opens_a_closed_relay_first) {
-    struct Case {
-        const char* name;
-        std::function<void(GatingRig&)> path;
-        bool patient_stays;
-    };
+    using Path = std::function<void(GatingRig&)>;
+    struct Case { const char* name; Path path; bool patient_stays; };
     const Case cases[] = {
-        {"exit",
-         [](GatingRig& r) {
-             r.fakes.windows.answer(1);
-             r.form.zel_exit_Click();
-         },
-         true},
+        {"exit", [](GatingRig& r) { r.fakes.windows.answer(1); r.form.zel_exit_Click(); }, true},
         {"leaving the patient",
-         [](GatingRig& r) {
-             r.fakes.windows.answer(1);
-             r.form.leave_current_patient();
-         },
-         false},
+         [](GatingRig& r) { r.fakes.windows.answer(1); r.form.leave_current_patient(); }, false},
         {"closing the link", [](GatingRig& r) { r.form.close_tarrow_link(); }, true},
         {"a lost connection retried",
-         [](GatingRig& r) {
-             r.fakes.tarrow.connected_result = 1;
-             r.form.poll_tarrow_status();
-         },
-         true},
+         [](GatingRig& r) { r.fakes.tarrow.connected_result = 1; r.form.poll_tarrow_status(); }, true},
         {"a function missing from the library",
-         [](GatingRig& r) {
-             r.fakes.tarrow.lacks = QStringLiteral("GetStatus");
-             r.form.poll_tarrow_status();
-         },
-         false},
+         [](GatingRig& r) { r.fakes.tarrow.lacks = "GetStatus"; r.form.poll_tarrow_status(); }, false},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
         GatingRig rig;
         rig.form._Tarrow_SetRelayState(1);
         rig.fakes.tarrow.calls.clear();
         c.path(rig);
         const QStringList& calls = rig.fakes.tarrow.calls;
         const qsizetype opened = calls.indexOf(QStringLiteral("SetRelayState(0)"));
-        ASSERT_GE(opened, 0) << c.name << ": " << calls.join(' ').toStdString();
+        ASSERT_GE(opened, 0) << calls.join(' ').toStdString();
         const qsizetype closed = calls.indexOf(QStringLiteral("Close()"));
-        if (closed >= 0) {
-            EXPECT_LT(opened, closed) << c.name;
-        }
-        EXPECT_FALSE(rig.form.relay_close_commanded) << c.name;
-        EXPECT_EQ(rig.form.patient_defined, c.patient_stays) << c.name;
+        EXPECT_TRUE(closed < 0 || opened < closed) << calls.join(' ').toStdString();
+        EXPECT_FALSE(rig.form.relay_close_commanded);
+        EXPECT_EQ(rig.form.patient_defined, c.patient_stays);
     }
 }
 
 TEST(GatedTreatment, each_poll_gives_its_gating_fields_to_one_curve_line) {
     GatingRig rig;
     rig.form.gating_start_mode.clear();
-    const QString path = rig.folder() + QStringLiteral("/curve.dat");
+    const QString path = doe_folder(rig) + QStringLiteral("/curve.dat");
     rig.form.curve_file = std::make_unique<AppendFile>(path, "test");
     rig.form.curve_file->open(AppendFile::Start::anew);
     rig.poll("^O:?EL");
@@ -276,32 +248,88 @@ TEST(GatedTreatment, each_poll_gives_its_gating_fields_to_one_curve_line) {
     rig.form.curve_file->close();
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QList<QByteArray> lines = file.readAll().split('\n');
-    ASSERT_GE(lines.size(), 3);
-    EXPECT_TRUE(lines[0].endsWith(";Automated;Enabled;Open\r")) << lines[0].toStdString();
-    EXPECT_TRUE(lines[1].endsWith("; - ; - ; - \r")) << lines[1].toStdString();
-    EXPECT_TRUE(lines[2].endsWith(";Automated;Enabled;Closed\r")) << lines[2].toStdString();
+    QStringList ends;  // the three gating fields of each line
+    for (const QByteArray& line : file.readAll().split('\n'))
+        ends.append(QString::fromLatin1(line).section(u';', -3));
+    EXPECT_EQ(ends, (QStringList{"Automated;Enabled;Open\r", " - ; - ; - \r",
+                                 "Automated;Enabled;Closed\r", ""}));
 }
 
-// The two silent retries are a treatment's, not a poll's: a good poll between two losses does
-// not give them back.
-TEST(GatedTreatment, a_good_poll_does_not_give_back_the_silent_retries) {
-    GatingRig rig;
-    const bool connected[] = {false, true, false, true, false};
-    for (bool up : connected) {
-        rig.fakes.tarrow.connected_result = up ? 0 : 1;
-        rig.poll("^O:?EL");
+// The Help menu's windows: the gating system's service view and the About box.
+TEST(GatingDiagnostics, each_status_letter_in_words_and_unknown_letters_leave_the_label) {
+    struct Case { const char* status; QStringList words; };
+    // Fast gating, permission, mode, relay link.
+    const Case cases[] = {
+        {"^O:?EL", {"Not Active", "Locked", "Enabled", "Relay Link Up"}},
+        {"_C!?DU", {"Active", "Unlocked", "Disabled", "Relay Link Down"}},
+        {"^X:?FL", {"Not Active", "Locked", "Fault", "Relay Link Up"}},
+        {"#Q#?#Z", {"Not Active", "Locked", "Fault", "Relay Link Up"}},  // as they were
+    };
+    Rig rig;
+    rig.fakes.windows.during(Window::Form_Gating, [&] {
+        FormGating& g = *rig.form.form_gating;
+        EXPECT_EQ(g.Label1.Caption, message_text(335));
+        for (const auto& c : cases) {
+            rig.fakes.tarrow.set_status(c.status);
+            rig.fakes.timers.get("Timer_Tarrow_Diagnostics").tick();
+            EXPECT_EQ((QStringList{g.Label_Comm.Caption, g.Label_Relay_Firmware.Caption}),
+                      (QStringList{message_text(333), "R 1.02   "}));
+            EXPECT_EQ((QStringList{g.Label_Fast_Gating.Caption, g.Label_Permission.Caption,
+                                   g.Label_Mode.Caption, g.Label_Relay_Comm.Caption}),
+                      c.words)
+                << c.status;
+        }
+        EXPECT_EQ(g.Label_Relay_State.Caption, message_text(330)) << "the X of the third case";
+        // Without the link each tick says so, empties the rest and tries again.
+        rig.fakes.tarrow.connected_result = 1;
+        rig.fakes.tarrow.calls.clear();
+        rig.fakes.timers.get("Timer_Tarrow_Diagnostics").tick();
+        EXPECT_EQ((QStringList{g.Label_Comm.Caption, g.Label_Mode.Caption, g.Label_DLL_version.Caption}),
+                  (QStringList{message_text(334), "", ""}));
+        EXPECT_EQ(rig.fakes.tarrow.calls, (QStringList{"Connected()", "Close()", "Open()"}));
+        g.Done_Button_Click();
+        EXPECT_FALSE(g.Timer_Tarrow_Diagnostics->Enabled());
+        EXPECT_EQ(rig.fakes.tarrow.calls.back(), QStringLiteral("Close()"));
+    });
+    rig.form.Gating_Diagnostics_Click();
+    EXPECT_EQ(rig.fakes.windows.log, QStringList{QStringLiteral("show Form_Gating")});
+}
+
+TEST(GatingDiagnostics, without_the_library_the_first_tick_is_an_unhandled_failure) {
+    Rig rig;
+    rig.fakes.tarrow.missing = true;
+    rig.fakes.windows.during(Window::Form_Gating,
+                             [&] { rig.fakes.timers.get("Timer_Tarrow_Diagnostics").tick(); });
+    rig.form.Gating_Diagnostics_Click();
+    EXPECT_EQ(rig.ended, QStringList{"1"});
+    EXPECT_EQ(rig.fakes.boxes.shown.size(), 1);
+    EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled());
+}
+
+// The gating frame and its library's version only in a gated treatment; the levels of the
+// last status frame, the vacuum to its rounding.
+TEST(AboutBox, shows_the_levels_of_each_status_frame_while_open) {
+    for (bool gated : {false, true}) {
+        Rig rig;
+        rig.form.Gated_Treatment = gated;
+        rig.form.tarrow_DLL_firmware = QStringLiteral("1.0.0.7");
+        rig.form.line_level = 12.345f;
+        rig.form.battery_level = 11.5f;
+        rig.fakes.windows.during(Window::Form10, [&] {
+            Form10& about = *rig.form.form10;
+            EXPECT_TRUE(rig.form.about_visible);
+            EXPECT_EQ(about.Frame_gating.Visible, gated);
+            EXPECT_EQ(about.Label_tarrow_dll.Caption, gated ? QStringLiteral("1.0.0.7") : QString());
+            EXPECT_EQ((QStringList{about.line_voltage.Caption, about.battery_voltage.Caption}),
+                      (QStringList{"12.35", "11.50"}));
+            rig.fakes.serial.receive(status_frame(104, 171, 200, 51));
+            EXPECT_EQ((QStringList{about.Label_pressure.Caption, about.Label_vacuum.Caption}),
+                      (QStringList{"12.83", "1.88"}));  // 1.875 psi
+            about.Done_Click(rig.form);
+        });
+        rig.form.About_Click();
+        EXPECT_FALSE(rig.form.about_visible) << gated;
     }
-    EXPECT_EQ(rig.form.gating_start_attempts, 2);
-    EXPECT_EQ(rig.shown(), QStringList{QStringLiteral("show Form_OverRide_Enable")});
-    // A new treatment's link, opened with the relay's permission locked, has both again: its
-    // first loss is retried without a word.
-    rig.fakes.tarrow.calls.clear();
-    rig.form.open_tarrow_link();
-    EXPECT_EQ(rig.fakes.tarrow.calls, (QStringList{"Open()", "SetRelayEnablePermission(0)"}));
-    rig.fakes.tarrow.connected_result = 1;
-    rig.poll("^O:?EL");
-    EXPECT_EQ(rig.shown().size(), 1);
 }
 
 }  // namespace
