@@ -64,6 +64,18 @@ struct DialogRig : Rig {
     }
 };
 
+// The console's patient: names, session, duration, threshold, trigger, defined, chart,
+// gating, breath holds.
+inline QString console(const Form1& form) {
+    return QStringList{form.patient_last_name, form.patient_first_name, form.patient_medical_id,
+                       form.session, QString::number(form.duration),
+                       QString::number(form.thresh), QString::number(form.inhale),
+                       QString::number(form.patient_defined), QString::number(form.max_y),
+                       QString::number(form.min_y), QString::number(form.Gated_Treatment),
+                       QString::number(form.breath_holds)}
+        .join(QLatin1Char('|'));
+}
+
 // Types the text over the field's whole content, the caret at its end.
 template <class Dialog>
 void type(Dialog& f, TextBox& box, const QString& text) {

@@ -1,10 +1,11 @@
-// The rules the dialogs share for numbers the operator types, and which rule and message each
-// numeric field of each dialog applies.
+// The rules the dialogs share: numbers as the operator types them, which rule and message each
+// numeric field applies, and when Cancel asks before changes are lost.
 #include "dialogs/entry_rules.h"
 
 #include <gtest/gtest.h>
 
 #include <ostream>
+#include <utility>
 #include <vector>
 
 #include "dialog_rig.h"
@@ -13,51 +14,38 @@ namespace zel::test {
 namespace {
 
 TEST(EntryRules, a_number_is_read_under_the_decimal_separator_rule) {
-    const struct {
-        const char* text;
-        char separator;  // the machine's, and the number format that goes with it
-        bool number;
-        double value;
-    } rows[] = {
+    // The separator is the machine's, with the number format that goes with it.
+    const struct { const char* text; char separator; bool number; double value; } rows[] = {
         {"1.5", '.', true, 1.5},   {"1,5", ',', true, 1.5},  {"-0,25", ',', true, -0.25},
         {" 7 ", '.', true, 7},     {"1e1", '.', true, 10},
         // The other machine's separator is refused, also where it would group thousands:
         // a file written from the value must read back.
-        {"1,5", '.', false, 0},    {"1,000", '.', false, 0}, {"1.5", ',', false, 0},
-        {"1.000,5", ',', false, 0}, {".", '.', false, 0},    {"abc", '.', false, 0},
-        {"", '.', false, 0},
+        {"1,5", '.', false, -9},   {"1,000", '.', false, -9}, {"1.5", ',', false, -9},
+        {"1.000,5", ',', false, -9}, {".", '.', false, -9},   {"abc", '.', false, -9},
+        {"", '.', false, -9},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
-        const QChar separator = QLatin1Char(row.separator);
-        double value = -99;
-        EXPECT_EQ(entered_number(QString::fromLatin1(row.text),
-                                 row.separator == ',' ? QStringLiteral("comma")
-                                                      : QStringLiteral("dot"),
-                                 separator, value),
-                  row.number);
-        EXPECT_DOUBLE_EQ(value, row.number ? row.value : -99);
+        double value = -9;
+        const QString format = row.separator == ',' ? "comma" : "dot";
+        EXPECT_EQ(entered_number(row.text, format, QLatin1Char(row.separator), value), row.number);
+        EXPECT_DOUBLE_EQ(value, row.value);
     }
 }
 
 TEST(EntryRules, a_threshold_beyond_three_quarters_widens_the_chart_symmetrically) {
-    const struct {
-        double max_y, min_y;
-        float thresh;
-        double widened_max, widened_min;
-    } rows[] = {
-        {2.0, -2.0, 1.7f, 2.1, -2.1},   {2.0, -2.0, -1.7f, 2.1, -2.1},
-        {2.0, -1.0, 1.5f, 2.0, -1.0},   {2.0, -2.0, -1.5f, 2.0, -2.0},  // at three quarters
-        {2.0, -2.0, 0.0f, 2.0, -2.0},   {2.0, -2.0, -9.9f, 12.4, -12.4},
+    // On a chart from 2 down to -1.
+    const struct { float thresh; double max_y, min_y; } rows[] = {
+        {1.5f, 2.0, -1.0},  {-1.5f, 2.0, -1.0}, {0.0f, 2.0, -1.0},   {1.6f, 2.0, -2.0},
+        {1.7f, 2.1, -2.1},  {-1.7f, 2.1, -2.1}, {-9.9f, 12.4, -12.4},
         // 1.25 times, rounded to a tenth with ties upwards: 3.75 and -3.75 differ.
-        {2.0, -2.0, 3.0f, 3.8, -3.8},   {2.0, -2.0, -3.0f, 3.7, -3.7},
+        {3.0f, 3.8, -3.8},  {-3.0f, 3.7, -3.7},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.thresh);
-        double max_y = row.max_y, min_y = row.min_y;
+        double max_y = 2.0, min_y = -1.0;
         widen_chart_for_threshold(max_y, min_y, row.thresh);
-        EXPECT_DOUBLE_EQ(max_y, row.widened_max);
-        EXPECT_DOUBLE_EQ(min_y, row.widened_min);
+        EXPECT_EQ(std::pair(max_y, min_y), std::pair(row.max_y, row.min_y));
     }
 }
 
@@ -208,6 +196,44 @@ TEST(NumericFields, moving_a_bar_writes_its_field_and_the_value) {
                 f.scroll(bar, row.value);
             });
         EXPECT_EQ(outcome, (Outcome{row.shown, QString(), row.kept, row.value, true}));
+    }
+}
+
+Control& cancel_of(Form5& f) { return f.button_cancel; }
+Control& cancel_of(Form12& f) { return f.Cancel; }
+Control& cancel_of(Form11& f) { return f.Cancel; }
+
+// Nothing edited reaches the console.
+TEST(DialogCancel, asks_only_after_a_change_and_no_keeps_the_dialog_open) {
+    // Buttons of the question: 0 Yes, 1 No.
+    const struct {
+        bool change;
+        int answer;
+        bool closed;
+    } rows[] = {{false, 1, true}, {true, 0, true}, {true, 1, false}};
+    for (const Field field : {Field::hold5, Field::hold12, Field::range11}) {
+        for (const auto& row : rows) {
+            SCOPED_TRACE(testing::Message() << static_cast<int>(field) << ' ' << row.change
+                                            << row.answer);
+            DialogRig rig;
+            rig.form.form12_open = true;
+            bool unloaded = false;
+            on_field(rig, field, [&](auto& f, TextBox&, ScrollBar& bar, const Control&) {
+                if (row.change) f.scroll(bar, 30);
+                rig.fakes.windows.answer(row.answer);
+                f.click(cancel_of(f));
+                unloaded = f.unloaded;
+            });
+            EXPECT_EQ(rig.fakes.windows.log.contains("ask " + message_text(353)), row.change);
+            EXPECT_EQ(unloaded, row.closed);
+            const bool cancelled = field == Field::hold5    ? rig.form.form5->Cancel_status
+                                   : field == Field::hold12 ? rig.form.patient_settings_cancel
+                                                            : unloaded;
+            EXPECT_EQ(cancelled, row.closed);
+            EXPECT_EQ(field == Field::hold12 ? rig.form.form12_open : !unloaded, !row.closed);
+            EXPECT_TRUE(rig.form.duration == 15 && rig.form.max_y == 2 &&
+                        !rig.form.patient_defined);
+        }
     }
 }
 

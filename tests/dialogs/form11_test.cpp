@@ -143,47 +143,5 @@ TEST(Form11, a_new_data_directory_is_stored_for_the_next_start) {
     }
 }
 
-TEST(Form11, cancel_after_a_display_change_asks) {
-    for (const bool discard : {false, true}) {
-        SCOPED_TRACE(discard);
-        DialogRig rig;
-        Form11& f = rig.open11();
-        f.click(f.Sec_Div_2);
-        rig.fakes.windows.answer(discard ? 0 : 1);
-        f.click(f.Cancel);
-        EXPECT_EQ(f.unloaded, discard);
-        EXPECT_FLOAT_EQ(rig.form.x_scale_factor, 1);
-    }
-}
-
-// ---- The System Settings menu entry --------------------------------------------------------
-
-// The link keeps running under the dialog; closed with nothing changed, the patient file is
-// written all the same and the chart redrawn.
-TEST(SystemSettingsMenu, keeps_the_link_saves_the_patient_and_redraws) {
-    for (const bool defined : {true, false}) {
-        SCOPED_TRACE(defined);
-        DialogRig rig;
-        rig.form.b_state = 1;
-        rig.form.patient_defined = defined;
-        rig.form.patient_last_name = QStringLiteral("Doe");
-        rig.form.patient_first_name = QStringLiteral("Jane");
-        rig.form.patient_medical_id = QStringLiteral("MR7");
-        QDir(rig.data.path()).mkpath(QStringLiteral("Doe_Jane_MR7"));
-        rig.fakes.serial.set_PortOpen(true);
-        rig.form.Timer_HeartBeat->set_Enabled(true);
-        rig.fakes.windows.during(Window::Form11, [&] {
-            EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled());
-            EXPECT_TRUE(rig.fakes.serial.sent().isEmpty());
-            rig.form.form11->click(rig.form.form11->Cancel);
-        });
-        rig.form.Control_Panel_Click();
-        EXPECT_TRUE(rig.form.Timer_HeartBeat->Enabled());
-        EXPECT_EQ(QFile::exists(rig.data.path() + QStringLiteral("/Doe_Jane_MR7/Doe.zel")),
-                  defined);
-        EXPECT_EQ(rig.fakes.chart.clears, 1);
-    }
-}
-
 }  // namespace
 }  // namespace zel::test

@@ -26,18 +26,6 @@ void patient_on_disk(DialogRig& rig, const QString& folder, const QString& file,
                   .toLatin1());
 }
 
-// The console's patient: names, session, duration, threshold, trigger, defined, chart,
-// gating, breath holds.
-QString console(const Form1& form) {
-    return QStringList{form.patient_last_name, form.patient_first_name, form.patient_medical_id,
-                       form.session, QString::number(form.duration),
-                       QString::number(form.thresh), QString::number(form.inhale),
-                       QString::number(form.patient_defined), QString::number(form.max_y),
-                       QString::number(form.min_y), QString::number(form.Gated_Treatment),
-                       QString::number(form.breath_holds)}
-        .join(QLatin1Char('|'));
-}
-
 // A new patient with every setting changed from the console's.
 void fill_new_patient(Form5& f, bool gating = true) {
     type(f, f.Text_last_name, QStringLiteral("Smith"));
@@ -51,21 +39,9 @@ void fill_new_patient(Form5& f, bool gating = true) {
 
 // ---- Load -------------------------------------------------------------------------------------
 
-TEST(Form5Load, new_patient_mode_shows_the_console_values_and_session_one) {
-    DialogRig rig;
-    Form5& f = rig.open5();
-    EXPECT_EQ((QStringList{f.Caption, f.button_done.Caption, f.BreathHold_Text.Text,
-                           f.Threshold_Text.Text, f.Text_session.Text, f.temp1}),
-              (QStringList{message_text(281), "Save", "15", "1.2", "1", "1"}));
-    EXPECT_EQ((std::vector<int>{f.BreathHold_Scroll.Value, f.Threshold_Scroll.Value,
-                                f.Check_Inhalation.Value, f.check_Exhalation.Value,
-                                f.Check_automatic.Value, f.Check_manual.Value}),
-              (std::vector<int>{15, 12, 1, 0, 0, 0}));
-    EXPECT_FALSE(f.changes_made);
-    EXPECT_TRUE(f.Text_last_name.Enabled && f.Threshold_Scroll.Enabled);
-}
-
-TEST(Form5Load, the_threshold_shows_in_the_pattern_with_a_bare_separator) {
+// A new patient opens on the console's values, the threshold in the pattern with a bare
+// separator, and on session 1.
+TEST(Form5Load, a_new_patient_opens_on_the_console_values_and_session_one) {
     const struct {
         float thresh;
         char separator;
@@ -81,32 +57,15 @@ TEST(Form5Load, the_threshold_shows_in_the_pattern_with_a_bare_separator) {
         SCOPED_TRACE(row.thresh);
         DialogRig rig(QLatin1Char(row.separator), row.thresh);
         Form5& f = rig.open5();
-        EXPECT_EQ(f.Threshold_Text.Text, QLatin1String(row.shown));
-        EXPECT_EQ(f.Threshold_Scroll.Value, row.scroll);
+        EXPECT_EQ((QStringList{f.Threshold_Text.Text, f.BreathHold_Text.Text, f.Text_session.Text,
+                               f.temp1, f.button_done.Caption}),
+                  (QStringList{row.shown, "15", "1", "1", "Save"}));
+        EXPECT_EQ((std::vector<int>{f.Threshold_Scroll.Value, f.BreathHold_Scroll.Value,
+                                    f.Check_Inhalation.Value, f.check_Exhalation.Value,
+                                    f.Check_automatic.Value, f.Check_manual.Value}),
+                  (std::vector<int>{row.scroll, 15, 1, 0, 0, 0}));
+        EXPECT_TRUE(f.Text_last_name.Enabled && f.Threshold_Scroll.Enabled && !f.changes_made);
     }
-}
-
-TEST(Form5Load, session_mode_leaves_only_the_session_editable_and_searches_nothing) {
-    DialogRig rig;
-    rig.form.new_patient_loading = true;
-    patient_on_disk(rig, QStringLiteral("Doe_Jane_MR77"), QStringLiteral("Doe.zel"),
-                    QStringLiteral("MR77"));
-    Form5& f = rig.open5();
-    const Control* disabled[] = {&f.Text_last_name,   &f.Text_first_name,   &f.Text_medical_id,
-                                 &f.Check_automatic,  &f.Check_manual,      &f.BreathHold_Text,
-                                 &f.Threshold_Text,   &f.BreathHold_Scroll, &f.Threshold_Scroll,
-                                 &f.Check_Inhalation, &f.check_Exhalation};
-    for (const Control* c : disabled) EXPECT_FALSE(c->Enabled);
-    EXPECT_TRUE(f.Text_session.Enabled);
-    EXPECT_EQ(rig.next_id_asked, (QStringList{"Doe", "Jane", "MR77"}));
-    EXPECT_EQ((QStringList{f.button_done.Caption, f.Text_session.Text, f.Text_last_name.Text,
-                           f.temp3, f.BreathHold_Text.Text, f.Threshold_Text.Text,
-                           f.Label_message.Caption}),
-              (QStringList{"Done", "4", "Doe", "MR77", "20", "-.8", ""}));
-    EXPECT_EQ((std::vector<int>{f.Text_session.SelStart, f.Check_automatic.Value,
-                                f.Check_manual.Value, f.check_Exhalation.Value}),
-              (std::vector<int>{1, 1, 0, 1}));
-    EXPECT_FALSE(f.changes_made);
 }
 
 // ---- Text fields ------------------------------------------------------------------------------
@@ -288,9 +247,11 @@ TEST(Form5Done, a_refusal_leaves_the_dialog_open_and_the_console_as_it_was) {
     }
 }
 
-// The session typed is marked while the history holds it, and Done takes it only then, into
-// the loaded patient's folder, with the loaded patient's values and the chart as it was.
-TEST(Form5Done, session_mode_checks_the_folder_and_the_session) {
+// A new session opens with only the session editable, on the next one of the loaded
+// patient's history, and searches no medical ID. The session typed is marked while the
+// history holds it, and Done takes it only then, into the loaded patient's folder, with the
+// loaded patient's values and the chart as it was.
+TEST(Form5Session, opens_on_the_loaded_patient_and_done_checks_the_folder_and_the_session) {
     const struct {
         bool folder;
         const char* session;
@@ -305,9 +266,23 @@ TEST(Form5Done, session_mode_checks_the_folder_and_the_session) {
         rig.form.max_y = 0.8;
         rig.form.min_y = -0.8;
         rig.sessions_on_file = {QStringLiteral("3")};
-        if (row.folder) QDir(rig.data.path()).mkdir(QStringLiteral("Doe_Jane_MR77"));
+        if (row.folder) patient_on_disk(rig, "Doe_Jane_MR77", "Doe.zel", "MR77");
         const QString before = console(rig.form);
         Form5& f = rig.open5();
+        for (const Control* c : std::initializer_list<const Control*>{
+                 &f.Text_last_name, &f.Text_first_name, &f.Text_medical_id, &f.Check_automatic,
+                 &f.Check_manual, &f.BreathHold_Text, &f.Threshold_Text, &f.BreathHold_Scroll,
+                 &f.Threshold_Scroll, &f.Check_Inhalation, &f.check_Exhalation})
+            EXPECT_FALSE(c->Enabled);
+        EXPECT_EQ(rig.next_id_asked, (QStringList{"Doe", "Jane", "MR77"}));
+        EXPECT_EQ((QStringList{f.button_done.Caption, f.Text_session.Text, f.Text_last_name.Text,
+                               f.temp3, f.BreathHold_Text.Text, f.Threshold_Text.Text,
+                               f.Label_message.Caption}),
+                  (QStringList{"Done", "4", "Doe", "MR77", "20", "-.8", ""}));
+        EXPECT_EQ((std::vector<int>{f.Text_session.SelStart, f.Text_session.Enabled,
+                                    f.Check_automatic.Value, f.Check_manual.Value,
+                                    f.check_Exhalation.Value, f.changes_made}),
+                  (std::vector<int>{1, 1, 1, 0, 1, 0}));
         type(f, f.Text_session, QStringLiteral("3"));
         EXPECT_EQ(f.Label_message.Caption, message_text(140));
         type(f, f.Text_session, QLatin1String(row.session));
@@ -322,28 +297,7 @@ TEST(Form5Done, session_mode_checks_the_folder_and_the_session) {
     }
 }
 
-// ---- Cancel and opening -----------------------------------------------------------------------
-
-TEST(Form5Cancel, asks_only_when_something_was_changed) {
-    // Buttons of the question: 0 Yes, 1 No.
-    const struct {
-        bool change;
-        int answer;
-        bool closed;
-    } rows[] = {{false, 1, true}, {true, 0, true}, {true, 1, false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.change + 2 * row.answer);
-        DialogRig rig;
-        Form5& f = rig.open5();
-        if (row.change) type(f, f.Text_first_name, QStringLiteral("Ann"));
-        rig.fakes.windows.answer(row.answer);
-        f.click(f.button_cancel);
-        EXPECT_EQ(rig.fakes.windows.log.contains("ask " + message_text(353)), row.change);
-        EXPECT_EQ(f.unloaded, row.closed);
-        EXPECT_EQ(f.Cancel_status, row.closed);
-        EXPECT_FALSE(rig.form.patient_defined);
-    }
-}
+// ---- Opening ----------------------------------------------------------------------------------
 
 TEST(Form5Opening, each_opening_is_fresh_and_the_result_stays_readable) {
     DialogRig rig;

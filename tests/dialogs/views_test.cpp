@@ -13,6 +13,7 @@
 #include <QRadioButton>
 #include <QTest>
 #include <QTimer>
+#include <functional>
 
 #include "dialog_rig.h"
 #include "platform/qt_chart_surface.h"
@@ -28,17 +29,19 @@
 namespace zel::test {
 namespace {
 
+// The widget of that text; a failure and a stand-in when there is none.
 template <class W>
 W* find(QWidget* in, const QString& text) {
     for (W* w : in->findChildren<W*>())
         if (w->text() == text) return w;
-    return nullptr;
+    ADD_FAILURE() << "nothing shows " << text.toStdString();
+    return new W;  // NOLINT: left to the failed test
 }
 
 // Every caption and entry fits its control, and each label named shows; with
 // ZEL_SCREENSHOT_DIR set, the window is saved as a picture for a look.
 void expect_captions_fit(QWidget& view, const char* picture, std::initializer_list<int> labels) {
-    for (const int n : labels) EXPECT_NE(find<QLabel>(&view, message_text(n)), nullptr) << n;
+    for (const int n : labels) find<QLabel>(&view, message_text(n));
     for (QLabel* label : view.findChildren<QLabel*>()) {
         if (label->wordWrap())
             EXPECT_LE(label->heightForWidth(label->width()), label->height())
@@ -57,37 +60,32 @@ void expect_captions_fit(QWidget& view, const char* picture, std::initializer_li
     if (!dir.isEmpty()) view.grab().save(dir + QLatin1Char('/') + picture);
 }
 
-// A dialog opened on the rig with its window shown.
-std::unique_ptr<EntryDialogView> shown_view(DialogRig& rig, Window window, bool open = true) {
+// The window of a dialog opened on the rig, shown.
+std::unique_ptr<EntryDialogView> shown_view(DialogRig& rig, Window window) {
     std::unique_ptr<EntryDialogView> view;
     if (window == Window::Form5)
-        view = std::make_unique<Form5View>(rig.form, open ? rig.open5() : *rig.form.form5, nullptr);
+        view = std::make_unique<Form5View>(rig.form, *rig.form.form5, nullptr);
     else if (window == Window::Form12)
-        view = std::make_unique<Form12View>(rig.form, open ? rig.open12() : *rig.form.form12,
-                                            nullptr);
+        view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
     else
-        view = std::make_unique<Form11View>(rig.form, open ? rig.open11() : *rig.form.form11,
-                                            nullptr);
+        view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
     view->show();
     return view;
 }
 
 TEST(Form5View, passes_a_click_to_the_gating_pair_and_enter_tests_a_field_closing_nothing) {
     DialogRig rig;
+    Form5& f = rig.open5();
     const auto view = shown_view(rig, Window::Form5);
-    Form5& f = *rig.form.form5;
     EXPECT_EQ(view->windowTitle(), message_text(281));
     auto* automatic = find<QCheckBox>(view.get(), message_text(268));
     auto* manual = find<QCheckBox>(view.get(), message_text(269));
-    ASSERT_TRUE(automatic && manual);
     QTest::mouseClick(manual, Qt::LeftButton);
     QTest::mouseClick(automatic, Qt::LeftButton);
     EXPECT_EQ(f.Check_automatic.Value, 1);
-    EXPECT_TRUE(automatic->isChecked());
-    EXPECT_FALSE(manual->isChecked());
+    EXPECT_TRUE(automatic->isChecked() && !manual->isChecked());
 
     QLineEdit* hold = find<QLineEdit>(view.get(), QStringLiteral("15"));
-    ASSERT_NE(hold, nullptr);
     hold->setFocus();
     hold->selectAll();
     QTest::keyClicks(hold, QStringLiteral("98.6"));
@@ -97,21 +95,16 @@ TEST(Form5View, passes_a_click_to_the_gating_pair_and_enter_tests_a_field_closin
     EXPECT_EQ(hold->text(), QStringLiteral("99"));
     EXPECT_TRUE(view->isVisible());
     EXPECT_TRUE(find<QPushButton>(view.get(), message_text(266))->isEnabled());
-}
 
-TEST(Form5View, a_selection_made_with_the_keyboard_is_typed_over) {
-    DialogRig rig;
-    const auto view = shown_view(rig, Window::Form5);
+    // Ctrl+A is a key the model sees (it disables Done); the selection must survive it.
     QLineEdit* threshold = find<QLineEdit>(view.get(), QStringLiteral("1.2"));
-    ASSERT_NE(threshold, nullptr);
     threshold->setFocus();
     threshold->setCursorPosition(0);
-    // Ctrl+A is a key the model sees (it disables Done); the selection must survive it.
     QTest::keyClick(threshold, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClicks(threshold, QStringLiteral("1.5"));
     QTest::keyClick(threshold, Qt::Key_Return);
     EXPECT_EQ(threshold->text(), QStringLiteral("1.5"));
-    EXPECT_FLOAT_EQ(rig.form.form5->threshold_temp, 1.5f);
+    EXPECT_FLOAT_EQ(f.threshold_temp, 1.5f);
 }
 
 // In session mode the caret stands behind the suggested session, so that it is not overtyped.
@@ -129,60 +122,50 @@ TEST(Form5View, every_caption_fits_in_both_modes_and_the_session_keeps_its_caret
             f.scroll(f.Threshold_Scroll, -15);
             enter(f, f.BreathHold_Text, QStringLiteral("100"));  // refused: the message shows
         }
-        const auto view = shown_view(rig, Window::Form5, false);
+        const auto view = shown_view(rig, Window::Form5);
         expect_captions_fit(*view, session_mode ? "form5-session.png" : "form5-new.png",
                             {115, 282, 117, 201, 283, 159, 158});
         if (!session_mode) continue;
         QLineEdit* session = find<QLineEdit>(view.get(), QStringLiteral("4"));
-        ASSERT_NE(session, nullptr);
         EXPECT_EQ(view->focusWidget(), session);
         EXPECT_FALSE(session->hasSelectedText());
         EXPECT_EQ(session->cursorPosition(), 1);
     }
 }
 
-TEST(Form12View, shows_its_captions_and_passes_a_choice_of_trigger) {
+TEST(SettingsViews, show_their_captions_and_pass_a_trigger_and_a_language_to_the_model) {
     DialogRig rig;
     rig.form.Gated_Treatment = true;
+    Form12& f = rig.open12();
     const auto view = shown_view(rig, Window::Form12);
-    Form12& f = *rig.form.form12;
     EXPECT_EQ(view->windowTitle(), message_text(281));
     auto* save = find<QPushButton>(view.get(), message_text(266));
-    ASSERT_NE(save, nullptr);
     EXPECT_FALSE(save->isEnabled());
-    auto* exhalation = find<QRadioButton>(view.get(), message_text(237));
-    ASSERT_NE(exhalation, nullptr);
-    QTest::mouseClick(exhalation, Qt::LeftButton);
+    QTest::mouseClick(find<QRadioButton>(view.get(), message_text(237)), Qt::LeftButton);
     EXPECT_EQ(f.Exhalation_button.Value, 1);
     EXPECT_FALSE(find<QRadioButton>(view.get(), message_text(236))->isChecked());
     EXPECT_TRUE(save->isEnabled());
-
-    // A refused entry: both warnings and the standing one fit.
+    // Refused entries: both warnings and the standing one fit.
     enter(f, f.BreathHold_Text, QStringLiteral("100"));
     enter(f, f.Threshold_Text, QStringLiteral("abc"));
     view->sync();
     expect_captions_fit(*view, "form12.png", {281, 130, 159, 158, 185, 186});
-}
 
-TEST(Form11View, shows_its_captions_and_passes_a_language_choice) {
-    DialogRig rig;
-    const auto view = shown_view(rig, Window::Form11);
-    Form11& f = *rig.form.form11;
-    EXPECT_EQ(view->windowTitle(), message_text(315));
-    auto* combo = view->findChild<QComboBox*>();
+    Form11& g = rig.open11();
+    const auto view11 = shown_view(rig, Window::Form11);
+    EXPECT_EQ(view11->windowTitle(), message_text(315));
+    auto* combo = view11->findChild<QComboBox*>();
     ASSERT_NE(combo, nullptr);
     EXPECT_EQ(combo->currentText(), QStringLiteral("English"));
     combo->setFocus();
     QTest::keyClick(combo, Qt::Key_Down);
-    EXPECT_EQ(f.LangCombo.ListIndex, 1);
-    EXPECT_TRUE(f.languageChanged);
-    EXPECT_TRUE(find<QPushButton>(view.get(), message_text(113))->isEnabled());
-    auto* directory = find<QLineEdit>(view.get(), rig.data.path());
-    ASSERT_NE(directory, nullptr);
-    EXPECT_TRUE(directory->isReadOnly());
-    enter(f, f.Y_Range_Text, QStringLiteral("0.5"));
-    view->sync();
-    expect_captions_fit(*view, "form11.png", {315, 240, 301, 189});
+    EXPECT_EQ(g.LangCombo.ListIndex, 1);
+    EXPECT_TRUE(g.languageChanged);
+    EXPECT_TRUE(find<QPushButton>(view11.get(), message_text(113))->isEnabled());
+    EXPECT_TRUE(find<QLineEdit>(view11.get(), rig.data.path())->isReadOnly());
+    enter(g, g.Y_Range_Text, QStringLiteral("0.5"));
+    view11->sync();
+    expect_captions_fit(*view11, "form11.png", {315, 240, 301, 189});
 }
 
 TEST(DialogViews, the_console_shows_them_modally_until_cancel_closes_them) {
@@ -203,13 +186,20 @@ TEST(DialogViews, the_console_shows_them_modally_until_cancel_closes_them) {
         windows.show_modal(window);
         EXPECT_TRUE(*unloaded);
     }
-    EXPECT_TRUE(rig.form.form5->Cancel_status);
-    EXPECT_TRUE(rig.form.patient_settings_cancel);
+    EXPECT_TRUE(rig.form.form5->Cancel_status && rig.form.patient_settings_cancel);
 }
 
-// Patient Settings or System Settings as its menu entry opens it, with its real window shown
-// by what `during` gives the console's show.
-void open_from_menu(DialogRig& rig, Window window) {
+// Patient Settings or System Settings opened from its menu entry, with its real window shown
+// by what `during` gives the console's show: `inside` runs on it, then Cancel closes it.
+void from_menu(DialogRig& rig, Window window, const std::function<void(QWidget&)>& inside) {
+    rig.form.patient_defined = true;
+    rig.form.b_state = 1;
+    rig.fakes.windows.during(window, [&] {
+        const auto view = shown_view(rig, window);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+        inside(*view);
+        QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
+    });
     if (window == Window::Form12)
         rig.form.Patient_Settings_Click();
     else
@@ -223,17 +213,13 @@ TEST(SettingsViews, the_spacebar_inside_arms_nothing_and_still_stops_a_hold) {
     for (const Window window : {Window::Form12, Window::Form11}) {
         SCOPED_TRACE(static_cast<int>(window));
         DialogRig rig;
-        rig.form.patient_defined = true;
-        rig.form.b_state = 1;
         rig.fakes.serial.set_PortOpen(true);
         KeyGuardFilter guard(rig.form);
         qApp->installEventFilter(&guard);
         QByteArray in_standby, in_hold;
-        rig.fakes.windows.during(window, [&] {
-            const auto view = shown_view(rig, window, false);
-            ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+        from_menu(rig, window, [&](QWidget& view) {
             // An option button, as the operator's click on a trigger direction leaves it.
-            auto* option = view->findChildren<QRadioButton*>().value(0);
+            auto* option = view.findChildren<QRadioButton*>().value(0);
             ASSERT_NE(option, nullptr);
             option->setFocus();
             QTest::keyClick(option, Qt::Key_Space);
@@ -242,9 +228,7 @@ TEST(SettingsViews, the_spacebar_inside_arms_nothing_and_still_stops_a_hold) {
             QTest::keyClick(option, Qt::Key_Space);
             in_hold = rig.fakes.serial.sent().mid(in_standby.size());
             rig.form.b_state = 1;
-            QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
         });
-        open_from_menu(rig, window);
         qApp->removeEventFilter(&guard);
         EXPECT_FALSE(in_standby.contains('A') || in_standby.contains('B'))
             << in_standby.toStdString();
@@ -257,23 +241,16 @@ TEST(SettingsViews, open_with_nothing_edited_until_the_operator_edits) {
     for (const Window window : {Window::Form12, Window::Form11}) {
         SCOPED_TRACE(static_cast<int>(window));
         DialogRig rig;
-        rig.form.patient_defined = true;
-        rig.form.b_state = 1;
-        bool save_enabled = true, unloaded = false;
-        rig.fakes.windows.during(window, [&] {
-            const auto view = shown_view(rig, window, false);
-            ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+        bool save_enabled = true;
+        from_menu(rig, window, [&](QWidget& view) {
             EXPECT_EQ(qobject_cast<QLineEdit*>(QApplication::focusWidget()), nullptr);
-            QTest::mouseClick(view.get(), Qt::LeftButton, {}, QPoint(5, 5));
-            QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
-            save_enabled = find<QPushButton>(view.get(), message_text(266))->isEnabled();
-            unloaded = window == Window::Form12 ? rig.form.form12->unloaded
-                                                : rig.form.form11->unloaded;
+            QTest::mouseClick(&view, Qt::LeftButton, {}, QPoint(5, 5));
+            save_enabled = find<QPushButton>(&view, message_text(266))->isEnabled();
         });
-        open_from_menu(rig, window);
         EXPECT_FALSE(save_enabled);
         EXPECT_TRUE(rig.fakes.windows.log.filter(QStringLiteral("ask")).isEmpty());
-        EXPECT_TRUE(unloaded);
+        EXPECT_TRUE(window == Window::Form12 ? rig.form.form12->unloaded
+                                             : rig.form.form11->unloaded);
     }
 }
 
@@ -305,7 +282,7 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     about->show();
     expect_captions_fit(*about, "form10.png", {});
     EXPECT_EQ(about->windowTitle(), message_text(136));
-    ASSERT_NE(find<QLabel>(about.get(), QStringLiteral("1.0.0.7")), nullptr);
+    find<QLabel>(about.get(), QStringLiteral("1.0.0.7"));
     QTest::mouseClick(find<QPushButton>(about.get(), message_text(113)), Qt::LeftButton);
     EXPECT_FALSE(rig.form.about_visible);
     EXPECT_FALSE(about->isVisible());
