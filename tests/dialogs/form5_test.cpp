@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <functional>
 #include <string>
 
@@ -65,6 +66,9 @@ TEST(Form5Load, a_new_patient_opens_on_the_console_values_and_session_one) {
                                     f.Check_automatic.Value, f.Check_manual.Value}),
                   (std::vector<int>{row.scroll, 15, 1, 0, 0, 0}));
         EXPECT_TRUE(f.Text_last_name.Enabled && f.Threshold_Scroll.Enabled && !f.changes_made);
+        // The session alone is no change.
+        type(f, f.Text_session, QStringLiteral(" 7b "));
+        EXPECT_TRUE(f.temp1 == QStringLiteral("7b") && !f.changes_made);
     }
 }
 
@@ -73,13 +77,9 @@ TEST(Form5Load, a_new_patient_opens_on_the_console_values_and_session_one) {
 TEST(Form5TextFields, a_forbidden_character_typed_mid_name_is_removed_and_the_caret_stays) {
     DialogRig rig;
     Form5& f = rig.open5();
-    const struct {
-        TextBox Form5::*box;
-        QString Form5::*member;
-    } fields[] = {{&Form5::Text_last_name, &Form5::temp2},
-                  {&Form5::Text_first_name, &Form5::temp4},
-                  {&Form5::Text_medical_id, &Form5::temp3},
-                  {&Form5::Text_session, &Form5::temp1}};
+    const struct { TextBox Form5::*box; QString Form5::*member; } fields[] = {
+        {&Form5::Text_last_name, &Form5::temp2}, {&Form5::Text_first_name, &Form5::temp4},
+        {&Form5::Text_medical_id, &Form5::temp3}, {&Form5::Text_session, &Form5::temp1}};
     // The nine that a file name can't hold, and characters beyond the 8-bit set of the files.
     QStringList bad_characters = {"\u0159", "\u20AC", "\u0152", "\u4E2D"};
     for (char bad : std::string("\\,/?:*<>|")) bad_characters.append(QString(QLatin1Char(bad)));
@@ -99,20 +99,24 @@ TEST(Form5TextFields, a_forbidden_character_typed_mid_name_is_removed_and_the_ca
 }
 
 // "Dvo\u0159\u00E1k" once made a folder whose patient file could never be written, and ".Doe"
-// a patient file that every reader took for a hidden one.
+// a patient file that every reader took for a hidden one. Names are kept trimmed, at most
+// twenty characters typed.
 TEST(Form5TextFields, what_the_files_hold_passes_and_the_rest_is_taken_out_as_typed) {
     const struct {
-        QString typed, kept;
+        QString typed, shown, kept;
         bool refused_last;  // the last character typed was taken out, and message 132 stands
     } rows[] = {
-        {"M\u00FCller", "M\u00FCller", false},
-        {"\u00D8deg\u00E5rd \u00DF\u00FF", "\u00D8deg\u00E5rd \u00DF\u00FF", false},
-        {"Dvo\u0159\u00E1k", "Dvo\u00E1k", false},
-        {"Dvo\u0159", "Dvo", true},
-        {"\u041F\u0435\u0442\u0440\u043E\u0432", "", true},
-        {".Doe", "Doe", false},
-        {" .", "", true},
-        {"St. John.", "St. John.", false},
+        {"M\u00FCller", "M\u00FCller", "M\u00FCller", false},
+        {"\u00D8deg\u00E5rd \u00DF\u00FF", "\u00D8deg\u00E5rd \u00DF\u00FF",
+         "\u00D8deg\u00E5rd \u00DF\u00FF", false},
+        {"Dvo\u0159\u00E1k", "Dvo\u00E1k", "Dvo\u00E1k", false},
+        {"Dvo\u0159", "Dvo", "Dvo", true},
+        {"\u041F\u0435\u0442\u0440\u043E\u0432", "", "", true},
+        {".Doe", "Doe", "Doe", false},
+        {" .", "", "", true},
+        {"St. John.", "St. John.", "St. John.", false},
+        {"  O'Neil ", "  O'Neil ", "O'Neil", false},
+        {QString(25, 'a'), QString(20, 'a'), QString(20, 'a'), false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.typed.toStdString());
@@ -123,21 +127,8 @@ TEST(Form5TextFields, what_the_files_hold_passes_and_the_rest_is_taken_out_as_ty
             f.type_text(f.Text_last_name, f.Text_last_name.Text + c,
                         static_cast<int>(f.Text_last_name.Text.size()) + 1);
         EXPECT_EQ((QStringList{f.Text_last_name.Text, f.temp2, f.Label_message.Caption}),
-                  (QStringList{row.kept, row.kept, row.refused_last ? message_text(132) : ""}));
+                  (QStringList{row.shown, row.kept, row.refused_last ? message_text(132) : ""}));
     }
-}
-
-TEST(Form5TextFields, names_are_kept_trimmed_to_twenty_and_the_session_alone_is_no_change) {
-    DialogRig rig;
-    Form5& f = rig.open5();
-    type(f, f.Text_session, QStringLiteral(" 7b "));
-    EXPECT_EQ(f.temp1, QStringLiteral("7b"));
-    EXPECT_FALSE(f.changes_made);
-    type(f, f.Text_last_name, QStringLiteral("  O'Neil "));
-    EXPECT_EQ(f.temp2, QStringLiteral("O'Neil"));
-    EXPECT_TRUE(f.changes_made);
-    type(f, f.Text_first_name, QString(25, QLatin1Char('a')));
-    EXPECT_EQ(f.Text_first_name.Text.size(), 20);
 }
 
 // ---- The medical ID search --------------------------------------------------------------------
@@ -145,10 +136,7 @@ TEST(Form5TextFields, names_are_kept_trimmed_to_twenty_and_the_session_alone_is_
 TEST(Form5MedicalId, the_search_reads_the_first_parameter_file_of_each_folder) {
     // "MR2" stands in a folder's second file, "MR3" under a foreign stamp: neither counts.
     // A folder and a file of a name that begins with "." are searched like any other.
-    const struct {
-        const char* id;
-        bool found;
-    } rows[] = {{"MR1", true},  {"MR9", true}, {"MR2", false}, {"MR3", false},
+    const struct { const char* id; bool found; } rows[] = {{"MR1", true},  {"MR9", true}, {"MR2", false}, {"MR3", false},
                 {"mr1", false}, {"MR", false}, {"MR5", true}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.id);
@@ -195,33 +183,23 @@ TEST(Form5Options, the_gating_pair_and_the_trigger_options) {
 
 // ---- Done -------------------------------------------------------------------------------------
 
-TEST(Form5Done, a_new_patient_reaches_the_console_with_a_folder) {
-    DialogRig rig;
-    rig.form.breath_holds = 9;
-    Form5& f = rig.open5();
-    fill_new_patient(f);
-    f.click(f.button_done);
-    ASSERT_TRUE(f.unloaded);
-    // |2 * 0.75| < |-3.7|: the chart widens to 1.25 times the threshold.
-    EXPECT_EQ(console(rig.form), QStringLiteral("Smith|Ann|MR1|1|42|-3.7|0|1|4.6|-4.6|1|0"));
-    EXPECT_FALSE(f.Cancel_status);
-    EXPECT_TRUE(QDir(rig.data.path() + QStringLiteral("/Smith_Ann_MR1")).exists());
-    EXPECT_TRUE(rig.fakes.windows.log.contains(QStringLiteral("unload Form5")));
-}
-
-TEST(Form5Done, a_refusal_leaves_the_dialog_open_and_the_console_as_it_was) {
+// A new patient reaches the console with a folder of its own, the chart widened for the
+// threshold; a refusal leaves the dialog open and the console as it was.
+TEST(Form5Done, takes_a_complete_new_patient_and_refuses_the_rest) {
+    const QString refused = message_text(133);
     const struct {
         const char* name;
         std::function<void(DialogRig&, Form5&)> spoil;
         QString message;
         bool gating = true;
     } rows[] = {
-        {"last name", [](DialogRig&, Form5& f) { type(f, f.Text_last_name, ""); }, message_text(133)},
+        {"complete", [](DialogRig&, Form5&) {}, ""},
+        {"last name", [](DialogRig&, Form5& f) { type(f, f.Text_last_name, ""); }, refused},
         {"blank first name", [](DialogRig&, Form5& f) { type(f, f.Text_first_name, "  "); },
-         message_text(133)},
-        {"medical id", [](DialogRig&, Form5& f) { type(f, f.Text_medical_id, ""); }, message_text(133)},
-        {"session", [](DialogRig&, Form5& f) { type(f, f.Text_session, ""); }, message_text(133)},
-        {"gating", [](DialogRig&, Form5&) {}, message_text(133), false},
+         refused},
+        {"medical id", [](DialogRig&, Form5& f) { type(f, f.Text_medical_id, ""); }, refused},
+        {"session", [](DialogRig&, Form5& f) { type(f, f.Text_session, ""); }, refused},
+        {"gating", [](DialogRig&, Form5&) {}, refused, false},
         // Another patient's folder appears while the dialog is open.
         {"medical id on disk",
          [](DialogRig& rig, Form5&) { patient_on_disk(rig, "Roe_Bo_MR1", "Roe.zel", "MR1"); },
@@ -230,7 +208,7 @@ TEST(Form5Done, a_refusal_leaves_the_dialog_open_and_the_console_as_it_was) {
         // be made.
         {"folder not made",
          [](DialogRig& rig, Form5&) { QDir(rig.data.path()).mkdir("Smith_Ann_MR1"); },
-         QStringLiteral("Path/File access error")},
+         "Path/File access error"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -241,9 +219,14 @@ TEST(Form5Done, a_refusal_leaves_the_dialog_open_and_the_console_as_it_was) {
         fill_new_patient(f, row.gating);
         row.spoil(rig, f);
         f.click(f.button_done);
+        const bool taken = row.message.isEmpty();
         EXPECT_EQ(f.Label_message.Caption, row.message);
-        EXPECT_FALSE(f.unloaded);
-        EXPECT_EQ(console(rig.form), before);
+        EXPECT_EQ(f.unloaded, taken);
+        EXPECT_EQ(rig.fakes.windows.log.contains("unload Form5"), taken);
+        // |2 * 0.75| < |-3.7|: the chart widens to 1.25 times the threshold.
+        EXPECT_EQ(console(rig.form),
+                  taken ? QStringLiteral("Smith|Ann|MR1|1|42|-3.7|0|1|4.6|-4.6|1|0") : before);
+        EXPECT_EQ(QFileInfo(f.made_folder).isDir(), taken);
     }
 }
 
