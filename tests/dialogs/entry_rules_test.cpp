@@ -150,12 +150,9 @@ TEST(NumericFields, each_field_applies_its_own_rule_and_message) {
 // Done stays off from any key but Enter until the field has been tested, by Enter or by
 // leaving it; an emptied field is left empty, with no warning, and keeps the value it had.
 TEST(NumericFields, a_key_holds_done_until_the_field_is_tested_and_empty_is_no_entry) {
-    const struct {
-        Field field;
-        float kept;
-        int bar;
-    } rows[] = {{Field::hold5, 15, 15}, {Field::thresh5, 1.2f, 12}, {Field::hold12, 15, 15},
-                {Field::thresh12, 1.2f, 12}, {Field::range11, 2, 20}};
+    const struct { Field field; float kept; int bar; } rows[] = {
+        {Field::hold5, 15, 15},      {Field::thresh5, 1.2f, 12}, {Field::hold12, 15, 15},
+        {Field::thresh12, 1.2f, 12}, {Field::range11, 2, 20}};
     for (const auto& row : rows) {
         SCOPED_TRACE(static_cast<int>(row.field));
         DialogRig rig;
@@ -206,11 +203,8 @@ Control& cancel_of(Form11& f) { return f.Cancel; }
 // Nothing edited reaches the console.
 TEST(DialogCancel, asks_only_after_a_change_and_no_keeps_the_dialog_open) {
     // Buttons of the question: 0 Yes, 1 No.
-    const struct {
-        bool change;
-        int answer;
-        bool closed;
-    } rows[] = {{false, 1, true}, {true, 0, true}, {true, 1, false}};
+    const struct { bool change; int answer; bool closed; } rows[] = {
+        {false, 1, true}, {true, 0, true}, {true, 1, false}};
     for (const Field field : {Field::hold5, Field::hold12, Field::range11}) {
         for (const auto& row : rows) {
             SCOPED_TRACE(testing::Message() << static_cast<int>(field) << ' ' << row.change

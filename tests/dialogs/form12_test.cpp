@@ -49,11 +49,7 @@ TEST(Form12, the_two_warnings_are_cleared_in_pairs) {
     DialogRig rig;
     Form12& f = rig.open12();
     const QString a = message_text(185), b = message_text(188);
-    const struct {
-        TextBox* box;
-        const char* text;
-        QStringList warnings;
-    } steps[] = {
+    const struct { TextBox* box; const char* text; QStringList warnings; } steps[] = {
         {&f.BreathHold_Text, "120", {a, ""}}, {&f.Threshold_Text, "11", {a, b}},
         {&f.BreathHold_Text, "20", {a, b}},  // the threshold's last entry failed
         {&f.Threshold_Text, "2", {a, ""}},   // the duration's passed: B goes, A stays
@@ -69,10 +65,8 @@ TEST(Form12, the_two_warnings_are_cleared_in_pairs) {
 // A trigger other than the one in force enables Save; Save writes the values and widens the
 // chart for the threshold.
 TEST(Form12, save_writes_the_values_and_widens_the_chart) {
-    const struct {
-        bool inhale;
-        Control Form12::*chosen;
-    } rows[] = {{true, &Form12::Exhalation_button}, {false, &Form12::Inhalation_button}};
+    const struct { bool inhale; Control Form12::*chosen; } rows[] = {
+        {true, &Form12::Exhalation_button}, {false, &Form12::Inhalation_button}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.inhale);
         DialogRig rig;
@@ -97,12 +91,9 @@ TEST(Form12, save_writes_the_values_and_widens_the_chart) {
 // when nothing changed, and redraws the chart; what Patient Settings' Save does with a defined
 // patient is the workflow's, and neither Cancel nor a patient not defined writes or uploads.
 TEST(SettingsMenus, write_the_patient_file_only_as_their_dialog_closed) {
-    const struct {
-        Window window;
-        bool defined, written;
-        int clears;
-    } rows[] = {{Window::Form12, true, false, 0}, {Window::Form12, false, false, 0},
-                {Window::Form11, true, true, 1}, {Window::Form11, false, false, 1}};
+    const struct { Window window; bool defined, written; int clears; } rows[] = {
+        {Window::Form12, true, false, 0}, {Window::Form12, false, false, 0},
+        {Window::Form11, true, true, 1},  {Window::Form11, false, false, 1}};
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << static_cast<int>(row.window) << row.defined);
         DialogRig rig;
@@ -117,7 +108,7 @@ TEST(SettingsMenus, write_the_patient_file_only_as_their_dialog_closed) {
         bool shown = false;
         rig.fakes.windows.during(row.window, [&] {
             shown = rig.form.Timer_HeartBeat->Enabled();
-            if (row.window == Window::Form11) return rig.form.form11->click(rig.form.form11->Cancel);
+            if (row.window == Window::Form11) return rig.form.form11->Cancel_Click();
             Form12& f = *rig.form.form12;
             EXPECT_TRUE(rig.form.form12_open);
             enter(f, f.Threshold_Text, QStringLiteral("1.7"));

@@ -43,12 +43,7 @@ void fill_new_patient(Form5& f, bool gating = true) {
 // A new patient opens on the console's values, the threshold in the pattern with a bare
 // separator, and on session 1.
 TEST(Form5Load, a_new_patient_opens_on_the_console_values_and_session_one) {
-    const struct {
-        float thresh;
-        char separator;
-        const char* shown;
-        int scroll;
-    } rows[] = {
+    const struct { float thresh; char separator; const char* shown; int scroll; } rows[] = {
         {1.0f, '.', "1.", 10}, {0.5f, '.', ".5", 5},      {0.0f, '.', ".", 0},
         // A single rounds from its own decimal form: 0.35 is not the 0.3499... of a double.
         {0.35f, '.', ".4", 4}, {-2.5f, '.', "-2.5", -25}, {1.0f, ',', "1,", 10},
@@ -136,8 +131,9 @@ TEST(Form5TextFields, what_the_files_hold_passes_and_the_rest_is_taken_out_as_ty
 TEST(Form5MedicalId, the_search_reads_the_first_parameter_file_of_each_folder) {
     // "MR2" stands in a folder's second file, "MR3" under a foreign stamp: neither counts.
     // A folder and a file of a name that begins with "." are searched like any other.
-    const struct { const char* id; bool found; } rows[] = {{"MR1", true},  {"MR9", true}, {"MR2", false}, {"MR3", false},
-                {"mr1", false}, {"MR", false}, {"MR5", true}};
+    const struct { const char* id; bool found; } rows[] = {
+        {"MR1", true}, {"MR9", true}, {"MR2", false}, {"MR3", false},
+        {"mr1", false}, {"MR", false}, {"MR5", true}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.id);
         DialogRig rig;
@@ -235,13 +231,9 @@ TEST(Form5Done, takes_a_complete_new_patient_and_refuses_the_rest) {
 // history holds it, and Done takes it only then, into the loaded patient's folder, with the
 // loaded patient's values and the chart as it was.
 TEST(Form5Session, opens_on_the_loaded_patient_and_done_checks_the_folder_and_the_session) {
-    const struct {
-        bool folder;
-        const char* session;
-        bool marked;
-        int message;
-    } rows[] = {{false, "4", false, 196}, {true, "3", true, 140}, {true, " 3 ", false, 140},
-                {true, "4", false, 0}};
+    const struct { bool folder; const char* session; bool marked; int message; } rows[] = {
+        {false, "4", false, 196}, {true, "3", true, 140}, {true, " 3 ", false, 140},
+        {true, "4", false, 0}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.session);
         DialogRig rig;
