@@ -185,8 +185,8 @@ def run_tests(areas):
 
 
 def copy_tree():
-    """The tracked files into ROOT; a file whose bytes are unchanged keeps its time, so that
-    the build there stays incremental."""
+    """The tracked files into ROOT, and nothing else; a file whose bytes are unchanged keeps its
+    time, so that the build there stays incremental."""
     listed = subprocess.run(["git", "ls-files", "-z"], cwd=SOURCE, check=True,
                             capture_output=True).stdout.decode().split("\0")
     for rel in filter(None, listed):
@@ -201,6 +201,13 @@ def copy_tree():
                     continue
         os.makedirs(os.path.dirname(dst), exist_ok=True)
         shutil.copy2(src, dst)
+    # A file the tree no longer tracks would still be built (the tests are globbed by folder).
+    kept = {os.path.normpath(rel) for rel in listed if rel}
+    for folder, _, names in os.walk(ROOT):
+        for name in names:
+            path = os.path.join(folder, name)
+            if os.path.relpath(path, ROOT) not in kept:
+                os.remove(path)
 
 
 def restore_left_behind():
