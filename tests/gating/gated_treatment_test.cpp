@@ -82,10 +82,10 @@ TEST(GatedTreatment, the_operator_chooses_manual_or_automated_after_a_hardware_p
         // The operator's choice is read off the buttons: automated first, manual second.
         EXPECT_EQ(rig.fakes.windows.message_buttons.at(0),
                   (QStringList{message_text(268), message_text(269)}));
-        EXPECT_EQ(rig.form.Gating_OverRide, button == 1);
-        EXPECT_EQ(rig.form.gating_label.Caption, message_text(button == 1 ? 269 : 268));
-        EXPECT_FALSE(rig.form.tarrow_error_lock);
-        EXPECT_EQ(rig.form.gating_start_mode, message_text(button == 1 ? 316 : 268));
+        EXPECT_TRUE(rig.form.Gating_OverRide == (button == 1) && !rig.form.tarrow_error_lock);
+        EXPECT_EQ((QStringList{rig.form.gating_label.Caption, rig.form.gating_start_mode}),
+                  (button == 1 ? QStringList{message_text(269), message_text(316)}
+                               : QStringList{message_text(268), message_text(268)}));
     }
 }
 
@@ -130,11 +130,9 @@ TEST(GatedTreatment, a_question_withdrawn_when_the_system_recovers_and_never_sta
 TEST(GatedTreatment, the_prompt_returns_once_the_system_is_enabled_again) {
     GatingRig rig;
     rig.poll("^O:?DL");
-    EXPECT_TRUE(rig.form.tarrow_Enable_error);
-    EXPECT_EQ(rig.form.gating_error_message, message_text(274));
+    EXPECT_TRUE(rig.form.tarrow_Enable_error && rig.form.gating_error_message == message_text(274));
     rig.poll("^O:?EU");
-    EXPECT_EQ(rig.form.Label2.Caption, message_text(261));
-    EXPECT_FALSE(rig.form.tarrow_Enable_error);
+    EXPECT_TRUE(!rig.form.tarrow_Enable_error && rig.form.Label2.Caption == message_text(261));
     EXPECT_TRUE(rig.fakes.tarrow.calls.contains(QStringLiteral("SetRelayEnablePermission(0)")));
 }
 
@@ -300,8 +298,8 @@ TEST(GatingDiagnostics, without_the_library_the_first_tick_is_an_unhandled_failu
                              [&] { rig.fakes.timers.get("Timer_Tarrow_Diagnostics").tick(); });
     rig.form.Gating_Diagnostics_Click();
     EXPECT_EQ(rig.ended, QStringList{"1"});
-    EXPECT_EQ(rig.fakes.boxes.shown.size(), 1);
-    EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled());
+    EXPECT_TRUE(rig.fakes.boxes.shown.size() == 1 &&
+                !rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled());
 }
 
 // The gating frame and its library's version only in a gated treatment; the levels of the
