@@ -135,12 +135,7 @@ const Writer writers[] = {
      [](DiskRig& r) { r.form.write_tarrow_log(); }, true},
 };
 
-struct Fault {
-    const char* name;
-    Call call;
-    int error;
-    int number;  // of the one report
-};
+struct Fault { const char* name; Call call; int error; int number; };  // number: of the report
 
 const Fault faults[] = {
     {"full disk", Call::write, ENOSPC, 61},       {"quota", Call::write, EDQUOT, 61},
