@@ -70,11 +70,10 @@ TEST(PatientCreate, writes_the_patient_files_and_puts_the_patient_in_force) {
     ASSERT_TRUE(rig.form.patient_defined);
     EXPECT_FALSE(QFile::permissions(rig.zel()) & QFile::WriteOwner);  // read-only
     EXPECT_TRUE(QFileInfo::exists(doe_folder(rig) + QStringLiteral("/Doe.sfv")));
-    EXPECT_EQ(patient_view(rig.form),
+    EXPECT_EQ(patient_view(rig.form) << rig.form.gating_start_mode,
               (QStringList{"Doe", message_text(201) + " 1", message_text(117) + " A1",
                            message_text(269), message_text(289),
-                           "record 1 settings 1 history 1 diagnostics 0"}));
-    EXPECT_EQ(rig.form.gating_start_mode, message_text(269));
+                           "record 1 settings 1 history 1 diagnostics 0", message_text(269)}));
     EXPECT_TRUE(rig.fakes.windows.log.contains(QStringLiteral("ask ") + message_text(202)));
     EXPECT_FLOAT_EQ(rig.form.thresh, 1.5f);
 
@@ -116,10 +115,9 @@ TEST(PatientLoad, a_saved_patient_comes_back_with_its_settings_for_a_new_session
             continue;
         }
         const QString mode = message_text(c.gated ? 268 : 269);
-        EXPECT_EQ(patient_view(rig.form),
+        EXPECT_EQ(patient_view(rig.form) << rig.form.gating_start_mode,
                   (QStringList{"Doe", message_text(201) + " 2", message_text(117) + " A1", mode,
-                               message_text(289), "record 1 settings 1 history 1 diagnostics 0"}));
-        EXPECT_EQ(rig.form.gating_start_mode, mode);
+                               message_text(289), "record 1 settings 1 history 1 diagnostics 0", mode}));
         EXPECT_FLOAT_EQ(rig.form.thresh, 1.5f);
         EXPECT_EQ(std::tuple(rig.form.max_y, rig.form.min_y, rig.form.duration, rig.form.inhale),
                   std::tuple(2.0, -2.0, 12.0, true));
