@@ -32,21 +32,6 @@ struct WorkflowRig : Rig {
     QString quarantined() const {
         return app_data.path() + QLatin1Char('/') + message_text(342) + "/Doe_Jane_A1/Doe.zel";
     }
-    // The operator fills the new-patient dialog and presses Done; the recording question is
-    // answered No.
-    void create(bool automated = false) {
-        fakes.windows.during(Window::Form5, [this, automated] {
-            Form5& f = *form.form5;
-            for (auto [box, text] : {std::pair{&f.Text_last_name, "Doe"}, {&f.Text_first_name, "Jane"},
-                                     {&f.Text_medical_id, "A1"}, {&f.Threshold_Text, "1.5"}})
-                f.type_text(*box, QString::fromLatin1(text), static_cast<int>(strlen(text)));
-            f.click(automated ? f.Check_automatic : f.Check_manual);
-            f.key_press(f.Threshold_Text, 13);
-            f.click(f.button_done);
-        });
-        fakes.windows.answer(1);
-        form.create_new_patient_Click();
-    }
     // Chooses the file in the file dialog; the session dialog is given "2" and Done.
     void load(const QString& path) {
         fakes.dialogs.choose_file(path);
@@ -66,7 +51,7 @@ struct WorkflowRig : Rig {
 
 TEST(PatientCreate, writes_the_patient_files_and_puts_the_patient_in_force) {
     WorkflowRig rig;
-    rig.create();
+    create_doe(rig);
     ASSERT_TRUE(rig.form.patient_defined);
     EXPECT_FALSE(QFile::permissions(rig.zel()) & QFile::WriteOwner);  // read-only
     EXPECT_TRUE(QFileInfo::exists(doe_folder(rig) + QStringLiteral("/Doe.sfv")));
@@ -98,7 +83,7 @@ TEST(PatientLoad, a_saved_patient_comes_back_with_its_settings_for_a_new_session
     for (const Case c : {Case{false, false}, Case{true, false}, Case{true, true}}) {
         SCOPED_TRACE(testing::Message() << c.gated << c.missing);
         WorkflowRig rig;
-        rig.create(c.gated);
+        create_doe(rig, c.gated);
         rig.leave();
         rig.fakes.tarrow.calls.clear();
         rig.fakes.tarrow.missing = c.missing;
@@ -153,7 +138,7 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         WorkflowRig rig;
-        rig.create();
+        create_doe(rig);
         rig.leave();
         QStringList lines = patient_file_lines(
             stamp, rig.form.software_version,
