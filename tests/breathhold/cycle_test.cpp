@@ -119,11 +119,6 @@ TEST(PatientSwitch, two_closings_within_fifty_frames_are_distress) {
         EXPECT_EQ(rig.form.sw_state, c.distress ? 2 : 1) << c.gap;
         EXPECT_EQ(rig.form.Label2.Caption.endsWith(message_text(138)), c.distress) << c.gap;
     }
-    CycleRig rig;
-    rig.frame(1, 0, 0x06);
-    rig.frame(1, 0, 0x04);
-    EXPECT_FALSE(rig.form.patient_switch);
-    EXPECT_EQ(rig.form.patient_switch_toggles, 1);
 }
 
 TEST(RelayDuringHold, follows_the_hold_and_opens_in_its_last_half_second) {
