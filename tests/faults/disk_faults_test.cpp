@@ -332,8 +332,7 @@ TEST(DiskFaults, a_failed_export_leaves_the_file_of_that_name_and_says_nothing) 
         rig.window.export_curve(0, 0.0, 1.0, out + QStringLiteral("/slice.dat"));
         clear_faults();
         EXPECT_EQ(contents(out + QStringLiteral("/slice.dat")), QByteArray("an earlier export\r\n"));
-        EXPECT_TRUE(temporaries(out).isEmpty());
-        EXPECT_TRUE(rig.boxes.shown.isEmpty());
+        EXPECT_TRUE(temporaries(out).isEmpty() && rig.boxes.shown.isEmpty());
     }
 }
 
