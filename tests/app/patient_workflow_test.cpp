@@ -56,18 +56,16 @@ TEST(PatientWorkflow, reset_patient_clears_the_patient_and_ends_what_it_had_open
     ASSERT_TRUE(rig.form.checksum_log_open);
     rig.fakes.tarrow.calls.clear();
     rig.form.reset_patient();
-    EXPECT_FALSE(rig.form.patient_defined);
-    EXPECT_EQ(patient_view(rig.form), (QStringList{message_text(226), "", "", "", "",
-                                                   "record 0 settings 0 history 0 diagnostics 1"}));
-    EXPECT_TRUE(rig.form.Label_first_name.Caption.isEmpty() && rig.form.Label2.Caption.isEmpty());
-    EXPECT_FALSE(rig.form.Gated_Treatment || rig.form.Gating_OverRide);
-    EXPECT_FALSE(rig.form.Image_Gating_Ready.Visible);
-    EXPECT_EQ(rig.form.total_counts, 0);
+    EXPECT_EQ(patient_view(rig.form) << rig.form.Label_first_name.Caption << rig.form.Label2.Caption,
+              (QStringList{message_text(226), "", "", "", "",
+                           "record 0 settings 0 history 0 diagnostics 1", "", ""}));
+    EXPECT_FALSE(rig.form.patient_defined || rig.form.Gated_Treatment || rig.form.Gating_OverRide ||
+                 rig.form.Image_Gating_Ready.Visible || rig.form.total_counts);
     EXPECT_EQ(rig.fakes.tarrow.calls, QStringList{"Close()"});
-    EXPECT_FALSE(rig.form.bRecord || rig.form.curve_file);
+    EXPECT_FALSE(rig.form.bRecord || rig.form.curve_file || rig.form.checksum_log_open ||
+                 rig.form.checksum_log);
     EXPECT_FALSE(QFile::permissions(rig.form.record_filename) & QFile::WriteOwner);
     EXPECT_GT(QFileInfo(rig.form.record_filename).size(), 0);
-    EXPECT_FALSE(rig.form.checksum_log_open || rig.form.checksum_log);
 }
 
 // The File and Settings menus' handlers during a hold: no window, no box, no file, nothing to

@@ -119,11 +119,6 @@ TEST(PatientSwitch, two_closings_within_fifty_frames_are_distress) {
         EXPECT_EQ(rig.form.sw_state, c.distress ? 2 : 1) << c.gap;
         EXPECT_EQ(rig.form.Label2.Caption.endsWith(message_text(138)), c.distress) << c.gap;
     }
-    CycleRig rig;
-    rig.frame(1, 0, 0x06);
-    rig.frame(1, 0, 0x04);
-    EXPECT_FALSE(rig.form.patient_switch);
-    EXPECT_EQ(rig.form.patient_switch_toggles, 1);
 }
 
 TEST(RelayDuringHold, follows_the_hold_and_opens_in_its_last_half_second) {
@@ -173,7 +168,7 @@ TEST(PauseCue, shows_under_four_seconds_and_for_four_seconds_after_the_hold) {
               (QStringList{"Pause", "Beam"}));
     EXPECT_EQ(rig.form.gating_label.BackColor, (Rgb{255, 255, 0}));
     rig.frame(1, 0);
-    EXPECT_TRUE(timer.Enabled());
+    ASSERT_TRUE(timer.Enabled());
     timer.tick();
     EXPECT_FALSE(rig.form.pause_cue_visible || timer.Enabled());
     EXPECT_EQ((QStringList{rig.form.gating_label.Caption, rig.form.Label4.Caption}),
@@ -305,8 +300,7 @@ TEST(FaultSummary, a_fault_for_one_frame_goes_round_the_whole_circle) {
     EXPECT_EQ(rig.form.Label2.BackColor, (Rgb{255, 0, 0}));
     rig.fakes.serial.clear_sent();
     rig.fault_frame(0x04);
-    EXPECT_EQ(rig.form.sw_state, 1);
-    EXPECT_FALSE(rig.form.fault_mode_enabled || flash.Enabled());
+    EXPECT_FALSE(rig.form.sw_state != 1 || rig.form.fault_mode_enabled || flash.Enabled());
     EXPECT_EQ(rig.form.Label2.BackColor, window_background);
     EXPECT_EQ(rig.form.Label2.Caption, QStringLiteral("Press spacebar to activate."));
     EXPECT_TRUE(rig.fakes.serial.sent().startsWith("L") && rig.fakes.serial.sent().endsWith("1V"));
@@ -322,8 +316,7 @@ TEST(FaultSummary, a_distress_alone_ends_with_the_spacebar_and_the_next_frame) {
     EXPECT_EQ(rig.form.sw_state, 2);
     rig.form.line_fault = true;
     rig.form.Form_KeyDown(32, 0);
-    EXPECT_FALSE(rig.form.distress_fault);
-    EXPECT_TRUE(rig.form.line_fault);
+    EXPECT_TRUE(!rig.form.distress_fault && rig.form.line_fault);
     EXPECT_EQ(rig.fakes.serial.sent().right(1), "X") << "nothing sent by the spacebar";
     rig.form.line_fault = false;
     rig.fault_frame(0x04);

@@ -149,11 +149,8 @@ TEST(PatientCheck, names_each_verdict_and_leaves_every_file_as_it_was) {
     const QString folder =
         patient_folder(root, holes.last_name, holes.first_name, holes.medical_id);
     QFile history(folder + QStringLiteral("/session.ini"));
-    ASSERT_TRUE(history.open(QIODevice::ReadWrite));
-    const QByteArray three = history.readAll().replace("TOTAL_SESSIONS= 2", "TOTAL_SESSIONS= 3");
-    history.seek(0);
-    history.write(three);
-    history.close();
+    ASSERT_TRUE(history.open(QIODevice::ReadOnly));
+    write_file(history.fileName(), history.readAll().replace("SESSIONS= 2", "SESSIONS= 3"));
     write_file(folder + QStringLiteral("/notes.dat"), "shopping list\r\n");
 
     QDir().mkpath(root + QStringLiteral("/Empty_folder_9"));

@@ -12,6 +12,7 @@
 #include <functional>
 #include <set>
 
+#include "app/patient_rig.h"
 #include "data/whole_file.h"
 #include "faults/fault_injection.h"
 #include "fakes/rig.h"
@@ -135,12 +136,7 @@ const Writer writers[] = {
      [](DiskRig& r) { r.form.write_tarrow_log(); }, true},
 };
 
-struct Fault {
-    const char* name;
-    Call call;
-    int error;
-    int number;  // of the one report
-};
+struct Fault { const char* name; Call call; int error; int number; };  // number: of the report
 
 const Fault faults[] = {
     {"full disk", Call::write, ENOSPC, 61},       {"quota", Call::write, EDQUOT, 61},
@@ -213,20 +209,8 @@ TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
         SCOPED_TRACE(c.name);
         DoeRig rig;
         QDir().mkpath(rig.form.data_directory);
-        const auto create = [&rig] {
-            rig.fakes.windows.during(Window::Form5, [&rig] {
-                Form5& f = *rig.form.form5;
-                for (auto [box, text] : {std::pair{&f.Text_last_name, "Doe"},
-                                         {&f.Text_first_name, "Jane"}, {&f.Text_medical_id, "A1"}})
-                    f.type_text(*box, QString::fromLatin1(text), 0);
-                f.click(f.Check_manual);
-                f.click(f.button_done);
-            });
-            rig.fakes.windows.answer(1);  // no recording
-            rig.form.create_new_patient_Click();
-        };
         inject(c.call, c.error, c.part);
-        create();
+        create_doe(rig);
         clear_faults();
         EXPECT_GT(failures(), 0);
         EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(142)});
@@ -234,7 +218,7 @@ TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
         EXPECT_FALSE(rig.form.patient_defined || rig.form.cmdRecord.Enabled);
         EXPECT_EQ(rig.form.Label_last_name.Caption, message_text(226));
 
-        create();
+        create_doe(rig);
         EXPECT_TRUE(QFileInfo::exists(rig.folder() + QStringLiteral("/Doe.sfv")));
         EXPECT_EQ(rig.fakes.boxes.shown.size(), 1);
         inject(Call::open, EROFS, "Doe_Jane_A1");
@@ -348,8 +332,7 @@ TEST(DiskFaults, a_failed_export_leaves_the_file_of_that_name_and_says_nothing) 
         rig.window.export_curve(0, 0.0, 1.0, out + QStringLiteral("/slice.dat"));
         clear_faults();
         EXPECT_EQ(contents(out + QStringLiteral("/slice.dat")), QByteArray("an earlier export\r\n"));
-        EXPECT_TRUE(temporaries(out).isEmpty());
-        EXPECT_TRUE(rig.boxes.shown.isEmpty());
+        EXPECT_TRUE(temporaries(out).isEmpty() && rig.boxes.shown.isEmpty());
     }
 }
 

@@ -74,14 +74,6 @@ mode_t mode_of(int flags, va_list args) {
     return (flags & O_CREAT) || (flags & __O_TMPFILE) == __O_TMPFILE ? va_arg(args, mode_t) : 0;
 }
 
-using OpenAt = int (*)(int, const char*, int, ...);
-
-int open_at(const char* name, int dirfd, const char* path, int flags, mode_t mode) {
-    if (strikes(Call::open, path)) return -1;
-    static const auto call = real<OpenAt>(name);
-    return opened(call(dirfd, path, flags, mode), path);
-}
-
 }  // namespace
 
 void inject(Call call, int error, const std::string& path_part) {
@@ -114,7 +106,9 @@ int openat(int dirfd, const char* path, int flags, ...) {
     va_start(args, flags);
     const mode_t mode = mode_of(flags, args);
     va_end(args);
-    return open_at("openat", dirfd, path, flags, mode);
+    if (strikes(Call::open, path)) return -1;
+    static const auto call = real<int (*)(int, const char*, int, ...)>("openat");
+    return opened(call(dirfd, path, flags, mode), path);
 }
 
 int open(const char* path, int flags, ...) {
