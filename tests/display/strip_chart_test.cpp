@@ -41,8 +41,8 @@ TEST(StripChart, draws_the_grid_the_zero_line_and_the_wide_green_threshold) {
         return [style](const Stroke& s) { return !s.is_box && s.y1 == s.y2 && s.style == style; };
     };
     EXPECT_EQ(drawn_where(rig, horizontal(LineStyle::dotted)), grid);
-    EXPECT_EQ(drawn_where(rig, horizontal(LineStyle::solid)), (std::vector<std::string>{"0 0 1000 0 255,192,128 1",
-                                               "0 -0.75 1000 -0.75 0,255,0 4"}));
+    EXPECT_EQ(drawn_where(rig, horizontal(LineStyle::solid)),
+              (std::vector<std::string>{"0 0 1000 0 255,192,128 1", "0 -0.75 1000 -0.75 0,255,0 4"}));
     EXPECT_EQ(rig.fakes.chart.log.mid(0, 2),
               (QStringList{QStringLiteral("scale 0 -2 1000 2"), QStringLiteral("clear")}));
     rig.form.max_y = rig.form.min_y = 0;
@@ -118,10 +118,10 @@ TEST(StripChart, segments_follow_the_switch_and_the_sweep_wraps_after_max_x) {
     // Frames 1 to 3 draw at x 1, 2, 3; frame 4 (counts 4 > 3) wraps and draws nothing;
     // frames 5 and 6 draw from x 1 and 2 of the new sweep. A segment takes the colour of the
     // switch as the frame before left it: the switch is read after the chart is drawn.
-    QStringList segments;  // the trace's, the chart's own lines being grid or threshold colours
+    QStringList segments;  // the trace's: neither grid nor threshold colours
     for (const QString& entry : rig.fakes.chart.log)
-        if (entry.startsWith(QStringLiteral("line")) && entry.count(QLatin1Char(' ')) == 5 &&
-            !entry.endsWith(QStringLiteral("255,192,128")) && !entry.endsWith(QStringLiteral("0,255,0")))
+        if (entry.startsWith(u"line") && entry.count(u' ') == 5 && !entry.endsWith(u"255,192,128") &&
+            !entry.endsWith(u"0,255,0"))
             segments.append(entry);
     EXPECT_EQ(segments, (QStringList{"line 1 0 2 -1 255,0,0", "line 2 -1 3 -2 255,0,0",
                                      "line 3 -2 4 -1 0,0,255", "line 1 0 2 -0.5 255,0,0",
