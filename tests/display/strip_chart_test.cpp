@@ -42,7 +42,8 @@ TEST(StripChart, draws_the_grid_the_zero_line_and_the_wide_green_threshold) {
     };
     EXPECT_EQ(drawn_where(rig, horizontal(LineStyle::dotted)), grid);
     EXPECT_EQ(drawn_where(rig, horizontal(LineStyle::solid)),
-              (std::vector<std::string>{"0 0 1000 0 255,192,128 1", "0 -0.75 1000 -0.75 0,255,0 4"}));
+              (std::vector<std::string>{"0 0 1000 0 255,192,128 1",
+                                        "0 -0.75 1000 -0.75 0,255,0 4"}));
     EXPECT_EQ(rig.fakes.chart.log.mid(0, 2),
               (QStringList{QStringLiteral("scale 0 -2 1000 2"), QStringLiteral("clear")}));
     rig.form.max_y = rig.form.min_y = 0;
@@ -120,8 +121,8 @@ TEST(StripChart, segments_follow_the_switch_and_the_sweep_wraps_after_max_x) {
     // switch as the frame before left it: the switch is read after the chart is drawn.
     QStringList segments;  // the trace's: neither grid nor threshold colours
     for (const QString& entry : rig.fakes.chart.log)
-        if (entry.startsWith(u"line") && entry.count(u' ') == 5 && !entry.endsWith(u"255,192,128") &&
-            !entry.endsWith(u"0,255,0"))
+        if (entry.startsWith(u"line") && entry.count(u' ') == 5 &&
+            !entry.endsWith(u"255,192,128") && !entry.endsWith(u"0,255,0"))
             segments.append(entry);
     EXPECT_EQ(segments, (QStringList{"line 1 0 2 -1 255,0,0", "line 2 -1 3 -2 255,0,0",
                                      "line 3 -2 4 -1 0,0,255", "line 1 0 2 -0.5 255,0,0",

@@ -246,8 +246,8 @@ TEST(HistoryPrintout, an_empty_history_a_cancel_or_a_failure_cut_the_page_short)
         {"an empty history", false, false, 0, {}, {message_text(199)}, {vbInformation}},
         {"a cancelled dialog", true, true, 0, {"dialog", "end"}, {}, {}},
         // What was drawn before the second column's heading still goes out, without a message.
-        {"a failing page", true, false, 6, {"dialog", "text", "text", "text", "text", "text", "end"},
-         {}, {}},
+        {"a failing page", true, false, 6, {"dialog", "text", "text", "text", "text", "text",
+                                            "end"}, {}, {}},
     };
     for (const Case& c : cases) {
         HistoryRig rig;

@@ -198,8 +198,9 @@ TEST(RecordingLine, joins_seven_fields_or_dashes_without_a_fresh_gating_status) 
 
     struct Case { bool gated, overide; char enable, relay; const char* tail; };
     const Case cases[] = {
-        {false, false, 'E', 'C', "Manual;-;-"}, {true, true, 'D', 'O', "Manual Overide;Disabled;Open"},
-        {true, false, 'F', 'o', "Automated;Fault;Opening"}, {true, false, '?', '?', "Automated;;"},
+        {false, false, 'E', 'C', "Manual;-;-"}, {true, false, '?', '?', "Automated;;"},
+        {true, true, 'D', 'O', "Manual Overide;Disabled;Open"},
+        {true, false, 'F', 'o', "Automated;Fault;Opening"},
         {true, false, 'E', 'c', "Automated;Enabled;Closing"},
         {true, false, 'E', 'C', "Automated;Enabled;Closed"},
         {true, false, 'E', 'X', "Automated;Enabled;Opening Error"},
