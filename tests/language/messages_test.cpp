@@ -12,6 +12,7 @@ TEST(MessageCatalogue, rows_stand_exactly_as_the_table_gives_them_typing_slips_a
     const Case cases[] = {
         {103, "No session history is availaible for this patient."},
         {108, "Zelmoor  "},
+        {132, "|?<>/\\*:, Keys not permitted."},
         {193, "Restart software to use new Com Port. Remember to save system sattings from main "
               "file menu first! "},
         {346, " Time remaining [sec]: "},
