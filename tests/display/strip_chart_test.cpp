@@ -23,22 +23,27 @@ std::string drawn(const Stroke& s) {
         .arg(s.colour.r).arg(s.colour.g).arg(s.colour.b).arg(s.width).toStdString();
 }
 
+std::vector<std::string> drawn_where(const Rig& rig, auto predicate) {
+    std::vector<std::string> out;
+    for (const Stroke& s : strokes_where(rig, predicate)) out.push_back(drawn(s));
+    return out;
+}
+
 TEST(StripChart, draws_the_grid_the_zero_line_and_the_wide_green_threshold) {
     Rig rig;
     rig.form.thresh = 0.75f;
     rig.form.draw_chart();
-    std::vector<std::string> horizontal, solid;
-    for (const Stroke& s : rig.fakes.chart.strokes) {
-        if (s.is_box || s.y1 != s.y2) continue;
-        (s.style == LineStyle::dotted ? horizontal : solid).push_back(drawn(s));
-    }
     // Eight dotted lines, the last on the bottom edge; volumes stand negated.
     std::vector<std::string> grid;
     for (const char* y : {"-1.5", "-1", "-0.5", "0", "0.5", "1", "1.5", "2"})
         grid.push_back(std::string("0 ") + y + " 1000 " + y + " 255,192,128 1");
-    EXPECT_EQ(horizontal, grid);
-    EXPECT_EQ(solid, (std::vector<std::string>{"0 0 1000 0 255,192,128 1",
-                                               "0 -0.75 1000 -0.75 0,255,0 4"}));
+    const auto horizontal = [](LineStyle style) {
+        return [style](const Stroke& s) { return !s.is_box && s.y1 == s.y2 && s.style == style; };
+    };
+    EXPECT_EQ(drawn_where(rig, horizontal(LineStyle::dotted)), grid);
+    EXPECT_EQ(drawn_where(rig, horizontal(LineStyle::solid)),
+              (std::vector<std::string>{"0 0 1000 0 255,192,128 1",
+                                        "0 -0.75 1000 -0.75 0,255,0 4"}));
     EXPECT_EQ(rig.fakes.chart.log.mid(0, 2),
               (QStringList{QStringLiteral("scale 0 -2 1000 2"), QStringLiteral("clear")}));
     rig.form.max_y = rig.form.min_y = 0;
@@ -98,9 +103,7 @@ TEST(StripChart, the_box_frames_the_armed_region_only_while_armed_or_holding) {
         rig.form.b_state = c.b_state;
         rig.form.inhale = c.inhale;
         rig.form.draw_chart();
-        std::vector<std::string> boxes;
-        for (const Stroke& s : strokes_where(rig, [](const Stroke& s) { return s.is_box; }))
-            boxes.push_back(drawn(s));
+        const auto boxes = drawn_where(rig, [](const Stroke& s) { return s.is_box; });
         EXPECT_EQ(boxes, c.box ? std::vector<std::string>{c.box} : std::vector<std::string>{})
             << c.b_state << c.inhale;
     }
@@ -116,19 +119,14 @@ TEST(StripChart, segments_follow_the_switch_and_the_sweep_wraps_after_max_x) {
     // Frames 1 to 3 draw at x 1, 2, 3; frame 4 (counts 4 > 3) wraps and draws nothing;
     // frames 5 and 6 draw from x 1 and 2 of the new sweep. A segment takes the colour of the
     // switch as the frame before left it: the switch is read after the chart is drawn.
-    QStringList segments;
+    QStringList segments;  // the trace's: neither grid nor threshold colours
     for (const QString& entry : rig.fakes.chart.log)
-        if (entry.startsWith(QStringLiteral("line")) && entry.count(QLatin1Char(' ')) == 5 &&
-            !entry.endsWith(QStringLiteral("255,192,128")) &&
-            !entry.endsWith(QStringLiteral("0,255,0")))
+        if (entry.startsWith(u"line") && entry.count(u' ') == 5 &&
+            !entry.endsWith(u"255,192,128") && !entry.endsWith(u"0,255,0"))
             segments.append(entry);
-    EXPECT_EQ(segments, (QStringList{
-                            QStringLiteral("line 1 0 2 -1 255,0,0"),
-                            QStringLiteral("line 2 -1 3 -2 255,0,0"),
-                            QStringLiteral("line 3 -2 4 -1 0,0,255"),
-                            QStringLiteral("line 1 0 2 -0.5 255,0,0"),
-                            QStringLiteral("line 2 -0.5 3 -1 255,0,0"),
-                        }));
+    EXPECT_EQ(segments, (QStringList{"line 1 0 2 -1 255,0,0", "line 2 -1 3 -2 255,0,0",
+                                     "line 3 -2 4 -1 0,0,255", "line 1 0 2 -0.5 255,0,0",
+                                     "line 2 -0.5 3 -1 255,0,0"}));
     EXPECT_EQ(rig.fakes.chart.clears, 1);
     EXPECT_EQ(rig.form.counts, 2);
 

@@ -11,12 +11,10 @@ TEST(MessageCatalogue, rows_stand_exactly_as_the_table_gives_them_typing_slips_a
     struct Case { int id; const char* text; };
     const Case cases[] = {
         {103, "No session history is availaible for this patient."},
-        {107, "CURVE_DATA_FILE_STAMP"},
         {108, "Zelmoor  "},
         {132, "|?<>/\\*:, Keys not permitted."},
         {193, "Restart software to use new Com Port. Remember to save system sattings from main "
               "file menu first! "},
-        {203, "********************SESSION********************"},
         {346, " Time remaining [sec]: "},
         {355, "The required Tarrow DLL file was not found. Unable to load automated gated patient. "
               "Please contact an Orvane service representative."},

@@ -41,21 +41,17 @@ QString open_as_nobody(const QString& app_data) {
         ::_exit(0);
     }
     ::close(pipe_ends[1]);
-    QByteArray answer;
-    char buffer[512];
-    for (ssize_t n; (n = ::read(pipe_ends[0], buffer, sizeof buffer)) > 0;)
-        answer.append(buffer, n);
-    ::close(pipe_ends[0]);
+    QFile answer;
+    answer.open(pipe_ends[0], QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
+    const QString text = QString::fromUtf8(answer.readAll());
     ::wait(nullptr);
-    return QString::fromUtf8(answer);
+    return text;
 }
 
 TEST(PortPermission, a_port_file_the_user_may_not_open_names_the_device_and_its_group) {
     QTemporaryDir app_data;
     // The child, as nobody, must reach the link in ports/.
-    QFile::setPermissions(app_data.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                               QFileDevice::ExeOwner | QFileDevice::ReadOther |
-                                               QFileDevice::ExeOther);
+    ASSERT_EQ(::chmod(QFile::encodeName(app_data.path()).constData(), 0705), 0);
     ASSERT_TRUE(QDir().mkpath(app_data.path() + QStringLiteral("/ports")));
     // A pseudo-terminal, as a module's line; as for a real adapter, owner and group may read
     // and write, others not (not root: the owner's own rights are taken away instead).
@@ -73,13 +69,11 @@ TEST(PortPermission, a_port_file_the_user_may_not_open_names_the_device_and_its_
     ASSERT_NE(terminal_group, nullptr);
 
     const QString refused = open_as_nobody(app_data.path());
-    EXPECT_TRUE(refused.startsWith(QString::number(err_permission_denied) + ' '))
-        << refused.toStdString();
-    EXPECT_TRUE(refused.contains(QStringLiteral("The serial port %1 exists").arg(terminal)))
-        << refused.toStdString();
+    SCOPED_TRACE(refused.toStdString());
+    EXPECT_TRUE(refused.startsWith(QString::number(err_permission_denied) + ' '));
+    EXPECT_TRUE(refused.contains(QStringLiteral("The serial port %1 exists").arg(terminal)));
     EXPECT_TRUE(refused.contains(QStringLiteral("add the user to the group that owns it (%1)")
-                                     .arg(QString::fromLocal8Bit(terminal_group->gr_name))))
-        << refused.toStdString();
+                                     .arg(QString::fromLocal8Bit(terminal_group->gr_name))));
 
     // Given the rights, the same port opens.
     ASSERT_EQ(::chmod(terminal_path.constData(), 0666), 0);
