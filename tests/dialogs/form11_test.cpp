@@ -33,8 +33,7 @@ TEST(Form11, opens_on_the_settings_in_force_with_done_off) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.scale);
         DialogRig rig(QLatin1Char('.'), row.thresh);
-        rig.form.x_scale_factor = row.scale;
-        rig.form.max_x = row.max_x;
+        rig.form.x_scale_factor = row.scale, rig.form.max_x = row.max_x;
         rig.form.patient_defined = row.patient;
         Form11& f = rig.open11();
         EXPECT_EQ((std::vector<int>{f.Sec_Div_1.Value, f.Sec_Div_2.Value, f.Sec_Div_3.Value,

@@ -4,7 +4,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -15,6 +14,7 @@
 #include <QTest>
 #include <QTimer>
 #include <functional>
+#include <utility>
 
 #include "dialog_rig.h"
 #include "platform/qt_chart_surface.h"
@@ -63,29 +63,21 @@ void expect_captions_fit(QWidget& view, const char* picture, std::initializer_li
 
 // The window of a dialog opened on the rig, shown.
 std::unique_ptr<EntryDialogView> shown_view(DialogRig& rig, Window window) {
+    Form1& c = rig.form;
     std::unique_ptr<EntryDialogView> view;
-    if (window == Window::Form5)
-        view = std::make_unique<Form5View>(rig.form, *rig.form.form5, nullptr);
-    else if (window == Window::Form12)
-        view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
-    else
-        view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
+    if (window == Window::Form5) view = std::make_unique<Form5View>(c, *c.form5, nullptr);
+    else if (window == Window::Form12) view = std::make_unique<Form12View>(c, *c.form12, nullptr);
+    else view = std::make_unique<Form11View>(c, *c.form11, nullptr);
     view->show();
     return view;
 }
 
-TEST(Form5View, passes_a_click_to_the_gating_pair_and_enter_tests_a_field_closing_nothing) {
+// A click on an option reaches the model as in SettingsViews, through the same window code.
+TEST(Form5View, enter_tests_a_field_closing_nothing) {
     DialogRig rig;
     Form5& f = rig.open5();
     const auto view = shown_view(rig, Window::Form5);
     EXPECT_EQ(view->windowTitle(), message_text(281));
-    auto* automatic = find<QCheckBox>(view.get(), message_text(268));
-    auto* manual = find<QCheckBox>(view.get(), message_text(269));
-    QTest::mouseClick(manual, Qt::LeftButton);
-    QTest::mouseClick(automatic, Qt::LeftButton);
-    EXPECT_EQ(f.Check_automatic.Value, 1);
-    EXPECT_TRUE(automatic->isChecked() && !manual->isChecked());
-
     QLineEdit* hold = find<QLineEdit>(view.get(), QStringLiteral("15"));
     hold->setFocus();
     hold->selectAll();
@@ -157,7 +149,6 @@ TEST(SettingsViews, show_their_captions_and_pass_a_trigger_and_a_language_to_the
     EXPECT_EQ(view11->windowTitle(), message_text(315));
     auto* combo = view11->findChild<QComboBox*>();
     ASSERT_NE(combo, nullptr);
-    EXPECT_EQ(combo->currentText(), QStringLiteral("English"));
     combo->setFocus();
     QTest::keyClick(combo, Qt::Key_Down);
     EXPECT_EQ(g.LangCombo.ListIndex, 1);
@@ -267,19 +258,13 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     // The version rows: the controls named for the versions carry the captions, and the
     // numbered labels beside them the values.
     const Form10& box = *rig.form.form10;
-    const struct {
-        const Control& caption;
-        const Control& value;
-        QString caption_text, value_text;
-    } rows[] = {{box.software_version, box.Label3, message_text(118), QStringLiteral("3.00.01")},
-                {box.firmware_version, box.Label20, message_text(119), QStringLiteral("ZEL 2.14")}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.value_text.toStdString());
-        EXPECT_EQ((QStringList{row.caption.Caption, row.value.Caption}),
-                  (QStringList{row.caption_text, row.value_text}));
-        EXPECT_LT(row.caption.Left, row.value.Left);
-        EXPECT_EQ(row.caption.Top, row.value.Top);
-    }
+    EXPECT_EQ((QStringList{box.software_version.Caption, box.Label3.Caption,
+                           box.firmware_version.Caption, box.Label20.Caption}),
+              (QStringList{message_text(118), "3.00.01", message_text(119), "ZEL 2.14"}));
+    for (const auto& [caption, value] : {std::pair(&box.software_version, &box.Label3),
+                                         std::pair(&box.firmware_version, &box.Label20)})
+        EXPECT_TRUE(caption->Left < value->Left && caption->Top == value->Top)
+            << value->Caption.toStdString();
     std::unique_ptr<QDialog> about(make_form10_view(rig.form, nullptr));
     about->show();
     expect_captions_fit(*about, "form10.png", {});
