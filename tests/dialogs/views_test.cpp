@@ -85,8 +85,7 @@ TEST(Form5View, enter_tests_a_field_closing_nothing) {
     EXPECT_FALSE(f.button_done.Enabled);
     QTest::keyClick(hold, Qt::Key_Return);
     EXPECT_EQ(f.duration_temp, 99);
-    EXPECT_EQ(hold->text(), QStringLiteral("99"));
-    EXPECT_TRUE(view->isVisible());
+    EXPECT_TRUE(hold->text() == "99" && view->isVisible());
     EXPECT_TRUE(find<QPushButton>(view.get(), message_text(266))->isEnabled());
 
     // Ctrl+A is a key the model sees (it disables Done); the selection must survive it.
@@ -96,8 +95,7 @@ TEST(Form5View, enter_tests_a_field_closing_nothing) {
     QTest::keyClick(threshold, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClicks(threshold, QStringLiteral("1.5"));
     QTest::keyClick(threshold, Qt::Key_Return);
-    EXPECT_EQ(threshold->text(), QStringLiteral("1.5"));
-    EXPECT_FLOAT_EQ(f.threshold_temp, 1.5f);
+    EXPECT_TRUE(threshold->text() == "1.5" && f.threshold_temp == 1.5f);
 }
 
 // In session mode the caret stands behind the suggested session, so that it is not overtyped.
@@ -151,8 +149,7 @@ TEST(SettingsViews, show_their_captions_and_pass_a_trigger_and_a_language_to_the
     ASSERT_NE(combo, nullptr);
     combo->setFocus();
     QTest::keyClick(combo, Qt::Key_Down);
-    EXPECT_EQ(g.LangCombo.ListIndex, 1);
-    EXPECT_TRUE(g.languageChanged);
+    EXPECT_TRUE(g.LangCombo.ListIndex == 1 && g.languageChanged);
     EXPECT_TRUE(find<QPushButton>(view11.get(), message_text(113))->isEnabled());
     EXPECT_TRUE(find<QLineEdit>(view11.get(), rig.data.path())->isReadOnly());
     enter(g, g.Y_Range_Text, QStringLiteral("0.5"));
@@ -271,8 +268,7 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     EXPECT_EQ(about->windowTitle(), message_text(136));
     find<QLabel>(about.get(), QStringLiteral("1.0.0.7"));
     QTest::mouseClick(find<QPushButton>(about.get(), message_text(113)), Qt::LeftButton);
-    EXPECT_FALSE(rig.form.about_visible);
-    EXPECT_FALSE(about->isVisible());
+    EXPECT_FALSE(rig.form.about_visible || about->isVisible());
 
     rig.form.form_gating = std::make_unique<FormGating>(rig.fakes.tarrow, rig.fakes.timers);
     rig.form.form_gating->Form_Load();
@@ -281,8 +277,7 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     gating->show();
     expect_captions_fit(*gating, "form_gating.png", {333});
     QTest::mouseClick(find<QPushButton>(gating.get(), message_text(113)), Qt::LeftButton);
-    EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled());
-    EXPECT_FALSE(gating->isVisible());
+    EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled() || gating->isVisible());
 }
 
 }  // namespace
