@@ -45,6 +45,10 @@ struct DialogRig : Rig {
         form.form5->Form_Load();
         return *form.form5;
     }
+    // Patient Settings or System Settings, from its menu entry.
+    void menu(Window window) {
+        window == Window::Form12 ? form.Patient_Settings_Click() : form.Control_Panel_Click();
+    }
     Form12& open12() { return open(form.form12); }
     Form11& open11() { return open(form.form11); }
     template <class Dialog>

@@ -112,10 +112,7 @@ TEST(SettingsMenus, write_the_patient_file_only_as_their_dialog_closed) {
             rig.fakes.windows.answer(0);  // discard the changes, when Cancel asks
             f.click(row.defined ? f.Cancel : f.Button_Save);
         });
-        if (row.window == Window::Form12)
-            rig.form.Patient_Settings_Click();
-        else
-            rig.form.Control_Panel_Click();
+        rig.menu(row.window);
         EXPECT_TRUE(shown && rig.form.Timer_HeartBeat->Enabled());
         EXPECT_FALSE(rig.form.form12_open);
         EXPECT_EQ(QFile::exists(rig.data.path() + QStringLiteral("/Doe_Jane_MR7/Doe.zel")),

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "dialog_rig.h"
 
@@ -217,8 +218,8 @@ TEST(Form5Done, takes_a_complete_new_patient_and_refuses_the_rest) {
         f.click(f.button_done);
         const bool taken = row.message.isEmpty();
         EXPECT_EQ(f.Label_message.Caption, row.message);
-        EXPECT_EQ(f.unloaded, taken);
-        EXPECT_EQ(rig.fakes.windows.log.contains("unload Form5"), taken);
+        EXPECT_EQ(std::pair(f.unloaded, rig.fakes.windows.log.contains("unload Form5")),
+                  std::pair(taken, taken));
         // |2 * 0.75| < |-3.7|: the chart widens to 1.25 times the threshold.
         EXPECT_EQ(console(rig.form),
                   taken ? QStringLiteral("Smith|Ann|MR1|1|42|-3.7|0|1|4.6|-4.6|1|0") : before);

@@ -190,10 +190,7 @@ void from_menu(DialogRig& rig, Window window, const std::function<void(QWidget&)
         inside(*view);
         QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
     });
-    if (window == Window::Form12)
-        rig.form.Patient_Settings_Click();
-    else
-        rig.form.Control_Panel_Click();
+    rig.menu(window);
 }
 
 // The operator must always be able to stop a hold, and never arm one behind these dialogs,
