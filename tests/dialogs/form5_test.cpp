@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <functional>
-#include <string>
 #include <utility>
 
 #include "dialog_rig.h"
@@ -77,19 +76,18 @@ TEST(Form5TextFields, a_forbidden_character_typed_mid_name_is_removed_and_the_ca
         {&Form5::Text_last_name, &Form5::temp2}, {&Form5::Text_first_name, &Form5::temp4},
         {&Form5::Text_medical_id, &Form5::temp3}, {&Form5::Text_session, &Form5::temp1}};
     // The nine that a file name can't hold, and characters beyond the 8-bit set of the files.
-    QStringList bad_characters = {"\u0159", "\u20AC", "\u0152", "\u4E2D"};
-    for (char bad : std::string("\\,/?:*<>|")) bad_characters.append(QString(QLatin1Char(bad)));
+    const QString bad_characters = QStringLiteral("\u0159\u20AC\u0152\u4E2D\\,/?:*<>|");
     for (const auto& field : fields) {
-        for (const QString& bad : bad_characters) {
-            SCOPED_TRACE(bad.toStdString());
+        for (const QChar bad : bad_characters) {
+            SCOPED_TRACE(QString(bad).toStdString());
             TextBox& box = f.*field.box;
             type(f, box, QStringLiteral("Smith"));
             f.Label_message.Caption.clear();
             // The character typed between "Smi" and "th": the caret stands behind it.
             f.type_text(box, QStringLiteral("Smi") + bad + QStringLiteral("th"), 4);
-            EXPECT_EQ((QStringList{box.Text, f.*field.member, f.Label_message.Caption}),
-                      (QStringList{"Smith", "Smith", message_text(132)}));
-            EXPECT_EQ(box.SelStart, 3);
+            EXPECT_EQ((QStringList{box.Text, f.*field.member, f.Label_message.Caption,
+                                   QString::number(box.SelStart)}),
+                      (QStringList{"Smith", "Smith", message_text(132), "3"}));
         }
     }
 }
