@@ -23,8 +23,7 @@ TEST(Form12, opens_on_the_live_values_with_save_off_and_the_gating_only_shown) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.gated + 2 * row.override_on);
         DialogRig rig;
-        rig.form.Gated_Treatment = row.gated;
-        rig.form.Gating_OverRide = row.override_on;
+        rig.form.Gated_Treatment = row.gated, rig.form.Gating_OverRide = row.override_on;
         rig.form.inhale = row.inhale;
         Form12& f = rig.open12();
         for (Control* box : {&f.Check_automatic, &f.Check_manual, &f.Check_overide}) {
@@ -69,8 +68,7 @@ TEST(Form12, save_writes_the_values_and_widens_the_chart) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.inhale);
         DialogRig rig;
-        rig.form.inhale = row.inhale;
-        rig.form.form12_open = true;
+        rig.form.inhale = row.inhale, rig.form.form12_open = true;
         Form12& f = rig.open12();
         f.click(f.*row.chosen);
         enter(f, f.Threshold_Text, QStringLiteral("-1.7"));
@@ -95,8 +93,7 @@ TEST(SettingsMenus, write_the_patient_file_only_as_their_dialog_closed) {
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << static_cast<int>(row.window) << row.defined);
         DialogRig rig;
-        rig.form.b_state = 1;
-        rig.form.patient_defined = row.defined;
+        rig.form.b_state = 1, rig.form.patient_defined = row.defined;
         rig.form.patient_last_name = "Doe", rig.form.patient_first_name = "Jane";
         rig.form.patient_medical_id = QStringLiteral("MR7");
         QDir(rig.data.path()).mkpath(QStringLiteral("Doe_Jane_MR7"));

@@ -182,8 +182,7 @@ TEST(DialogViews, the_console_shows_them_modally_until_cancel_closes_them) {
 // Patient Settings or System Settings opened from its menu entry, with its real window shown
 // by what `during` gives the console's show: `inside` runs on it, then Cancel closes it.
 void from_menu(DialogRig& rig, Window window, const std::function<void(QWidget&)>& inside) {
-    rig.form.patient_defined = true;
-    rig.form.b_state = 1;
+    rig.form.patient_defined = true, rig.form.b_state = 1;
     rig.fakes.windows.during(window, [&] {
         const auto view = shown_view(rig, window);
         ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
@@ -245,8 +244,7 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     DialogRig rig;
     rig.form.Gated_Treatment = true;
     rig.form.tarrow_DLL_firmware = QStringLiteral("1.0.0.7");
-    rig.form.software_version = QStringLiteral("3.00.01");
-    rig.form.zel_version_id = QStringLiteral("ZEL 2.14");
+    rig.form.software_version = "3.00.01", rig.form.zel_version_id = "ZEL 2.14";
     rig.form.form10 = std::make_unique<Form10>();
     rig.form.form10->Form_Load(rig.form);
     // The version rows: the controls named for the versions carry the captions, and the
