@@ -20,13 +20,8 @@ struct DialogRig : Rig {
         form.data_directory = data.path();
         // Set by the console's start, as every constant of the design.
         form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
-        form.duration = 15;
-        form.thresh = thresh;
-        form.inhale = true;
-        form.max_y = 2.0;
-        form.min_y = -2.0;
-        form.max_x = 1000;
-        form.x_scale_factor = 1;
+        form.duration = 15, form.thresh = thresh, form.inhale = true;
+        form.max_y = 2.0, form.min_y = -2.0, form.max_x = 1000, form.x_scale_factor = 1;
         form.language_file = QStringLiteral("English");
         form.language_name = {QStringLiteral("Deutsch"), QStringLiteral("Svenska")};
         // The holding area of the file last read: a new session takes it, the settings
@@ -34,10 +29,8 @@ struct DialogRig : Rig {
         form.temp_patient_last_name = QStringLiteral("Doe");
         form.temp_patient_first_name = QStringLiteral("Jane");
         form.temp_patient_medical_id = QStringLiteral("MR77");
-        form.temp_duration = 20;
-        form.temp_thresh = -0.8f;
-        form.temp_trigger = QStringLiteral("False");
-        form.temp_gating = QStringLiteral("True");
+        form.temp_duration = 20, form.temp_thresh = -0.8f;
+        form.temp_trigger = QStringLiteral("False"), form.temp_gating = QStringLiteral("True");
     }
     Form5& open5() {
         form.form5 = std::make_unique<Form5>(form);
@@ -52,15 +45,17 @@ struct DialogRig : Rig {
         form.form5->Form_Load();
         return *form.form5;
     }
-    Form12& open12() {
-        form.form12 = std::make_unique<Form12>(form);
-        form.form12->Form_Load();
-        return *form.form12;
+    // Patient Settings or System Settings, from its menu entry.
+    void menu(Window window) {
+        window == Window::Form12 ? form.Patient_Settings_Click() : form.Control_Panel_Click();
     }
-    Form11& open11() {
-        form.form11 = std::make_unique<Form11>(form);
-        form.form11->Form_Load();
-        return *form.form11;
+    Form12& open12() { return open(form.form12); }
+    Form11& open11() { return open(form.form11); }
+    template <class Dialog>
+    Dialog& open(std::unique_ptr<Dialog>& slot) {
+        slot = std::make_unique<Dialog>(form);
+        slot->Form_Load();
+        return *slot;
     }
 };
 

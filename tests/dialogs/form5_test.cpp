@@ -6,7 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <functional>
-#include <string>
+#include <utility>
 
 #include "dialog_rig.h"
 
@@ -76,19 +76,18 @@ TEST(Form5TextFields, a_forbidden_character_typed_mid_name_is_removed_and_the_ca
         {&Form5::Text_last_name, &Form5::temp2}, {&Form5::Text_first_name, &Form5::temp4},
         {&Form5::Text_medical_id, &Form5::temp3}, {&Form5::Text_session, &Form5::temp1}};
     // The nine that a file name can't hold, and characters beyond the 8-bit set of the files.
-    QStringList bad_characters = {"\u0159", "\u20AC", "\u0152", "\u4E2D"};
-    for (char bad : std::string("\\,/?:*<>|")) bad_characters.append(QString(QLatin1Char(bad)));
+    const QString bad_characters = QStringLiteral("\u0159\u20AC\u0152\u4E2D\\,/?:*<>|");
     for (const auto& field : fields) {
-        for (const QString& bad : bad_characters) {
-            SCOPED_TRACE(bad.toStdString());
+        for (const QChar bad : bad_characters) {
+            SCOPED_TRACE(QString(bad).toStdString());
             TextBox& box = f.*field.box;
             type(f, box, QStringLiteral("Smith"));
             f.Label_message.Caption.clear();
             // The character typed between "Smi" and "th": the caret stands behind it.
             f.type_text(box, QStringLiteral("Smi") + bad + QStringLiteral("th"), 4);
-            EXPECT_EQ((QStringList{box.Text, f.*field.member, f.Label_message.Caption}),
-                      (QStringList{"Smith", "Smith", message_text(132)}));
-            EXPECT_EQ(box.SelStart, 3);
+            EXPECT_EQ((QStringList{box.Text, f.*field.member, f.Label_message.Caption,
+                                   QString::number(box.SelStart)}),
+                      (QStringList{"Smith", "Smith", message_text(132), "3"}));
         }
     }
 }
@@ -217,8 +216,8 @@ TEST(Form5Done, takes_a_complete_new_patient_and_refuses_the_rest) {
         f.click(f.button_done);
         const bool taken = row.message.isEmpty();
         EXPECT_EQ(f.Label_message.Caption, row.message);
-        EXPECT_EQ(f.unloaded, taken);
-        EXPECT_EQ(rig.fakes.windows.log.contains("unload Form5"), taken);
+        EXPECT_EQ(std::pair(f.unloaded, rig.fakes.windows.log.contains("unload Form5")),
+                  std::pair(taken, taken));
         // |2 * 0.75| < |-3.7|: the chart widens to 1.25 times the threshold.
         EXPECT_EQ(console(rig.form),
                   taken ? QStringLiteral("Smith|Ann|MR1|1|42|-3.7|0|1|4.6|-4.6|1|0") : before);
@@ -238,8 +237,7 @@ TEST(Form5Session, opens_on_the_loaded_patient_and_done_checks_the_folder_and_th
         SCOPED_TRACE(row.session);
         DialogRig rig;
         rig.form.new_patient_loading = true;
-        rig.form.max_y = 0.8;
-        rig.form.min_y = -0.8;
+        rig.form.max_y = 0.8, rig.form.min_y = -0.8;
         rig.sessions_on_file = {QStringLiteral("3")};
         if (row.folder) patient_on_disk(rig, "Doe_Jane_MR77", "Doe.zel", "MR77");
         const QString before = console(rig.form);
@@ -278,8 +276,7 @@ TEST(Form5Opening, each_opening_is_fresh_and_the_result_stays_readable) {
     DialogRig rig;
     rig.fakes.windows.during(Window::Form5, [&] {
         Form5& f = *rig.form.form5;
-        EXPECT_EQ(f.Text_session.Text, QStringLiteral("1"));
-        EXPECT_TRUE(f.Text_first_name.Text.isEmpty());
+        EXPECT_TRUE(f.Text_session.Text == "1" && f.Text_first_name.Text.isEmpty());
         type(f, f.Text_first_name, QStringLiteral("Ann"));
         rig.fakes.windows.answer(0);
         f.click(f.button_cancel);

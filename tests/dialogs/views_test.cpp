@@ -4,7 +4,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -15,6 +14,7 @@
 #include <QTest>
 #include <QTimer>
 #include <functional>
+#include <utility>
 
 #include "dialog_rig.h"
 #include "platform/qt_chart_surface.h"
@@ -63,29 +63,21 @@ void expect_captions_fit(QWidget& view, const char* picture, std::initializer_li
 
 // The window of a dialog opened on the rig, shown.
 std::unique_ptr<EntryDialogView> shown_view(DialogRig& rig, Window window) {
+    Form1& c = rig.form;
     std::unique_ptr<EntryDialogView> view;
-    if (window == Window::Form5)
-        view = std::make_unique<Form5View>(rig.form, *rig.form.form5, nullptr);
-    else if (window == Window::Form12)
-        view = std::make_unique<Form12View>(rig.form, *rig.form.form12, nullptr);
-    else
-        view = std::make_unique<Form11View>(rig.form, *rig.form.form11, nullptr);
+    if (window == Window::Form5) view = std::make_unique<Form5View>(c, *c.form5, nullptr);
+    else if (window == Window::Form12) view = std::make_unique<Form12View>(c, *c.form12, nullptr);
+    else view = std::make_unique<Form11View>(c, *c.form11, nullptr);
     view->show();
     return view;
 }
 
-TEST(Form5View, passes_a_click_to_the_gating_pair_and_enter_tests_a_field_closing_nothing) {
+// A click on an option reaches the model as in SettingsViews, through the same window code.
+TEST(Form5View, enter_tests_a_field_closing_nothing) {
     DialogRig rig;
     Form5& f = rig.open5();
     const auto view = shown_view(rig, Window::Form5);
     EXPECT_EQ(view->windowTitle(), message_text(281));
-    auto* automatic = find<QCheckBox>(view.get(), message_text(268));
-    auto* manual = find<QCheckBox>(view.get(), message_text(269));
-    QTest::mouseClick(manual, Qt::LeftButton);
-    QTest::mouseClick(automatic, Qt::LeftButton);
-    EXPECT_EQ(f.Check_automatic.Value, 1);
-    EXPECT_TRUE(automatic->isChecked() && !manual->isChecked());
-
     QLineEdit* hold = find<QLineEdit>(view.get(), QStringLiteral("15"));
     hold->setFocus();
     hold->selectAll();
@@ -93,8 +85,7 @@ TEST(Form5View, passes_a_click_to_the_gating_pair_and_enter_tests_a_field_closin
     EXPECT_FALSE(f.button_done.Enabled);
     QTest::keyClick(hold, Qt::Key_Return);
     EXPECT_EQ(f.duration_temp, 99);
-    EXPECT_EQ(hold->text(), QStringLiteral("99"));
-    EXPECT_TRUE(view->isVisible());
+    EXPECT_TRUE(hold->text() == "99" && view->isVisible());
     EXPECT_TRUE(find<QPushButton>(view.get(), message_text(266))->isEnabled());
 
     // Ctrl+A is a key the model sees (it disables Done); the selection must survive it.
@@ -104,8 +95,7 @@ TEST(Form5View, passes_a_click_to_the_gating_pair_and_enter_tests_a_field_closin
     QTest::keyClick(threshold, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClicks(threshold, QStringLiteral("1.5"));
     QTest::keyClick(threshold, Qt::Key_Return);
-    EXPECT_EQ(threshold->text(), QStringLiteral("1.5"));
-    EXPECT_FLOAT_EQ(f.threshold_temp, 1.5f);
+    EXPECT_TRUE(threshold->text() == "1.5" && f.threshold_temp == 1.5f);
 }
 
 // In session mode the caret stands behind the suggested session, so that it is not overtyped.
@@ -157,11 +147,9 @@ TEST(SettingsViews, show_their_captions_and_pass_a_trigger_and_a_language_to_the
     EXPECT_EQ(view11->windowTitle(), message_text(315));
     auto* combo = view11->findChild<QComboBox*>();
     ASSERT_NE(combo, nullptr);
-    EXPECT_EQ(combo->currentText(), QStringLiteral("English"));
     combo->setFocus();
     QTest::keyClick(combo, Qt::Key_Down);
-    EXPECT_EQ(g.LangCombo.ListIndex, 1);
-    EXPECT_TRUE(g.languageChanged);
+    EXPECT_TRUE(g.LangCombo.ListIndex == 1 && g.languageChanged);
     EXPECT_TRUE(find<QPushButton>(view11.get(), message_text(113))->isEnabled());
     EXPECT_TRUE(find<QLineEdit>(view11.get(), rig.data.path())->isReadOnly());
     enter(g, g.Y_Range_Text, QStringLiteral("0.5"));
@@ -194,18 +182,14 @@ TEST(DialogViews, the_console_shows_them_modally_until_cancel_closes_them) {
 // Patient Settings or System Settings opened from its menu entry, with its real window shown
 // by what `during` gives the console's show: `inside` runs on it, then Cancel closes it.
 void from_menu(DialogRig& rig, Window window, const std::function<void(QWidget&)>& inside) {
-    rig.form.patient_defined = true;
-    rig.form.b_state = 1;
+    rig.form.patient_defined = true, rig.form.b_state = 1;
     rig.fakes.windows.during(window, [&] {
         const auto view = shown_view(rig, window);
         ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
         inside(*view);
         QTest::mouseClick(find<QPushButton>(view.get(), message_text(114)), Qt::LeftButton);
     });
-    if (window == Window::Form12)
-        rig.form.Patient_Settings_Click();
-    else
-        rig.form.Control_Panel_Click();
+    rig.menu(window);
 }
 
 // The operator must always be able to stop a hold, and never arm one behind these dialogs,
@@ -260,34 +244,26 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     DialogRig rig;
     rig.form.Gated_Treatment = true;
     rig.form.tarrow_DLL_firmware = QStringLiteral("1.0.0.7");
-    rig.form.software_version = QStringLiteral("3.00.01");
-    rig.form.zel_version_id = QStringLiteral("ZEL 2.14");
+    rig.form.software_version = "3.00.01", rig.form.zel_version_id = "ZEL 2.14";
     rig.form.form10 = std::make_unique<Form10>();
     rig.form.form10->Form_Load(rig.form);
     // The version rows: the controls named for the versions carry the captions, and the
     // numbered labels beside them the values.
     const Form10& box = *rig.form.form10;
-    const struct {
-        const Control& caption;
-        const Control& value;
-        QString caption_text, value_text;
-    } rows[] = {{box.software_version, box.Label3, message_text(118), QStringLiteral("3.00.01")},
-                {box.firmware_version, box.Label20, message_text(119), QStringLiteral("ZEL 2.14")}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.value_text.toStdString());
-        EXPECT_EQ((QStringList{row.caption.Caption, row.value.Caption}),
-                  (QStringList{row.caption_text, row.value_text}));
-        EXPECT_LT(row.caption.Left, row.value.Left);
-        EXPECT_EQ(row.caption.Top, row.value.Top);
-    }
+    EXPECT_EQ((QStringList{box.software_version.Caption, box.Label3.Caption,
+                           box.firmware_version.Caption, box.Label20.Caption}),
+              (QStringList{message_text(118), "3.00.01", message_text(119), "ZEL 2.14"}));
+    for (const auto& [caption, value] : {std::pair(&box.software_version, &box.Label3),
+                                         std::pair(&box.firmware_version, &box.Label20)})
+        EXPECT_TRUE(caption->Left < value->Left && caption->Top == value->Top)
+            << value->Caption.toStdString();
     std::unique_ptr<QDialog> about(make_form10_view(rig.form, nullptr));
     about->show();
     expect_captions_fit(*about, "form10.png", {});
     EXPECT_EQ(about->windowTitle(), message_text(136));
     find<QLabel>(about.get(), QStringLiteral("1.0.0.7"));
     QTest::mouseClick(find<QPushButton>(about.get(), message_text(113)), Qt::LeftButton);
-    EXPECT_FALSE(rig.form.about_visible);
-    EXPECT_FALSE(about->isVisible());
+    EXPECT_FALSE(rig.form.about_visible || about->isVisible());
 
     rig.form.form_gating = std::make_unique<FormGating>(rig.fakes.tarrow, rig.fakes.timers);
     rig.form.form_gating->Form_Load();
@@ -296,8 +272,7 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     gating->show();
     expect_captions_fit(*gating, "form_gating.png", {333});
     QTest::mouseClick(find<QPushButton>(gating.get(), message_text(113)), Qt::LeftButton);
-    EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled());
-    EXPECT_FALSE(gating->isVisible());
+    EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled() || gating->isVisible());
 }
 
 }  // namespace
