@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 
 namespace zel::test {
@@ -77,8 +78,7 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
                    const std::vector<Sample>& samples, long first_count, long last_count) {
     Comparison r;
     std::vector<WireFrame> good;
-    for (const WireFrame& w : wire)
-        if (!w.corrupt) good.push_back(w);
+    std::ranges::copy_if(wire, std::back_inserter(good), [](const WireFrame& w) { return !w.corrupt; });
     // The cuts: silences of the wire longer than a second.
     std::vector<std::pair<double, double>> unread_windows;
     for (size_t k = 1; k < wire.size(); ++k) {
