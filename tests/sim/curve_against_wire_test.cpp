@@ -19,12 +19,9 @@ constexpr int cut_after = 199;
 TEST(CurveAgainstWire, finds_each_fault_and_excuses_only_frames_before_the_module_is_found) {
     // The frames lost (no line), taken in without a line, written twice and corrupt; the frames
     // [from, to) over which the volume stands still, as in a breath hold.
-    struct Case {
-        const char* what;
-        std::vector<int> lost, taken, twice, corrupt;
-        std::pair<int, int> still;
-        std::array<long, 6> counts;  // expected, missing, duplicated, foreign, unread, count gaps
-    };
+    // The counts: expected, missing, duplicated, foreign, unread, count gaps.
+    struct Case { const char* what; std::vector<int> lost, taken, twice, corrupt; std::pair<int, int> still;
+                  std::array<long, 6> counts; };
     const Case cases[] = {
         {"every frame once", {}, {}, {}, {}, {}, {290, 0, 0, 0, 0, 0}},
         {"a frame lost before the console took it in", {100}, {}, {}, {}, {}, {290, 1, 0, 0, 0, 0}},

@@ -17,10 +17,7 @@ TEST(SettingsDialogsLive, arm_nothing_stop_a_hold_and_upload_nothing_during_it) 
     as_patient(c.form, c.app_data.path(), QStringLiteral("1"));
     c.form.number_format = QStringLiteral("dot");
     ASSERT_TRUE(c.link_up());
-    const struct {
-        Window window;
-        std::function<void()> open, cancel;
-    } dialogs[] = {
+    const struct { Window window; std::function<void()> open, cancel; } dialogs[] = {
         {Window::Form12, [&] { c.form.Patient_Settings_Click(); }, [&] { c.form.form12->Cancel_Click(); }},
         {Window::Form11, [&] { c.form.Control_Panel_Click(); }, [&] { c.form.form11->Cancel_Click(); }},
     };

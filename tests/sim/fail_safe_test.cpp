@@ -54,9 +54,8 @@ TEST(FailSafe, a_bad_volume_word_in_a_gated_hold_opens_the_relay_then_reports_on
     // closed it again.
     std::map<QString, double> last;  // each call's last moment
     for (const auto& [when, call] : gating_calls(c.app_data.path())) last[call] = when;
-    const double closed_at = last[QStringLiteral("Tarrow_SetRelayState(1)")],
-                 opened_at = last[QStringLiteral("Tarrow_SetRelayState(0)")],
-                 gating_closed_at = last[QStringLiteral("Tarrow_Close()")];
+    const double closed_at = last["Tarrow_SetRelayState(1)"], opened_at = last["Tarrow_SetRelayState(0)"],
+                 gating_closed_at = last["Tarrow_Close()"];
     ASSERT_GT(closed_at, 0) << "the hold never closed the relay";
     EXPECT_TRUE(closed_at < opened_at && opened_at < gating_closed_at && gating_closed_at < shown_at)
         << "relay closed " << closed_at << ", opened " << opened_at << ", link closed "

@@ -20,12 +20,8 @@ TEST(SimulatedGating, reports_the_states_the_trainer_sets_and_moves_the_relay_on
     // The command moves the relay from the other position: its answer, and the relay's state in
     // the short transition and after it.
     struct Case {
-        const char* control_text;
-        bool closed_after_opening, close;
-        int16_t open, connected;
-        char link, enable;
-        int16_t set_relay;
-        char moving, settled;
+        const char* control_text; bool closed_after_opening, close; int16_t open, connected;
+        char link, enable; int16_t set_relay; char moving, settled;
     };
     const Case cases[] = {
         {"", false, true, 0, 0, '^', 'E', 0, 'c', 'C'}, {"", false, false, 0, 0, '^', 'E', 0, 'o', 'O'},
