@@ -91,8 +91,8 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
                            [t](const auto& window) { return t > window.first && t < window.second; });
     };
     if (samples.empty()) return r;
-    r.count_gaps += std::labs(samples.front().count - first_count - 1);
-    r.count_gaps += std::labs(last_count - samples.back().count);
+    r.count_gaps =
+        std::labs(samples.front().count - first_count - 1) + std::labs(last_count - samples.back().count);
     for (size_t i = 1; i < samples.size(); ++i) {
         const long step = samples[i].count - samples[i - 1].count;
         if (step > 1) r.count_gaps += step - 1;
@@ -102,8 +102,7 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
     // The first frame from `from` on that stands for line i, confirmed by the lines after it
     // each standing for a frame close behind the last: frames passed over between two lines
     // are few, so a line whose volume happens to recur further on is not taken for it.
-    constexpr size_t confirming_lines = 8;
-    constexpr size_t close_behind = 10;
+    constexpr size_t confirming_lines = 8, close_behind = 10;
     const auto confirmed = [&](size_t j, size_t i) {
         size_t at = j;
         for (size_t n = i + 1; n < samples.size() && n <= i + confirming_lines; ++n) {
