@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 
 #include "wire.h"
 
@@ -103,11 +104,9 @@ TEST(SimulatedStream, sends_only_what_is_asked_for) {
     struct Case { const char* name; std::vector<Step> steps; size_t data_frames, status_frames; };
     const Step stream = send(0, "E");
     const Case cases[] = {
-        {"nothing unasked", {}, 0, 0},
-        {"one status frame for each V", {send(0.1, "V"), send(0.5, "VV")}, 0, 3},
+        {"nothing unasked", {}, 0, 0}, {"one status frame for each V", {send(0.1, "V"), send(0.5, "VV")}, 0, 3},
         {"50 data frames a second after E", {stream}, 100, 0},
-        {"D stops the stream", {stream, send(0.5, "D")}, 25, 0},
-        {"d stops it too", {stream, send(0.5, "d")}, 25, 0},
+        {"D stops streaming", {stream, send(0.5, "D")}, 25, 0}, {"so does d", {stream, send(0.5, "d")}, 25, 0},
         {"a status frame in the stream", {stream, send(0.5, "V")}, 100, 1},
         {"a cut line is dead both ways for its time",
          {stream, act(1.0, [](ControlModule& m) { m.cut_link(1.0, 0.5); }), send(1.2, "D"), send(1.6, "V")},
@@ -131,11 +130,9 @@ TEST(SimulatedLine, corrupts_the_fraction_of_frames_it_is_told_to_and_no_other) 
         module.corrupt_rate = c.rate;
         int sent = 0, marked = 0, failing = 0;
         module.on_wire = [&](const WireEvent& e) {
-            unsigned sum = 0;
-            for (uint8_t b : e.bytes) sum += b;
             ++sent;
             marked += e.corrupt;
-            failing += sum % 256 != 0;
+            failing += std::accumulate(e.bytes.begin(), e.bytes.end(), 0u) % 256 != 0;
         };
         run(module, {send(0, "E")}, 20.0);
         EXPECT_EQ(marked, failing) << c.rate;

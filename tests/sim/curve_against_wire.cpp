@@ -26,8 +26,7 @@ std::vector<WireFrame> wire_frames(const QString& path) {
     for (const QByteArray& line : file.readAll().split('\n')) {
         const QList<QByteArray> w = line.simplified().split(' ');
         if (w.size() < 10 || w[1] != "data") continue;
-        const int units = (w[5] + w[6]).toInt(nullptr, 16);
-        frames.push_back({w[0].toDouble(), units >= 32768 ? units - 65536 : units,
+        frames.push_back({w[0].toDouble(), static_cast<int16_t>((w[5] + w[6]).toInt(nullptr, 16)),
                           w[4].toInt(nullptr, 16), (w[3].toInt(nullptr, 16) & 0x02) != 0,
                           w.size() > 10 && w[10] == "corrupt"});
     }

@@ -103,8 +103,7 @@ TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
     c.form.curve_file->close();
 
     EXPECT_EQ(c.fakes.boxes.shown, QStringList{message_text(355)});
-    EXPECT_FALSE(link_lost) << "the heartbeat declared the link lost under the dialog";
-    EXPECT_TRUE(c.form.Timer_HeartBeat->Enabled());
+    EXPECT_TRUE(!link_lost && c.form.Timer_HeartBeat->Enabled()) << "the link was lost under the dialog";
     EXPECT_GE(counted_after - counted_before, 45) << "frames handled under the dialog";
     EXPECT_TRUE(c.ended.empty());
 

@@ -50,8 +50,6 @@ public:
         inner.Output(bytes);
     }
     std::vector<std::pair<double, QByteArray>> writes;
-
-private:
     SerialPort& inner;
 };
 
