@@ -85,8 +85,8 @@ TEST(SimulatedStatus, echoes_what_the_console_uploaded_so_that_it_confirms) {
         ControlModule module;
         module.wrong_echo = c.wrong_echo;
         module.receive(letters(rig.fakes.serial.sent().toStdString()), 0.0);
-        EXPECT_EQ(module.settings().duration_seconds, c.duration);
-        EXPECT_EQ(module.settings().threshold_units, c.held_threshold_units);
+        EXPECT_EQ((std::pair<double, int>(module.settings().duration_seconds, module.settings().threshold_units)),
+                  std::pair(c.duration, c.held_threshold_units));
         rig.fakes.serial.receive(to_bytes(module.advance_to(0.0)));
         EXPECT_EQ(rig.form.settings_confirm, !c.confirmed);
         // One wrong echo is retried, not yet a fault.

@@ -16,15 +16,6 @@ Step act(double time, std::function<void(ControlModule&)> f) {
     return {time, [f](ControlModule& m, double) { f(m); }};
 }
 
-// A quiet patient breathing from 1.0 L to 1.8 L every 4 s; the threshold is 1.5 L and the
-// hold 2 s (100 frames). The first inhalation crosses the threshold about 0.8 s in.
-ControlModule quiet_module() {
-    ControlModule m(3);
-    m.breathing().noise_litres = 0.0;
-    m.receive({'L', 2, 'T', 0x01, 0x77}, 0.0);
-    return m;
-}
-
 TEST(SimulatedBalloon, follows_the_commands_and_the_patient_through_its_states) {
     struct Case { const char* name; std::vector<Step> steps; std::vector<int> states; int hold_frames; };
     const auto release = [](ControlModule& m) { m.set_switch(false); };
@@ -44,7 +35,11 @@ TEST(SimulatedBalloon, follows_the_commands_and_the_patient_through_its_states) 
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        ControlModule module = quiet_module();
+        // A quiet patient breathing from 1.0 L to 1.8 L every 4 s; the threshold is 1.5 L and the
+        // hold 2 s (100 frames). The first inhalation crosses the threshold about 0.8 s in.
+        ControlModule module(3);
+        module.breathing().noise_litres = 0.0;
+        module.receive({'L', 2, 'T', 0x01, 0x77}, 0.0);
         const auto frames = data_frames(run(module, c.steps, 9.9));
         std::vector<int> states;  // each run of equal states once
         for (const SeenFrame& f : frames)

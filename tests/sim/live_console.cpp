@@ -17,8 +17,7 @@ double monotonic_seconds() {
 }
 
 void handle_events() {
-    QTimer wake;
-    wake.setSingleShot(true);
+    QTimer wake;  // gone before it could fire twice
     wake.start(5);
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
@@ -30,8 +29,7 @@ void keep_event_loop_running(int milliseconds) {
 }
 
 bool install_gating_library(const QString& app_data, const QString& library, const QByteArray& control) {
-    QDir().mkpath(app_data + QStringLiteral("/lib"));
-    QDir().mkpath(app_data + QStringLiteral("/sim"));
+    for (const char* folder : {"/lib", "/sim"}) QDir().mkpath(app_data + QLatin1String(folder));
     QFile file(app_data + QStringLiteral("/sim/tarrow-control.txt"));
     if (!control.isEmpty() && !(file.open(QIODevice::WriteOnly) && file.write(control) == control.size()))
         return false;
