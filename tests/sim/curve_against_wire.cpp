@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 
 namespace zel::test {
@@ -25,8 +26,7 @@ std::vector<WireFrame> wire_frames(const QString& path) {
     for (const QByteArray& line : file.readAll().split('\n')) {
         const QList<QByteArray> w = line.simplified().split(' ');
         if (w.size() < 10 || w[1] != "data") continue;
-        const int units = (w[5] + w[6]).toInt(nullptr, 16);
-        frames.push_back({w[0].toDouble(), units >= 32768 ? units - 65536 : units,
+        frames.push_back({w[0].toDouble(), static_cast<int16_t>((w[5] + w[6]).toInt(nullptr, 16)),
                           w[4].toInt(nullptr, 16), (w[3].toInt(nullptr, 16) & 0x02) != 0,
                           w.size() > 10 && w[10] == "corrupt"});
     }
@@ -77,8 +77,7 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
                    const std::vector<Sample>& samples, long first_count, long last_count) {
     Comparison r;
     std::vector<WireFrame> good;
-    for (const WireFrame& w : wire)
-        if (!w.corrupt) good.push_back(w);
+    std::ranges::copy_if(wire, std::back_inserter(good), [](const WireFrame& w) { return !w.corrupt; });
     // The cuts: silences of the wire longer than a second.
     std::vector<std::pair<double, double>> unread_windows;
     for (size_t k = 1; k < wire.size(); ++k) {
@@ -91,8 +90,8 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
                            [t](const auto& window) { return t > window.first && t < window.second; });
     };
     if (samples.empty()) return r;
-    r.count_gaps += std::labs(samples.front().count - first_count - 1);
-    r.count_gaps += std::labs(last_count - samples.back().count);
+    r.count_gaps =
+        std::labs(samples.front().count - first_count - 1) + std::labs(last_count - samples.back().count);
     for (size_t i = 1; i < samples.size(); ++i) {
         const long step = samples[i].count - samples[i - 1].count;
         if (step > 1) r.count_gaps += step - 1;
@@ -102,8 +101,7 @@ Comparison compare(const std::vector<WireFrame>& wire, const std::vector<double>
     // The first frame from `from` on that stands for line i, confirmed by the lines after it
     // each standing for a frame close behind the last: frames passed over between two lines
     // are few, so a line whose volume happens to recur further on is not taken for it.
-    constexpr size_t confirming_lines = 8;
-    constexpr size_t close_behind = 10;
+    constexpr size_t confirming_lines = 8, close_behind = 10;
     const auto confirmed = [&](size_t j, size_t i) {
         size_t at = j;
         for (size_t n = i + 1; n < samples.size() && n <= i + confirming_lines; ++n) {

@@ -18,8 +18,7 @@ struct WireFrame {
 // A sample line of the curve file.
 struct Sample {
     long count;  // the console's frame count, from the line's session time
-    int units;
-    int balloon;
+    int units, balloon;
     bool switch_closed;
 };
 

@@ -17,10 +17,7 @@ TEST(SettingsDialogsLive, arm_nothing_stop_a_hold_and_upload_nothing_during_it) 
     as_patient(c.form, c.app_data.path(), QStringLiteral("1"));
     c.form.number_format = QStringLiteral("dot");
     ASSERT_TRUE(c.link_up());
-    const struct {
-        Window window;
-        std::function<void()> open, cancel;
-    } dialogs[] = {
+    const struct { Window window; std::function<void()> open, cancel; } dialogs[] = {
         {Window::Form12, [&] { c.form.Patient_Settings_Click(); }, [&] { c.form.form12->Cancel_Click(); }},
         {Window::Form11, [&] { c.form.Control_Panel_Click(); }, [&] { c.form.form11->Cancel_Click(); }},
     };
@@ -75,14 +72,15 @@ TEST(AboutLive, the_levels_follow_the_module_while_the_box_is_open) {
     ASSERT_TRUE(c.sim.start("battery 9.0\npressure 10.0\nawait E\nawait V\nwait 1.5\n"
                             "battery 7.5\npressure 14.0\nwait 60\nquit\n"));
     ASSERT_TRUE(c.link_up()) << "the link never came up";
-    QStringList batteries, pressures;
+    QStringList batteries, pressures;  // each caption as it changed
+    const auto note = [](QStringList& seen, const QString& now) {
+        if (seen.isEmpty() || seen.back() != now) seen.append(now);
+    };
     c.fakes.windows.during(Window::Form10, [&] {
         Form10& about = *c.form.form10;
         c.run_until([&] {
-            if (batteries.isEmpty() || batteries.back() != about.battery_voltage.Caption)
-                batteries.append(about.battery_voltage.Caption);
-            if (pressures.isEmpty() || pressures.back() != about.Label_pressure.Caption)
-                pressures.append(about.Label_pressure.Caption);
+            note(batteries, about.battery_voltage.Caption);
+            note(pressures, about.Label_pressure.Caption);
             return batteries.size() >= 2 && pressures.size() >= 3;
         }, 12000);
         about.Done_Click(c.form);

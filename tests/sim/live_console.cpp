@@ -17,8 +17,7 @@ double monotonic_seconds() {
 }
 
 void handle_events() {
-    QTimer wake;
-    wake.setSingleShot(true);
+    QTimer wake;  // gone before it could fire twice
     wake.start(5);
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
@@ -30,12 +29,32 @@ void keep_event_loop_running(int milliseconds) {
 }
 
 bool install_gating_library(const QString& app_data, const QString& library, const QByteArray& control) {
-    QDir().mkpath(app_data + QStringLiteral("/lib"));
-    QDir().mkpath(app_data + QStringLiteral("/sim"));
+    for (const char* folder : {"/lib", "/sim"}) QDir().mkpath(app_data + QLatin1String(folder));
     QFile file(app_data + QStringLiteral("/sim/tarrow-control.txt"));
     if (!control.isEmpty() && !(file.open(QIODevice::WriteOnly) && file.write(control) == control.size()))
         return false;
     return QFile::copy(library, app_data + QStringLiteral("/lib/libtarrow.so"));
+}
+
+std::vector<std::pair<double, QString>> gating_calls(const QString& app_data) {
+    std::vector<std::pair<double, QString>> calls;
+    QFile file(app_data + QStringLiteral("/sim/tarrow-calls.log"));
+    if (!file.open(QIODevice::ReadOnly)) return calls;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        const QList<QByteArray> w = line.split(' ');
+        if (w.size() >= 3) calls.emplace_back(w[0].toDouble(), QString::fromLatin1(w[2]));
+    }
+    return calls;
+}
+
+std::map<std::string, QByteArray> log_files(const QString& app_data) {
+    std::map<std::string, QByteArray> files;
+    const QDir folder(app_data + QStringLiteral("/LOG"));
+    for (const QString& name : folder.entryList(QDir::Files)) {
+        QFile file(folder.filePath(name));
+        files[name.toStdString()] = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+    }
+    return files;
 }
 
 void as_patient(Form1& form, const QString& data, const QString& session) {
@@ -63,15 +82,10 @@ bool LiveConsole::link_up(int timeout_ms) {
     form.start_module_search();
     const bool up = run_until(
         [this] { return form.Timer_HeartBeat->Enabled() && form.total_counts > 10; }, timeout_ms);
-    if (up) return true;
-    QFile wire(sim.wire_log());
-    wire.open(QIODevice::ReadOnly);
-    std::fprintf(stderr, "link not up: port %d, %d notifications, zel_detect %d, checks %d%d%d%d, "
-                 "battery %.2f line %.2f; module heard: %s\nwire: %s\n", form.ComPort, notifications,
-                 form.zel_detect, form.line_check, form.battery_check, form.turbine_check,
-                 form.pneumatics_check, form.battery_level, form.line_level,
-                 qPrintable(sim.commands().join(QLatin1Char(' '))), wire.readAll().right(500).constData());
-    return false;
+    if (!up)
+        std::fprintf(stderr, "link not up: port %d, %d notifications, zel_detect %d; module heard: %s\n",
+                     form.ComPort, notifications, form.zel_detect, qPrintable(sim.commands().join(' ')));
+    return up;
 }
 
 }  // namespace zel::test

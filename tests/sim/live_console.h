@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <functional>
+#include <map>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -26,6 +28,10 @@ void keep_event_loop_running(int milliseconds);
 // A built gating library installed where the console looks for it, with the trainer's
 // controls when given.
 bool install_gating_library(const QString& app_data, const QString& library, const QByteArray& control = {});
+// The call log of the simulated gating library: monotonic seconds and the call.
+std::vector<std::pair<double, QString>> gating_calls(const QString& app_data);
+// The files of the LOG folder by name, with their contents.
+std::map<std::string, QByteArray> log_files(const QString& app_data);
 // Jane Doe (A1) defined in `data`, her folder made, ready to record the session.
 void as_patient(Form1& form, const QString& data, const QString& session);
 
@@ -44,8 +50,6 @@ public:
         inner.Output(bytes);
     }
     std::vector<std::pair<double, QByteArray>> writes;
-
-private:
     SerialPort& inner;
 };
 

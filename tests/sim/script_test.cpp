@@ -61,13 +61,11 @@ TEST(SimulatorScript, each_control_line_sets_its_control_and_refuses_what_it_doe
 }
 
 TEST(SimulatorScript, a_chosen_frame_goes_out_next_with_a_good_checksum_even_when_spoiling) {
-    ControlModule module;
-    module.corrupt_rate = 1.0;
-    std::vector<uint8_t> out = run(module, {send(0.0, "E")}, 0.1);
     Simulator simulator;
-    simulator.module = module;
+    simulator.module.corrupt_rate = 1.0;
+    run(simulator.module, {send(0.0, "E")}, 0.1);
     simulator.apply(parse_script_line("frame 06 04 80 00 00 32").instruction.value(), 0.1);
-    out = simulator.module.advance_to(0.125);
+    std::vector<uint8_t> out = simulator.module.advance_to(0.125);
     ASSERT_EQ(out.size(), 8u);
     EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 7),
               (std::vector<uint8_t>{0x83, 0x06, 0x04, 0x80, 0x00, 0x00, 0x32}));

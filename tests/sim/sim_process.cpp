@@ -13,8 +13,7 @@ SimProcess::~SimProcess() { stop(); }
 bool SimProcess::start(const QByteArray& script, const QStringList& extra_arguments) {
     const QString script_path = app_data + QStringLiteral("/sim-script.txt");
     QFile file(script_path);
-    if (!file.open(QIODevice::WriteOnly)) return false;
-    file.write(script);
+    if (!file.open(QIODevice::WriteOnly) || file.write(script) != script.size()) return false;
     file.close();
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     const QStringList arguments{QStringLiteral("--headless"), QStringLiteral("--app-data"), app_data,

@@ -5,15 +5,11 @@ namespace zelsim::test {
 std::vector<SeenFrame> data_frames(const std::vector<uint8_t>& b) {
     std::vector<SeenFrame> frames;
     for (size_t k = 0; k < b.size();) {
-        if (b[k] == 0x27) {
-            k += 31;
-        } else if (b[k] == 0x83 && k + 8 <= b.size()) {
+        const bool data = b[k] == 0x83 && k + 8 <= b.size();
+        if (data)
             frames.push_back({b[k + 1], b[k + 2], static_cast<int16_t>(b[k + 3] << 8 | b[k + 4]),
                               b[k + 5] << 8 | b[k + 6]});
-            k += 8;
-        } else {
-            ++k;
-        }
+        k += b[k] == 0x27 ? 31 : data ? 8 : 1;
     }
     return frames;
 }

@@ -19,10 +19,7 @@ QByteArray to_bytes(const std::vector<uint8_t>& bytes);
 std::vector<uint8_t> letters(const std::string& text);
 
 // A control applied at a moment of the module's time.
-struct Step {
-    double time;
-    std::function<void(ControlModule&, double now)> act;
-};
+struct Step { double time; std::function<void(ControlModule&, double now)> act; };
 Step send(double time, const std::string& commands);
 
 // Runs the module from 0 to `until` seconds in frame periods, applying the steps on the way;
