@@ -1,22 +1,18 @@
 #include "fakes/fake_file_dialogs.h"
 
+#include "fakes/scripted.h"
+
 namespace zel::test {
 
 QString FakeFileDialogs::browse_for_folder(const QString& title) {
     titles.append(title);
-    if (folders.empty()) return {};
-    const QString path = folders.front();
-    folders.pop_front();
-    return path;
+    return next_of(folders);
 }
 
 QString FakeFileDialogs::open_file(const QString& initial_directory, const QString& filter) {
     opened_in.append(initial_directory);
     filters.append(filter);
-    if (files.empty()) return {};
-    const QString path = files.front();
-    files.pop_front();
-    return path;
+    return next_of(files);
 }
 
 QStringList FakeFileDialogs::open_files(const QString& initial_directory, const QString& title,
@@ -24,10 +20,7 @@ QStringList FakeFileDialogs::open_files(const QString& initial_directory, const 
     opened_in.append(initial_directory);
     titles.append(title);
     filters.append(filter);
-    if (file_lists.empty()) return {};
-    const QStringList parts = file_lists.front();
-    file_lists.pop_front();
-    return parts;
+    return next_of(file_lists);
 }
 
 QString FakeFileDialogs::save_file(const QString& title, const QString& default_suffix,
@@ -35,10 +28,7 @@ QString FakeFileDialogs::save_file(const QString& title, const QString& default_
     titles.append(title);
     suffixes.append(default_suffix);
     filters.append(filter);
-    if (saves.empty()) return {};
-    const QString path = saves.front();
-    saves.pop_front();
-    return path;
+    return next_of(saves);
 }
 
 }  // namespace zel::test

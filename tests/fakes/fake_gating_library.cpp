@@ -6,21 +6,16 @@
 
 namespace zel::test {
 
-void FakeGatingLibrary::call(const QString& what) {
+int16_t FakeGatingLibrary::call(const QString& what) {
     if (missing || (!lacks.isEmpty() && what.startsWith(lacks + QLatin1Char('('))))
         throw ZelError(err_file_not_found, QStringLiteral("libtarrow"),
                        QStringLiteral("File not found"));
     calls.append(what);
-}
-
-int16_t FakeGatingLibrary::Open() {
-    call(QStringLiteral("Open()"));
-    return open_result;
-}
-int16_t FakeGatingLibrary::Close() {
-    call(QStringLiteral("Close()"));
     return 0;
 }
+
+int16_t FakeGatingLibrary::Open() { return call(QStringLiteral("Open()")); }
+int16_t FakeGatingLibrary::Close() { return call(QStringLiteral("Close()")); }
 int16_t FakeGatingLibrary::Connected() {
     call(QStringLiteral("Connected()"));
     return connected_result;
@@ -42,16 +37,13 @@ int16_t FakeGatingLibrary::GetDLLVersion(TarrowDllVersion& version) {
     return 0;
 }
 int16_t FakeGatingLibrary::SetRelayState(uint8_t close_relay) {
-    call(QStringLiteral("SetRelayState(%1)").arg(close_relay));
-    return 0;
+    return call(QStringLiteral("SetRelayState(%1)").arg(close_relay));
 }
 int16_t FakeGatingLibrary::SetRelayEnablePermission(uint8_t unlock) {
-    call(QStringLiteral("SetRelayEnablePermission(%1)").arg(unlock));
-    return 0;
+    return call(QStringLiteral("SetRelayEnablePermission(%1)").arg(unlock));
 }
 int16_t FakeGatingLibrary::ClearTimingViolation() {
-    call(QStringLiteral("ClearTimingViolation()"));
-    return 0;
+    return call(QStringLiteral("ClearTimingViolation()"));
 }
 
 void FakeGatingLibrary::set_status(const char* six) {

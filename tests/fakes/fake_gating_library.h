@@ -30,13 +30,12 @@ public:
 
     TarrowStatus status{'^', 'O', ':', ' ', 'E', 'L'};
     int16_t connected_result = 0;
-    int16_t open_result = 0;
     bool missing = false;
     QString lacks;
     QStringList calls;
 
 private:
-    void call(const QString& what);
+    int16_t call(const QString& what);  // 0, or throws as the missing library would
 };
 
 }  // namespace zel::test

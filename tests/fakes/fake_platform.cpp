@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/zel_error.h"
+#include "fakes/scripted.h"
 #include "link/port_permission.h"
 
 namespace zel::test {
@@ -33,40 +34,11 @@ void FakeSerialPort::set_PortOpen(bool open) {
     is_open = open;
 }
 
-uint8_t FakeSerialPort::Input() {
-    if (inbox.empty()) return 0;
-    const uint8_t byte = inbox.front();
-    inbox.pop_front();
-    return byte;
-}
-
 void FakeSerialPort::Output(const QByteArray& bytes) {
     if (!is_open)
         throw ZelError(8018, QStringLiteral("Output"),
                        QStringLiteral("Operation valid only when the port is open"));
     output.append(bytes);
-}
-
-void FakeSerialPort::arrive(const QByteArray& bytes) {
-    for (char c : bytes) inbox.push_back(static_cast<uint8_t>(c));
-}
-
-void FakeSerialPort::receive(const QByteArray& bytes) {
-    arrive(bytes);
-    notify();
-}
-
-void FakeSerialPort::notify() {
-    ++notifications;
-    if (OnComm) OnComm();
-}
-
-void FakeSerialPort::drain() {
-    while (!inbox.empty()) notify();
-}
-
-void FakeTimer::tick() {
-    if (is_enabled && interval > 0 && on_tick) on_tick();
 }
 
 std::unique_ptr<Timer> FakeTimerFactory::create(const char* name) {
@@ -75,37 +47,23 @@ std::unique_ptr<Timer> FakeTimerFactory::create(const char* name) {
     return timer;
 }
 
-FakeTimer& FakeTimerFactory::get(const std::string& name) { return *by_name.at(name); }
-
-QString FakeLocale::long_date(const QDate& date) const {
-    return date.toString(QStringLiteral("dddd, MMMM d, yyyy"));
-}
-QString FakeLocale::medium_date(const QDate& date) const {
-    return date.toString(QStringLiteral("dd-MMM-yy"));
-}
-QString FakeLocale::medium_time(const QTime& time) const {
-    return time.toString(QStringLiteral("HH:mm:ss"));
-}
-QString FakeLocale::general_date(const QDateTime& when) const {
-    return when.toString(QStringLiteral("M/d/yyyy HH:mm:ss"));
+QString FakeLocale::long_date(const QDate& d) const { return d.toString(u"dddd, MMMM d, yyyy"); }
+QString FakeLocale::medium_date(const QDate& d) const { return d.toString(u"dd-MMM-yy"); }
+QString FakeLocale::medium_time(const QTime& t) const { return t.toString(u"HH:mm:ss"); }
+QString FakeLocale::general_date(const QDateTime& w) const {
+    return w.toString(u"M/d/yyyy HH:mm:ss");
 }
 
 int FakeMessageBoxes::MsgBox(const QString& prompt, int style, const QString&) {
     shown.append(prompt);
     styles.push_back(style);
     if (while_shown) while_shown();
-    if (answers.empty()) return vbOK;
-    const int result = answers.front();
-    answers.pop_front();
-    return result;
+    return next_of(answers, int(vbOK));
 }
 
 QString FakeMessageBoxes::InputBox(const QString& prompt) {
     prompts.append(prompt);
-    if (typed.empty()) return {};
-    const QString text = typed.front();
-    typed.pop_front();
-    return text;
+    return next_of(typed);
 }
 
 namespace {
@@ -137,18 +95,19 @@ void RecordingSurface::set_fore_color(Rgb colour) {
     log.append(QStringLiteral("fore ") + colour_text(colour));
 }
 void RecordingSurface::line(double x1, double y1, double x2, double y2) {
-    log.append(QStringLiteral("line ") + coords(x1, y1, x2, y2));
-    strokes.push_back({false, x1, y1, x2, y2, fore, style, width});
+    stroke("line", false, x1, y1, x2, y2, fore);
 }
 void RecordingSurface::line(double x1, double y1, double x2, double y2, Rgb colour) {
-    log.append(QStringLiteral("line ") + coords(x1, y1, x2, y2) + QLatin1Char(' ') +
-               colour_text(colour));
-    strokes.push_back({false, x1, y1, x2, y2, colour, style, width});
+    stroke("line", false, x1, y1, x2, y2, colour, true);
 }
 void RecordingSurface::box(double x1, double y1, double x2, double y2, Rgb colour) {
-    log.append(QStringLiteral("box ") + coords(x1, y1, x2, y2) + QLatin1Char(' ') +
-               colour_text(colour));
-    strokes.push_back({true, x1, y1, x2, y2, colour, style, width});
+    stroke("box", true, x1, y1, x2, y2, colour, true);
+}
+void RecordingSurface::stroke(const char* kind, bool is_box, double x1, double y1, double x2,
+                              double y2, Rgb colour, bool coloured) {
+    log.append(QString::fromLatin1(kind) + QLatin1Char(' ') + coords(x1, y1, x2, y2) +
+               (coloured ? QStringLiteral(" ") + colour_text(colour) : QString()));
+    strokes.push_back({is_box, x1, y1, x2, y2, colour, style, width});
 }
 
 }  // namespace zel::test

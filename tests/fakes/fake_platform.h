@@ -11,6 +11,7 @@
 #include "fakes/fake_gating_library.h"
 #include "fakes/fake_windows.h"
 #include "fakes/qt_printers.h"
+#include "fakes/scripted.h"
 #include "platform/platform.h"
 
 namespace zel::test {
@@ -31,13 +32,13 @@ public:
     void set_PortOpen(bool open) override;
     bool PortOpen() const override { return is_open; }
     int InBufferCount() const override { return static_cast<int>(inbox.size()); }
-    uint8_t Input() override;
+    uint8_t Input() override { return next_of(inbox, uint8_t{0}); }
     void Output(const QByteArray& bytes) override;
 
-    void receive(const QByteArray& bytes);
-    void arrive(const QByteArray& bytes);
-    void notify();
-    void drain();
+    void receive(const QByteArray& bytes) { arrive(bytes); notify(); }
+    void arrive(const QByteArray& bytes) { inbox.insert(inbox.end(), bytes.begin(), bytes.end()); }
+    void notify() { ++notifications; if (OnComm) OnComm(); }
+    void drain() { while (!inbox.empty()) notify(); }
     const QByteArray& sent() const { return output; }
     void clear_sent() { output.clear(); }
     void fail_open(int number) { refusing.push_back(number); }
@@ -67,7 +68,7 @@ public:
     void set_Enabled(bool enabled) override { is_enabled = enabled; }
     bool Enabled() const override { return is_enabled; }
     // Runs the tick handler if the timer is on and has an interval, as a real timer would.
-    void tick();
+    void tick() { if (is_enabled && interval > 0 && on_tick) on_tick(); }
 
 private:
     int interval = 0;
@@ -77,7 +78,7 @@ private:
 class FakeTimerFactory final : public TimerFactory {
 public:
     std::unique_ptr<Timer> create(const char* name) override;
-    FakeTimer& get(const std::string& name);
+    FakeTimer& get(const std::string& name) { return *by_name.at(name); }
 
 private:
     std::map<std::string, FakeTimer*> by_name;
@@ -150,6 +151,8 @@ private:
     LineStyle style = LineStyle::solid;
     int width = 1;
     Rgb fore{0, 0, 0};
+    void stroke(const char* kind, bool is_box, double x1, double y1, double x2, double y2,
+                Rgb colour, bool coloured = false);
 };
 
 // All fakes; a test or benchmark may draw on a chart surface of its own instead.

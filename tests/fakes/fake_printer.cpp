@@ -7,17 +7,9 @@
 namespace zel::test {
 
 namespace {
-
 FakePrinter::Op op(const char* kind, double x = 0, double y = 0, double x2 = 0, double y2 = 0) {
-    FakePrinter::Op out;
-    out.kind = QString::fromLatin1(kind);
-    out.x = x;
-    out.y = y;
-    out.x2 = x2;
-    out.y2 = y2;
-    return out;
+    return {QString::fromLatin1(kind), x, y, x2, y2, {}, false};
 }
-
 }  // namespace
 
 bool FakePrinter::choose_printer() {
@@ -37,10 +29,7 @@ void FakePrinter::drawing() {
 
 void FakePrinter::print_text(const QString& text, bool line_end) {
     drawing();
-    Op printed = op("text", x, y);
-    printed.text = text;
-    printed.line_end = line_end;
-    ops.push_back(printed);
+    ops.push_back({QStringLiteral("text"), x, y, 0, 0, text, line_end});
     if (line_end) {
         x = 0;
         y += line_height;
@@ -49,16 +38,12 @@ void FakePrinter::print_text(const QString& text, bool line_end) {
     }
 }
 
-void FakePrinter::line(double x1, double y1, double x2, double y2) {
-    drawing();
-    ops.push_back(op("line", x1, y1, x2, y2));
-    x = x2;
-    y = y2;
-}
+void FakePrinter::line(double x1, double y1, double x2, double y2) { draw("line", x1, y1, x2, y2); }
+void FakePrinter::box(double x1, double y1, double x2, double y2) { draw("box", x1, y1, x2, y2); }
 
-void FakePrinter::box(double x1, double y1, double x2, double y2) {
+void FakePrinter::draw(const char* kind, double x1, double y1, double x2, double y2) {
     drawing();
-    ops.push_back(op("box", x1, y1, x2, y2));
+    ops.push_back(op(kind, x1, y1, x2, y2));
     x = x2;
     y = y2;
 }

@@ -60,6 +60,7 @@ private:
     int drawn = 0;
     int failing = 0;
     void drawing();
+    void draw(const char* kind, double x1, double y1, double x2, double y2);
     std::vector<Op> of_kind(const char* kind) const;
 };
 

@@ -1,27 +1,17 @@
 #include "fakes/fake_windows.h"
 
+#include "fakes/scripted.h"
+
 namespace zel::test {
 
 namespace {
 QString name(Window window) {
-    switch (window) {
-        case Window::Form6: return QStringLiteral("Form6");
-        case Window::Form13: return QStringLiteral("Form13");
-        case Window::Form_OverRide_Enable: return QStringLiteral("Form_OverRide_Enable");
-        case Window::Form_OverRide_Disable: return QStringLiteral("Form_OverRide_Disable");
-        case Window::Form_FastGatingClear: return QStringLiteral("Form_FastGatingClear");
-        case Window::Form5: return QStringLiteral("Form5");
-        case Window::Form_CorruptInfo: return QStringLiteral("Form_CorruptInfo");
-        case Window::Form_WrongVersion: return QStringLiteral("Form_WrongVersion");
-        case Window::Form_NumberFormatWarning: return QStringLiteral("Form_NumberFormatWarning");
-        case Window::PatientCurves: return QStringLiteral("PatientCurves");
-        case Window::Form10: return QStringLiteral("Form10");
-        case Window::Form_Gating: return QStringLiteral("Form_Gating");
-        case Window::Form12: return QStringLiteral("Form12");
-        case Window::Form11: return QStringLiteral("Form11");
-        case Window::DialogSessionHistory: return QStringLiteral("DialogSessionHistory");
-    }
-    return QStringLiteral("?");
+    static const char* const names[] = {
+        "Form6", "Form13", "Form_OverRide_Enable", "Form_OverRide_Disable",
+        "Form_FastGatingClear", "Form5", "Form_CorruptInfo", "Form_WrongVersion",
+        "Form_NumberFormatWarning", "PatientCurves", "Form10", "Form_Gating", "Form12", "Form11",
+        "DialogSessionHistory"};
+    return QString::fromLatin1(names[static_cast<int>(window)]);
 }
 }  // namespace
 
@@ -50,11 +40,7 @@ int FakeWindows::show_message(Window window, const QString&, const QStringList& 
     if (auto script = scripts.find(window); script != scripts.end()) script->second();
     open.pop_back();
     if (unloaded[window]) return -1;
-    std::deque<int>& queue = presses[window];
-    if (queue.empty()) return 0;
-    const int button = queue.front();
-    queue.pop_front();
-    return button;
+    return next_of(presses[window]);
 }
 
 void FakeWindows::show_main_window(bool visible) {
@@ -64,10 +50,7 @@ void FakeWindows::show_main_window(bool visible) {
 
 int FakeWindows::ask(const QString&, const QString& question, const QStringList& buttons) {
     log.append(QStringLiteral("ask ") + question);
-    if (answers.empty()) return static_cast<int>(buttons.size()) - 1;
-    const int button = answers.front();
-    answers.pop_front();
-    return button;
+    return next_of(answers, static_cast<int>(buttons.size()) - 1);
 }
 
 bool FakeWindows::install_key_guard() {

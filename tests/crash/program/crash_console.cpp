@@ -87,42 +87,22 @@ Expected::Expected() : scratch_root(scratch_folder()), scratch(scratch_root) {
     QDir().mkpath(scratch.folder.patient_folder);
 }
 
-QByteArray Expected::written(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-template <class Make>
-QByteArray Expected::remembered(std::map<long, QByteArray>& made, long version, const QString& path,
-                                Make make) {
-    const auto found = made.find(version);
-    if (found != made.end()) return found->second;
+QByteArray Expected::whole_file(long version, QString CrashFolder::*file) {
+    const QString& path = scratch.folder.*file;
+    const std::pair<QString, long> key{path, version};
+    if (const auto found = made.find(key); found != made.end()) return found->second;
     scratch.set_version(version);
-    make();
-    if (made.size() > 16) made.erase(made.begin());
-    return made[version] = written(path);
-}
-
-QByteArray Expected::patient_file(long version) {
-    return remembered(patient_files, version, scratch.folder.patient_file,
-                      [this] { scratch.form.save_patient_parameters(); });
-}
-
-QByteArray Expected::companion_file(long version) {
-    return remembered(companion_files, version, scratch.folder.companion_file,
-                      [this] { scratch.form.save_patient_parameters(); });
-}
-
-QByteArray Expected::settings_file(long version) {
-    return remembered(settings_files, version, scratch.folder.settings_file,
-                      [this] { scratch.form.save_ini_file(); });
-}
-
-QByteArray Expected::session_file(long version) {
-    return remembered(session_files, version, scratch.folder.session_file, [this] {
-        QFile::remove(scratch.folder.session_file);
+    if (file == &CrashFolder::settings_file) {
+        scratch.form.save_ini_file();
+    } else if (file == &CrashFolder::session_file) {
+        QFile::remove(path);
         scratch.save_session_entry();
-    });
+    } else {
+        scratch.form.save_patient_parameters();
+    }
+    if (made.size() > 64) made.erase(made.begin());
+    QFile written(path);
+    return made[key] = written.open(QIODevice::ReadOnly) ? written.readAll() : QByteArray();
 }
 
 QByteArray Expected::curve_header(long run, long first_version) {

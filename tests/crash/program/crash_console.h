@@ -53,20 +53,14 @@ struct CrashConsole {
 class Expected {
 public:
     Expected();
-    QByteArray patient_file(long version);
-    QByteArray companion_file(long version);
-    QByteArray settings_file(long version);
-    QByteArray session_file(long version);
+    // One of the files replaced whole (patient, companion, settings or session file).
+    QByteArray whole_file(long version, QString CrashFolder::*file);
     QByteArray curve_header(long run, long first_version);
     QByteArray curve_line(long line);
 
 private:
-    QByteArray written(const QString& path);
     // Each version made once: the checks ask for the same few again and again.
-    template <class Make>
-    QByteArray remembered(std::map<long, QByteArray>& made, long version, const QString& path,
-                          Make make);
-    std::map<long, QByteArray> patient_files, companion_files, settings_files, session_files;
+    std::map<std::pair<QString, long>, QByteArray> made;
     QString scratch_root;
     CrashConsole scratch;
 };
