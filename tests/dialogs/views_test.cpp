@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -72,12 +73,16 @@ std::unique_ptr<EntryDialogView> shown_view(DialogRig& rig, Window window) {
     return view;
 }
 
-// A click on an option reaches the model as in SettingsViews, through the same window code.
-TEST(Form5View, enter_tests_a_field_closing_nothing) {
+TEST(Form5View, passes_a_click_to_the_gating_pair_and_enter_tests_a_field_closing_nothing) {
     DialogRig rig;
     Form5& f = rig.open5();
     const auto view = shown_view(rig, Window::Form5);
     EXPECT_EQ(view->windowTitle(), message_text(281));
+    auto* automatic = find<QCheckBox>(view.get(), message_text(268));
+    auto* manual = find<QCheckBox>(view.get(), message_text(269));
+    QTest::mouseClick(manual, Qt::LeftButton);
+    QTest::mouseClick(automatic, Qt::LeftButton);
+    EXPECT_TRUE(f.Check_automatic.Value == 1 && automatic->isChecked() && !manual->isChecked());
     QLineEdit* hold = find<QLineEdit>(view.get(), QStringLiteral("15"));
     hold->setFocus();
     hold->selectAll();
