@@ -28,16 +28,7 @@ TEST(RoundToInteger, ties_go_to_the_even_neighbour_and_sized_forms_fail_beyond_t
     EXPECT_THROW(checked_i16(40000), ZelError);
 }
 
-TEST(ColonSplitting, takes_the_parts_around_the_first_colon) {
-    struct Case { const char* text; const char* key; const char* value; };
-    const Case cases[] = {
-        {"inhale:true", "inhale", "true"}, {"CRC:1A2B:3", "CRC", "1A2B:3"},
-        {"no colon", "no colon", "no colon"}, {":x", "", "x"}, {"x:", "x", ""},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(key_before_colon(QString::fromLatin1(c.text)), QString::fromLatin1(c.key));
-        EXPECT_EQ(text_after_colon(QString::fromLatin1(c.text)), QString::fromLatin1(c.value));
-    }
+TEST(SafeUpperBound, is_minus_one_for_an_empty_array) {
     EXPECT_EQ(safe_upper_bound(std::vector<int>{}), -1);
     EXPECT_EQ(safe_upper_bound(std::vector<int>{1, 2, 3}), 2);
 }
@@ -53,16 +44,6 @@ TEST(PrintedNumber, has_a_sign_place_and_a_trailing_blank) {
     EXPECT_EQ(printed_single(0.1f, dot), QStringLiteral(" 0.1 "));  // 7 digits of a single
     EXPECT_EQ(printed_single(1.0f / 3, comma), QStringLiteral(" 0,3333333 "));
     EXPECT_EQ(number_text(123456.0, dot), QStringLiteral("123456"));
-}
-
-TEST(PrintZones, start_each_item_at_the_next_zone_of_fourteen) {
-    EXPECT_EQ(print_zones({QStringLiteral("Medical ID: "), QStringLiteral("X")}),
-              QStringLiteral("Medical ID:   X"));
-    EXPECT_EQ(print_zones({QStringLiteral("Patient Last Name: "), QStringLiteral("Y")}),
-              QStringLiteral("Patient Last Name: ") + QString(9, QLatin1Char(' ')) + u'Y');
-    // An item that fills its zone exactly still gets a blank before the next one.
-    EXPECT_EQ(print_zones({QString(14, QLatin1Char('a')), QStringLiteral("b")}).indexOf('b'), 28);
-    EXPECT_EQ(print_zones({QString(), QStringLiteral("b")}), QString(14, QLatin1Char(' ')) + "b");
 }
 
 // With a comma the same text comes out with the comma in place of the point.

@@ -1,7 +1,5 @@
 #pragma once
 // The patient the console's tests work with, and what the main window shows of a patient.
-#include <QDir>
-
 #include "fakes/rig.h"
 
 namespace zel::test {
@@ -10,14 +8,9 @@ inline QString doe_folder(const Rig& rig) { return rig.app_data.path() + "/Doe_J
 
 // Doe, Jane, A1 in force, session 1, with her folder.
 inline void define_patient(Rig& rig) {
-    rig.form.patient_defined = true;
-    rig.form.data_directory = rig.app_data.path();
+    as_patient(rig.form, rig.app_data.path(), QStringLiteral("1"));
+    rig.form.cmdRecord.Enabled = false;
     rig.form.number_format = QStringLiteral("dot");
-    rig.form.patient_last_name = QStringLiteral("Doe");
-    rig.form.patient_first_name = QStringLiteral("Jane");
-    rig.form.patient_medical_id = QStringLiteral("A1");
-    rig.form.session = QStringLiteral("1");
-    QDir().mkpath(doe_folder(rig));
 }
 
 // The operator fills the new-patient dialog for Doe, Jane, A1 with threshold 1.5 and presses

@@ -195,8 +195,6 @@ TEST(ProgramCommandLines, answer_help_version_and_wrong_use_without_starting) {
     struct Case { const char* program; QStringList args; int status; const char* out, *err; };
     const Case cases[] = {
         {ZELMOOR_PATH, {"--help"}, 0, "Usage: zelmoor\n", ""},
-        {ZELMOOR_PATH, {"-h"}, 0, "Usage: zelmoor\n", ""},
-        {ZELMOOR_PATH, {"--review", "a.dat", "--help"}, 0, "Usage: zelmoor\n", ""},
         {ZELMOOR_PATH, {"--version"}, 0, "zelmoor ", ""},
         {ZELMOOR_PATH, {"--bogus"}, 2, "", "zelmoor: unrecognized option '--bogus'\nUsage: zelmoor\n"},
         {ZELMOOR_PATH, {"--review", "--zoom"}, 2, "", "unrecognized option '--zoom'"},
@@ -205,15 +203,11 @@ TEST(ProgramCommandLines, answer_help_version_and_wrong_use_without_starting) {
         {ZELMOOR_PATH, {"stray"}, 2, "", "extra operand 'stray'\nUsage: zelmoor\n"},
 #ifdef ZELMOOR_SIM_PATH
         {ZELMOOR_SIM_PATH, {"--help"}, 0, "Usage: zelmoor-sim [OPTION]...\n", ""},
-        {ZELMOOR_SIM_PATH, {"--version"}, 0, "zelmoor-sim ", ""},
         {ZELMOOR_SIM_PATH, {"--bogus"}, 2, "", "Usage: zelmoor-sim [OPTION]...\n"},
         {ZELMOOR_SIM_PATH, {"--script"}, 2, "", "Missing value after '--script'"},
-        {ZELMOOR_SIM_PATH, {"stray"}, 2, "", "extra operand 'stray'"},
         {ZELMOOR_DEMO_PATH, {"--headless", "--help"}, 0, "Usage: zelmoor-demo [OPTION]...\n", ""},
-        {ZELMOOR_DEMO_PATH, {"--version"}, 0, "zelmoor-demo ", ""},
         {ZELMOOR_DEMO_PATH, {"--bogus"}, 2, "", "unrecognized option '--bogus'\nUsage: zelmoor-demo"},
         {ZELMOOR_DEMO_PATH, {"--seed"}, 2, "", "option '--seed' needs a value"},
-        {ZELMOOR_DEMO_PATH, {"stray"}, 2, "", "extra operand 'stray'"},
 #endif
         // Used rightly, on a folder that isn't there: no usage text.
         {ZELMOOR_PATH, {"--check", "/nonexistent"}, 2, "", "zelmoor: /nonexistent: not a folder\n"},

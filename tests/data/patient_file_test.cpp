@@ -144,15 +144,6 @@ TEST_F(CrcFiles, agree_with_zlib_around_the_chunk_size) {
     EXPECT_EQ(crc.GetByteArrayCrc32(nine, -5), crc_of_nine) << "a lower bound below 0";
 }
 
-// Upper case without leading zeros, as the companion holds it.
-TEST(CrcHex, is_upper_case_without_leading_zeros) {
-    const std::pair<uint32_t, const char*> cases[] = {
-        {0xCBF43926u, "CBF43926"}, {0x00D2E4F6u, "D2E4F6"}, {0x80000000u, "80000000"},
-        {0xFFFFFFFFu, "FFFFFFFF"}, {0x0000000Au, "A"},      {0u, "0"}};
-    for (const auto& [word, text] : cases)
-        EXPECT_EQ(crc_hex(static_cast<int32_t>(word)), QString::fromLatin1(text));
-}
-
 TEST_F(CrcFiles, read_delivers_chunks_and_keeps_the_rest_of_the_buffer) {
     const std::pair<int, std::vector<int32_t>> cases[] = {
         {0, {0}}, {8191, {8191, 0}}, {8192, {8192, 0}}, {8193, {8192, 1, 0}}};

@@ -42,20 +42,13 @@ TEST(LocaleNumber, reads_the_machines_form_and_refuses_the_rest) {
 // A patient in force, session 3, on the 4th of March 2026 at 09:05:07.
 struct SessionRig : Rig {
     SessionRig() {
-        form.data_directory = app_data.path();
-        form.patient_last_name = QStringLiteral("Doe");
-        form.patient_first_name = QStringLiteral("Jane");
-        form.patient_medical_id = QStringLiteral("A1");
-        form.session = QStringLiteral("3");
+        as_patient(form, app_data.path(), QStringLiteral("3"));
         form.thresh = 1.35f;
         form.duration = 15;
         form.inhale = true;
         form.breath_holds = 3;
         form.gating_start_mode = message_text(269);
-        form.patient_defined = true;
-        form.cmdRecord.Enabled = true;
         fakes.clock.when = QDateTime(QDate(2026, 3, 4), QTime(9, 5, 7));
-        QDir().mkpath(folder());
     }
     QString folder() const { return app_data.path() + QStringLiteral("/Doe_Jane_A1"); }
     // The file's lines, and an empty last one when it ends in a line break.

@@ -1,5 +1,7 @@
 #include "fakes/rig.h"
 
+#include <QDir>
+
 #include "link/commands.h"
 
 namespace zel::test {
@@ -55,6 +57,16 @@ Rig::Rig() : form(fakes.platform, app_data.path()) {
     form.Pic.Top = 0;
     form.Pic.Height = 7485;
     form.thresh_label.Height = 285;
+}
+
+void as_patient(Form1& form, const QString& data, const QString& session) {
+    form.data_directory = data;
+    form.patient_last_name = QStringLiteral("Doe");
+    form.patient_first_name = QStringLiteral("Jane");
+    form.patient_medical_id = QStringLiteral("A1");
+    form.session = session;
+    form.patient_defined = form.cmdRecord.Enabled = true;
+    QDir().mkpath(data + QStringLiteral("/Doe_Jane_A1"));
 }
 
 }  // namespace zel::test

@@ -26,6 +26,9 @@ QByteArray status_frame(uint8_t battery = 104, uint8_t line = 171, uint8_t press
                         uint8_t vacuum = 200, uint8_t duration = 15, float thresh = 1.2f,
                         uint8_t turbine = 1);
 
+// Jane Doe (A1) in force in `data` for the session, her folder made, ready to record.
+void as_patient(Form1& form, const QString& data, const QString& session);
+
 struct Rig {
     Rig();
     FakePlatform fakes;

@@ -215,15 +215,5 @@ TEST_F(LanguageFiles, the_review_alone_brings_the_language_the_settings_name) {
     }
 }
 
-TEST(LanguageCompanionPath, replaces_every_lower_case_extension) {
-    struct Case { const char* path; const char* companion; };
-    const Case cases[] = {{"/a/languages/de.lng", "/a/languages/de.sfv"},
-                          {"/a/x.lng/languages/de.lng", "/a/x.sfv/languages/de.sfv"},
-                          {"/a/languages/de.LNG", "/a/languages/de.LNG"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(language_companion_path(QString::fromLatin1(c.path)),
-                  QString::fromLatin1(c.companion));
-}
-
 }  // namespace
 }  // namespace zel

@@ -33,53 +33,6 @@ std::vector<int16_t> breath(int frames,
     return units;
 }
 
-TEST(CurveReplay, interpolates_between_frames_and_loops_at_the_end) {
-    CurveReplay curve;
-    curve.litres = {1.0, 2.0, 1.5};
-    const std::pair<double, double> seconds_litres[] = {
-        {0.0, 1.0}, {0.01, 1.5}, {0.02, 2.0}, {0.03, 1.75},
-        // After the last sample the line runs back to the first, and the loop begins again.
-        {0.05, 1.25}, {0.06, 1.0}, {0.08, 2.0}, {6.0 + 0.02, 2.0},
-    };
-    for (const auto& [seconds, litres] : seconds_litres)
-        EXPECT_NEAR(curve.volume_at(seconds), litres, 1e-9) << seconds;
-}
-
-TEST(CurveReplay, a_bad_file_is_named_and_the_patient_breathes_on) {
-    zel::test::Rig rig;
-    const QString good = record(rig, breath(100), QLatin1Char('.'));
-    QFile file(good);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray contents = file.readAll();
-    // The file up to the end of its n-th line.
-    const auto lines = [&contents](int n) { return contents.split('\n').mid(0, n).join('\n') + '\n'; };
-    struct Case { const char* name; QByteArray bytes; const char* reason; };
-    const Case cases[] = {
-        {"short.dat", "Only a line\r\n", "its header ends"},
-        {"header.dat", lines(26), "fewer than two samples"},
-        {"one.dat", lines(27), "fewer than two samples"},
-        {"garbage.dat", contents + "1.00;lots;1;1; - ; - ; - \r\n", "not a sample line"},
-        {"norate.dat", QByteArray(contents).replace("Count Frequency:", "Count Rate:     "), "no frame rate"},
-        {"/nonexistent/curve.dat", {}, "cannot be opened"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        QString path = QString::fromLatin1(c.name);
-        if (!path.startsWith(QLatin1Char('/'))) {
-            path = rig.app_data.filePath(path);
-            QFile out(path);
-            ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-            out.write(c.bytes);
-        }
-        Simulator sim;
-        EXPECT_FALSE(sim.replay(path.toStdString()));
-        ASSERT_EQ(sim.messages.size(), 1u);
-        EXPECT_NE(sim.messages[0].find(path.toStdString()), std::string::npos) << sim.messages[0];
-        EXPECT_NE(sim.messages[0].find(c.reason), std::string::npos) << sim.messages[0];
-        EXPECT_EQ(sim.module.patient_breathing().replaying(), nullptr);
-    }
-}
-
 TEST(CurveReplay, plays_the_volumes_the_console_recorded_and_waits_while_the_airway_is_closed) {
     for (const QChar separator : {QLatin1Char('.'), QLatin1Char(',')}) {
         SCOPED_TRACE(separator.toLatin1());

@@ -57,17 +57,6 @@ std::map<std::string, QByteArray> log_files(const QString& app_data) {
     return files;
 }
 
-void as_patient(Form1& form, const QString& data, const QString& session) {
-    form.data_directory = data;
-    form.patient_last_name = QStringLiteral("Doe");
-    form.patient_first_name = QStringLiteral("Jane");
-    form.patient_medical_id = QStringLiteral("A1");
-    form.session = session;
-    form.patient_defined = true;
-    form.cmdRecord.Enabled = true;
-    QDir().mkpath(data + QStringLiteral("/Doe_Jane_A1"));
-}
-
 bool LiveConsole::run_until(const std::function<bool()>& done, int timeout_ms) {
     QElapsedTimer waited;
     waited.start();

@@ -12,6 +12,7 @@
 
 #include "app/form1.h"
 #include "fakes/fake_platform.h"
+#include "fakes/rig.h"
 #include "platform/qt_gating_library.h"
 #include "platform/qt_serial_port.h"
 #include "platform/qt_timer.h"
@@ -32,8 +33,6 @@ bool install_gating_library(const QString& app_data, const QString& library, con
 std::vector<std::pair<double, QString>> gating_calls(const QString& app_data);
 // The files of the LOG folder by name, with their contents.
 std::map<std::string, QByteArray> log_files(const QString& app_data);
-// Jane Doe (A1) defined in `data`, her folder made, ready to record the session.
-void as_patient(Form1& form, const QString& data, const QString& session);
 
 // The real adapter, with every write stamped on the monotonic clock.
 class WatchedPort final : public SerialPort {
