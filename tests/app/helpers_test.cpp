@@ -28,7 +28,15 @@ TEST(RoundToInteger, ties_go_to_the_even_neighbour_and_sized_forms_fail_beyond_t
     EXPECT_THROW(checked_i16(40000), ZelError);
 }
 
-TEST(SafeUpperBound, is_minus_one_for_an_empty_array) {
+// A line that begins with its colon has an empty key, not the whole line as its key.
+TEST(ColonSplitting, takes_the_parts_around_the_first_colon) {
+    struct Case { const char* text; const char* key; const char* value; };
+    const Case cases[] = {{"CRC:1A2B:3", "CRC", "1A2B:3"}, {"no colon", "no colon", "no colon"},
+                          {":x", "", "x"}, {"x:", "x", ""}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(key_before_colon(QString::fromLatin1(c.text)), QString::fromLatin1(c.key));
+        EXPECT_EQ(text_after_colon(QString::fromLatin1(c.text)), QString::fromLatin1(c.value));
+    }
     EXPECT_EQ(safe_upper_bound(std::vector<int>{}), -1);
     EXPECT_EQ(safe_upper_bound(std::vector<int>{1, 2, 3}), 2);
 }
