@@ -18,10 +18,9 @@ QByteArray to_bytes(const std::vector<uint8_t>& bytes) {
     return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()));
 }
 
-std::vector<uint8_t> letters(const std::string& text) { return {text.begin(), text.end()}; }
-
 Step send(double time, const std::string& commands) {
-    return {time, [commands](ControlModule& m, double now) { m.receive(letters(commands), now); }};
+    const std::vector<uint8_t> letters(commands.begin(), commands.end());
+    return {time, [letters](ControlModule& m, double now) { m.receive(letters, now); }};
 }
 
 std::vector<uint8_t> run(ControlModule& module, const std::vector<Step>& steps, double until) {

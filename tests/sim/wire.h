@@ -16,7 +16,6 @@ struct SeenFrame { uint8_t flags = 0, balloon = 0; int volume_units = 0, time_le
 std::vector<SeenFrame> data_frames(const std::vector<uint8_t>& bytes);
 
 QByteArray to_bytes(const std::vector<uint8_t>& bytes);
-std::vector<uint8_t> letters(const std::string& text);
 
 // A control applied at a moment of the module's time.
 struct Step { double time; std::function<void(ControlModule&, double now)> act; };
