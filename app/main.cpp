@@ -6,8 +6,10 @@
 
 #include "app/command_line.h"
 #include "app/form1.h"
+#include "app/relay_guard.h"
 #include "check_mode.h"
 #include "language/messages.h"
+#include "platform/exit_signals.h"
 #include "platform/qt_chart_surface.h"
 #include "platform/qt_file_dialogs.h"
 #include "platform/qt_gating_library.h"
@@ -101,6 +103,11 @@ int main(int argc, char** argv) {
         }
         QApplication::exit(code);
     };
+    // From here on no way out of the process leaves the relay closed: a signal from the system
+    // ends the console as a failure would, without the report; any other exit that still runs
+    // code opens the relay on the way.
+    zel::RelayGuard relay_guard(form);
+    zel::ExitSignals exit_signals([&form](int signal_number) { form.end_on_signal(signal_number); });
     serial.OnComm = [&form] {
         form.run_event("MSComm1_OnComm", [&form] { form.MSComm1_OnComm(); });
     };

@@ -260,11 +260,12 @@ first_start() {
 }
 
 # A later start: Load Existing, the patient's file through the file dialog, Done with the
-# session suggested, no recording. Prints the main window. With SHOT, a screenshot of the
-# patient dialog in session mode goes there.
+# session suggested, recording if RECORD is yes (default no). Prints the main window. With
+# SHOT, a screenshot of the patient dialog in session mode goes there.
+#   load_patient FILE [SHOT] [RECORD]
 load_patient() {
     set -e  # run inside $(...): a failed step ends it, and with it the run
-    local file=$1 shot=${2:-} main question chooser dialog
+    local file=$1 shot=${2:-} record=${3:-no} main question chooser dialog
     main=$(wait_window "Zelmoor  3.00.01" 60)
     question=$(wait_window "Zelmoor  ")
     keys_to "$question" Return  # Load Existing
@@ -276,10 +277,10 @@ load_patient() {
     if [ -n "$shot" ]; then import -window root "$shot"; fi
     click_at "$dialog" 350 510  # Done, with the session suggested
     wait_gone "$dialog"
-    question=$(wait_window "Zelmoor  ")
-    keys_to "$question" Tab Return  # No recording
+    question=$(wait_window "Zelmoor  ")  # start recording?
+    if [ "$record" = yes ]; then keys_to "$question" Return; else keys_to "$question" Tab Return; fi
     wait_gone "$question"
-    e2e_log "the patient was loaded"
+    e2e_log "the patient was loaded (recording: $record)"
     echo "$main"
 }
 

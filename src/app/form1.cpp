@@ -51,20 +51,55 @@ void regardless(Step&& step) {
 }
 }  // namespace
 
-void Form1::stop_after_failure() {
-    stopped_by_failure = true;
+void Form1::halt_timers() {
     for (const auto* timer : {&Timer_module_connect, &Timer_HeartBeat, &Timer1, &pauseBeamTimer,
                               &Timer_form13_close_delay, &logo_banner, &Timer2})
         if (*timer) regardless([&] { (*timer)->set_Enabled(false); });
     if (form_gating) regardless([&] { form_gating->Timer_Tarrow_Diagnostics->set_Enabled(false); });
+}
+
+bool Form1::relay_may_be_closed() const {
+    return (Gated_Treatment && b_state > 1) || relay_close_commanded;
+}
+
+void Form1::stop_after_failure() {
+    stopped_by_failure = true;
+    halt_timers();
     // The beam goes off before anything else: the relay closed is the beam on.
-    const bool relay_may_be_closed = (Gated_Treatment && b_state > 1) || relay_close_commanded;
-    if (relay_may_be_closed) regardless([&] { _Tarrow_SetRelayState(0); });
-    if (relay_may_be_closed || Gated_Treatment) regardless([&] { platform.tarrow.Close(); });
+    const bool relay_was_closable = relay_may_be_closed();
+    if (relay_was_closable) regardless([&] { _Tarrow_SetRelayState(0); });
+    if (relay_was_closable || Gated_Treatment) regardless([&] { platform.tarrow.Close(); });
     regardless([&] {
         if (platform.serial.PortOpen()) platform.serial.set_PortOpen(false);
     });
     regardless([&] { close_run_files(); });
+}
+
+void Form1::end_on_signal(int signal_number) {
+    // A second signal while the first is dealt with, or one behind a failure report: the end
+    // under way goes on.
+    if (stopped_by_failure) return;
+    stopped_by_failure = true;
+    halt_timers();
+    const bool relay_was_closable = relay_may_be_closed();
+    if (relay_was_closable) regardless([&] { _Tarrow_SetRelayState(0); });
+    // The module lets the balloon go and stops streaming; the console will not be there to.
+    regardless([&] {
+        if (!platform.serial.PortOpen()) return;
+        if (b_state > 1) platform.serial.Output(QByteArrayLiteral("X"));
+        platform.serial.Output(QByteArrayLiteral("d"));
+    });
+    regardless([&] { close_curve_file_read_only(); });
+    if (relay_was_closable || Gated_Treatment) regardless([&] { platform.tarrow.Close(); });
+    regardless([&] { close_run_files(); });
+    regardless([&] {
+        if (platform.serial.PortOpen()) platform.serial.set_PortOpen(false);
+    });
+    regardless([&] {
+        if (hhkLowLevelKybd) platform.windows.remove_key_guard();
+        hhkLowLevelKybd = false;
+    });
+    if (end_program) end_program(128 + signal_number);
 }
 
 void Form1::run_event(const char* source, const std::function<void()>& handler) {

@@ -242,6 +242,14 @@ public:
     // opened if it may be closed, the gating link, the port and the run files closed.
     void stop_after_failure();
     void close_run_files();
+    // The system asks the program to end (a shutdown, a logout, an interrupt): the fail-safe
+    // end without its report, the relay opened first; the program ends with 128 + the number.
+    void end_on_signal(int signal_number);
+    // The gating relay may stand closed: a gated hold is under way or a close was commanded.
+    bool relay_may_be_closed() const;
+    void halt_timers();
+    // A recording's file closed and made read-only, as the end of a session leaves it.
+    void close_curve_file_read_only();
     // Ends the program; the application sets it, tests record it.
     std::function<void(int exit_code)> end_program;
 };

@@ -168,13 +168,7 @@ void Form1::zel_exit_Click() {
         if (save_session_response == vbYes) save_session();
 
         const bool recording = cmdPause.Enabled && !cmdRecord.Enabled;
-        if (recording && curve_file) {
-            curve_file->close();
-            curve_file.reset();
-            QFile::setPermissions(record_filename, QFile::permissions(record_filename) &
-                                                       ~(QFile::WriteOwner | QFile::WriteUser |
-                                                         QFile::WriteGroup | QFile::WriteOther));
-        }
+        if (recording) close_curve_file_read_only();
         if (checksum_log_open) close_run_files();
         if (platform.serial.PortOpen()) send_command("d");
         if (Gated_Treatment) release_gating_library();

@@ -128,4 +128,14 @@ void Form1::printHeader(const QString& path) {
     }
 }
 
+void Form1::close_curve_file_read_only() {
+    if (!curve_file) return;
+    curve_file->close();
+    curve_file.reset();
+    QFile::setPermissions(record_filename,
+                          QFile::permissions(record_filename) &
+                              ~(QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup |
+                                QFile::WriteOther));
+}
+
 }  // namespace zel

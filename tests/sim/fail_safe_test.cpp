@@ -4,10 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <map>
 #include <tuple>
 
+#include <unistd.h>
+
 #include "language/messages.h"
+#include "platform/exit_signals.h"
 #include "sim/curve_against_wire.h"
 #include "sim/live_console.h"
 
@@ -153,6 +157,50 @@ TEST(FailSafe, a_function_missing_from_the_gating_library_in_a_hold_opens_the_re
     EXPECT_EQ(relay, (QStringList{"Tarrow_SetRelayState(1)", "Tarrow_SetRelayState(0)"}));
     EXPECT_FALSE(form.Gated_Treatment || form.patient_defined);
     EXPECT_EQ(fakes.boxes.shown, QStringList{message_text(355)});
+}
+
+// A shutdown, a logout or an interrupt in a gated, recorded hold: the relay opened before
+// anything else, the module told to let the balloon go, the recording closed read-only, the
+// gating library let go, and the program ended with 128 + the signal's number, once.
+TEST(FailSafe, a_signal_from_the_system_in_a_gated_hold_opens_the_relay_first_and_ends) {
+    for (const int signal_number : {SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal_number);
+        LiveConsole c(true);
+        ASSERT_TRUE(c.sim.start("breathing rest 1.0\nbreathing amplitude 0.8\nbreathing period 2.5\n"
+                                "wait 60\nquit\n"));
+        ExitSignals exit_signals([&c](int number) { c.form.end_on_signal(number); });
+        c.form.Gated_Treatment = true;
+        ASSERT_TRUE(c.link_up());
+        c.form.record_filename = c.app_data.filePath(QStringLiteral("curve.dat"));
+        c.form.curve_file = std::make_unique<AppendFile>(c.form.record_filename, "test");
+        c.form.curve_file->open(AppendFile::Start::anew);
+        c.form.bRecord = true;
+        ASSERT_TRUE(c.run_until([&] {
+            if (c.ready_to_arm() && c.form.sw_state == 1) c.form.Form_KeyDown(32, 0);
+            return c.form.relay_close_commanded;
+        }, 20000)) << "the gated hold never closed the relay";
+
+        const size_t writes = c.port.writes.size();
+        ASSERT_EQ(::kill(::getpid(), signal_number), 0);
+        ASSERT_TRUE(c.run_until([&] { return !c.ended.empty(); }, 2000)) << "the console went on";
+        ::kill(::getpid(), signal_number);  // a second one while ending changes nothing
+        c.wait(300);
+
+        ASSERT_EQ(c.ended.size(), 1u);
+        EXPECT_EQ(c.ended[0].first, 128 + signal_number);
+        QStringList relay_and_close;
+        for (const auto& [when, call] : gating_calls(c.app_data.path()))
+            if (call.startsWith(QStringLiteral("Tarrow_SetRelayState")) ||
+                call.startsWith(QStringLiteral("Tarrow_Close")))
+                relay_and_close.append(call);
+        ASSERT_GE(relay_and_close.size(), 3) << relay_and_close.join(' ').toStdString();
+        EXPECT_EQ(relay_and_close.mid(relay_and_close.size() - 3),
+                  (QStringList{"Tarrow_SetRelayState(1)", "Tarrow_SetRelayState(0)", "Tarrow_Close()"}));
+        EXPECT_EQ(c.written_since(writes), QByteArray("Xd"));
+        EXPECT_FALSE(c.port.PortOpen() || c.form.curve_file);
+        EXPECT_FALSE(QFile::permissions(c.form.record_filename) & QFile::WriteOwner);
+        EXPECT_TRUE(c.fakes.boxes.shown.isEmpty());
+    }
 }
 
 }  // namespace
