@@ -3,6 +3,7 @@
 #include <QDir>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "app/command_line.h"
 #include "app/form1.h"
@@ -107,7 +108,11 @@ int main(int argc, char** argv) {
     // ends the console as a failure would, without the report; any other exit that still runs
     // code opens the relay on the way.
     zel::RelayGuard relay_guard(form);
-    zel::ExitSignals exit_signals([&form](int signal_number) { form.end_on_signal(signal_number); });
+    zel::ExitSignals exit_signals([&form](int signal_number) {
+        std::fprintf(stderr, "zelmoor: %s: the console ends, the gating relay opened first\n",
+                     strsignal(signal_number));
+        form.end_on_signal(signal_number);
+    });
     serial.OnComm = [&form] {
         form.run_event("MSComm1_OnComm", [&form] { form.MSComm1_OnComm(); });
     };
