@@ -172,30 +172,39 @@ QStringList patient_check_lines(const PatientCheck& check) {
 }
 
 QString check_summary(const std::vector<PatientCheck>& checks) {
-    int load = 0, quarantine = 0, refused = 0, readable = 0, bad = 0;
+    int load = 0, quarantine = 0, refused = 0, unreadable = 0, histories = 0, readable = 0,
+        bad = 0;
     for (const PatientCheck& check : checks) {
         if (check.verdict == LoadVerdict::loads)
             ++load;
         else if (quarantined(check.verdict))
             ++quarantine;
+        else if (check.verdict == LoadVerdict::unreadable)
+            ++unreadable;
         else
             ++refused;
+        if (!check.history_fault.isEmpty()) ++histories;
         readable += check.curves_readable;
         bad += static_cast<int>(check.bad_curves.size());
     }
     return QStringLiteral(
-               "patients: %1 load, %2 would be quarantined, %3 refused; curves: %4 "
-               "readable, %5 not")
+               "patients: %1 load, %2 would be quarantined, %3 refused, %4 unreadable; session "
+               "histories: %5 unreadable; curves: %6 readable, %7 not")
         .arg(load)
         .arg(quarantine)
         .arg(refused)
+        .arg(unreadable)
+        .arg(histories)
         .arg(readable)
         .arg(bad);
 }
 
+// A history the session dialog can't read is as much a problem as a curve that won't load: a
+// service script that trusts the status must not pass it.
 bool all_load(const std::vector<PatientCheck>& checks) {
     return std::all_of(checks.begin(), checks.end(), [](const PatientCheck& check) {
-        return check.verdict == LoadVerdict::loads && check.bad_curves.empty();
+        return check.verdict == LoadVerdict::loads && check.bad_curves.empty() &&
+               check.history_fault.isEmpty();
     });
 }
 

@@ -56,9 +56,10 @@ std::vector<PatientCheck> check_patient_folders(const QString& data_directory,
 // The lines printed for one patient: its verdict with the sessions counted, then one line
 // for a history the dialog can't read and one for each curve that would not load.
 QStringList patient_check_lines(const PatientCheck& check);
-// "patients: N load, Q would be quarantined, R refused; curves: C readable, B not".
+// "patients: N load, Q would be quarantined, R refused, U unreadable; session histories: H
+// unreadable; curves: C readable, B not".
 QString check_summary(const std::vector<PatientCheck>& checks);
-// True when every patient loads and every curve reads.
+// True when every patient loads, every session history and every curve reads.
 bool all_load(const std::vector<PatientCheck>& checks);
 
 }  // namespace zel

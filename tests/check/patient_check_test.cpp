@@ -174,7 +174,8 @@ TEST(PatientCheck, names_each_verdict_and_leaves_every_file_as_it_was) {
         "  session.ini: no ID for session 3: Error opening session history file.",
         "  notes.dat: would not load: " + folder +
             "/notes.dat is not in the expected ZEL format. (515)",
-        "patients: 2 load, 3 would be quarantined, 4 refused; curves: 2 readable, 1 not",
+        "patients: 2 load, 3 would be quarantined, 3 refused, 1 unreadable; session histories: "
+        "1 unreadable; curves: 2 readable, 1 not",
     };
     EXPECT_EQ(run.out.split(u'\n', Qt::SkipEmptyParts), expected) << run.out.toStdString();
     EXPECT_TRUE(before == snapshot(root)) << "the check changed a file";
@@ -186,7 +187,20 @@ TEST(PatientCheck, names_each_verdict_and_leaves_every_file_as_it_was) {
     const ProgramRun clean = run_console({QStringLiteral("--check"), alone.path()});
     EXPECT_EQ(clean.status, 0);
     EXPECT_EQ(clean.out, QStringLiteral("Able_Ann_1: loads; sessions: 0\npatients: 1 load, 0 would "
-                                        "be quarantined, 0 refused; curves: 1 readable, 0 not\n"));
+                                        "be quarantined, 0 refused, 0 unreadable; session histories: "
+                                        "0 unreadable; curves: 1 readable, 0 not\n"));
+    // The same patient with a session history the dialog can't read fails the check.
+    write_sessions(alone.path(), good, 3);
+    const QString alone_history =
+        patient_folder(alone.path(), good.last_name, good.first_name, good.medical_id) +
+        QStringLiteral("/session.ini");
+    QFile sessions(alone_history);
+    ASSERT_TRUE(sessions.open(QIODevice::ReadOnly));
+    write_file(alone_history, sessions.readAll().replace("ID= 2", "XX= 2"));
+    const ProgramRun broken = run_console({QStringLiteral("--check"), alone.path()});
+    EXPECT_EQ(broken.status, 1) << broken.out.toStdString();
+    EXPECT_TRUE(broken.out.contains(QStringLiteral("session histories: 1 unreadable")))
+        << broken.out.toStdString();
 }
 
 // None of these may start a console or a simulator: without a display they would fail, with
