@@ -15,6 +15,7 @@
 #include "platform/qt_file_dialogs.h"
 #include "platform/qt_gating_library.h"
 #include "platform/qt_serial_port.h"
+#include "platform/qt_single_console.h"
 #include "platform/qt_system.h"
 #include "platform/qt_timer.h"
 #include "platform/scheduling.h"
@@ -55,10 +56,19 @@ int main(int argc, char** argv) {
     // zelmoor --review FILE...: the review window alone, on those curve files.
     if (line.mode == zel::CommandLine::Mode::review)
         return zel::run_review(app_data_path, line.files);
-    std::fprintf(stderr, "zelmoor: %s\n", qPrintable(zel::raise_scheduling_priority()));
-    zel::init_images();
     // The application folder is the installation's: it exists before the console first runs.
     QDir().mkpath(app_data_path);
+    zel::QtSingleConsole single_console(app_data_path);
+    if (!single_console.take()) {
+        const qint64 running = single_console.running_console();
+        const bool raised = single_console.raise_running_console();
+        std::fprintf(stderr, "zelmoor: a console is already running (process %lld)%s; this one ends\n",
+                     static_cast<long long>(running),
+                     raised ? ": its window was brought to the front" : "");
+        return 1;
+    }
+    std::fprintf(stderr, "zelmoor: %s\n", qPrintable(zel::raise_scheduling_priority()));
+    zel::init_images();
 
     zel::QtSerialPort serial(app_data_path);
     zel::QtTimerFactory timers;
@@ -118,6 +128,18 @@ int main(int argc, char** argv) {
     };
 
     zel::Form1View view(form, chart);
+    // A second start asks for the console: what stands on top (a dialog, or the main window)
+    // comes to the front.
+    single_console.on_raise_request = [&view] {
+        QWidget* top = QApplication::activeModalWidget();
+        if (!top && view.isVisible()) top = &view;
+        if (top) {
+            if (top->isMinimized()) top->showNormal();
+            top->raise();
+            top->activateWindow();
+        }
+        std::fprintf(stderr, "zelmoor: another start asked for the console: brought to the front\n");
+    };
     zel::QtWindows qt_windows(form, view);
     windows.target = &qt_windows;
     boxes.parent = &view;
