@@ -1,4 +1,5 @@
-// The built-in English message table. Row numbers are the keys; rows 101 to 355.
+// The built-in English message table. Row numbers are the keys; rows 101 to 355, then the
+// console's own from 357.
 // Blanks at the ends of a row belong to its text.
 #include "language/builtin_messages.h"
 
@@ -260,6 +261,11 @@ const BuiltinMessage builtin_messages[] = {
     {353, "Do you wish to discard all changes?"},
     {354, "Battery Fault."},
     {355, "The required Tarrow DLL file was not found. Unable to load automated gated patient. Please contact an Orvane service representative."},
+    // The serial port that the search can't open, and why: %1 is always the device.
+    {357, "The serial port %1 exists, but this user may not open it, so the module can't be found on it. To use it, add the user to the group that owns it (%2) and log in again."},
+    {358, "The serial port %1 exists, but only its owner (%2) may open it, so the module can't be found on it. An administrator must give the operators' group the right to read and write it (a udev rule)."},
+    {359, "The serial port %1 is held by a lock file that a program left when it ended: %2 (process %3 of the user %4). This user may not remove it, so the module can't be found on the port. An administrator must delete the lock file."},
+    {360, "The serial port %1 is in use by another program: %2 (process %3), so the module can't be found on it. End that program to use the port."},
 };
 
 const int builtin_message_count = sizeof(builtin_messages) / sizeof(builtin_messages[0]);

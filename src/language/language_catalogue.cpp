@@ -82,7 +82,9 @@ void load_language_catalogue(const QString& app_data_path, LanguageState& state,
             QFile file(path);
             open_for_input(file);
             const long long lines = count_message_lines(file);
-            if (crc_hex(crc) == stored && lines == number_of_definitions) {
+            // The seed's 255 messages, and those added since where the file has them.
+            if (crc_hex(crc) == stored && lines >= number_of_definitions &&
+                lines <= number_of_definitions + number_of_added_messages) {
                 state.language_name.push_back(found_names[static_cast<size_t>(k)]);
                 state.language_path.push_back(path);
                 state.accepted_language_count =
@@ -116,10 +118,14 @@ void read_language_file(const QString& path, QString& language_file) {
     try {
         QFile file(path);
         open_for_input(file);
-        const MessageRows rows = read_message_lines(file);
+        QStringList added;
+        const MessageRows rows = read_message_lines(file, &added);
         clear_messages();
         for (int slot = 0; slot < number_of_definitions; ++slot)
             set_message_slot(slot, rows[static_cast<size_t>(slot)]);
+        for (int k = 0; k < added.size(); ++k)
+            if (!added[k].isEmpty())
+                set_message_slot(first_added_message - LangOffset + k, added[k]);
     } catch (const ZelError&) {
         language_file = english;
         load_default_messages();

@@ -19,11 +19,13 @@ long long count_message_lines(QIODevice& file) {
     return count;
 }
 
-MessageRows read_message_lines(QIODevice& file) {
+MessageRows read_message_lines(QIODevice& file, QStringList* added) {
     TextReader reader(file);
     reader.input_field();
     MessageRows rows;
     for (QString& row : rows) row = reader.line_input();
+    while (added && added->size() < number_of_added_messages && !reader.at_end())
+        added->append(reader.line_input());
     return rows;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 // Language files (".lng"): a first field with the language's display name, then one line per
-// message from 101 to 355, taken whole. Beside each lies a companion (".sfv") whose first
+// message from 101 to 355, taken whole, and, if the file has them, one line for each message
+// added from 357 on. Beside each lies a companion (".sfv") whose first
 // field holds the file's checksum, alone or behind some text and a colon.
 #include <QIODevice>
 #include <QString>
@@ -19,8 +20,9 @@ QString read_display_name(QIODevice& file);
 long long count_message_lines(QIODevice& file);
 
 // The first 255 lines behind the first field, empty ones included. Fails with number 62 when
-// the file ends before.
-MessageRows read_message_lines(QIODevice& file);
+// the file ends before. `added`, if given, takes the lines behind them, at most one for each
+// added message.
+MessageRows read_message_lines(QIODevice& file, QStringList* added = nullptr);
 
 // The checksum text of a companion: its first field behind the first colon, untrimmed.
 QString read_companion_checksum(QIODevice& companion);

@@ -9,14 +9,16 @@ namespace zel {
 
 namespace {
 
-// Slots 0 to 254 hold messages 101 to 355; slot 255 stays empty.
-std::array<QString, number_of_definitions + 1>& catalogue_slots() {
-    static std::array<QString, number_of_definitions + 1> catalogue;
+constexpr int slot_count = number_of_definitions + 1 + number_of_added_messages;
+
+// Slots 0 to 254 hold messages 101 to 355; slot 255 stays empty; the added messages follow.
+std::array<QString, slot_count>& catalogue_slots() {
+    static std::array<QString, slot_count> catalogue;
     return catalogue;
 }
 
 void check_slot(int slot, int id) {
-    if (slot < 0 || slot > number_of_definitions)
+    if (slot < 0 || slot >= slot_count)
         throw ZelError(err_subscript, QStringLiteral("message_text"),
                        QStringLiteral("Subscript out of range: message %1").arg(id));
 }
@@ -36,6 +38,8 @@ QString builtin_message_text(int id) {
 
 void clear_messages() {
     for (auto& text : catalogue_slots()) text.clear();
+    for (int id = first_added_message; id < first_added_message + number_of_added_messages; ++id)
+        catalogue_slots()[static_cast<size_t>(id - LangOffset)] = builtin_message_text(id);
 }
 
 void load_default_messages() {

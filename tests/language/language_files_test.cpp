@@ -66,12 +66,14 @@ class LanguageFiles : public ::testing::Test {
     Rig rig;
 };
 
-TEST_F(LanguageFiles, accepts_only_a_file_with_its_checksum_and_255_message_lines) {
+TEST_F(LanguageFiles, accepts_only_a_file_with_its_checksum_and_255_message_lines_or_the_added) {
     const QByteArray plain = language("Deutsch");
     const QByteArray lettered = variant_with([](const QByteArray& h) { return h.contains('A'); });
     const QByteArray short_hex = variant_with([](const QByteArray& h) { return h.size() < 8; });
     const QByteArray gap = QByteArray(plain).replace("Nachricht 201", "\r\nNachricht 201");
-    const QByteArray blank = QByteArray(plain).replace("Nachricht 201", " \r\nNachricht 201");
+    // Every message line there may be, and one blank line more.
+    const QByteArray blank = language("Deutsch", 255 + number_of_added_messages)
+                                 .replace("Nachricht 201", " \r\nNachricht 201");
     struct Case {
         const char* name; QByteArray file;
         std::optional<QByteArray> companion;  // nullopt: none; a % stands for the file's checksum
@@ -80,7 +82,10 @@ TEST_F(LanguageFiles, accepts_only_a_file_with_its_checksum_and_255_message_line
     const Case cases[] = {
         {"255 lines", plain, "CRC:%\r\n", true},
         {"254 lines", language("Deutsch", 254), "CRC:%\r\n", false},
-        {"256 lines", language("Deutsch", 256), "CRC:%\r\n", false},
+        // Behind the 255, one line for each message added since, or fewer.
+        {"256 lines", language("Deutsch", 256), "CRC:%\r\n", true},
+        {"a line more than the added messages",
+         language("Deutsch", 256 + number_of_added_messages), "CRC:%\r\n", false},
         {"empty lines at the end", plain + "\r\n\r\n", "CRC:%\r\n", true},
         {"an empty line in the middle", gap, "CRC:%", true},
         {"a blank line is not empty", blank, "CRC:%", false},
@@ -133,6 +138,10 @@ TEST_F(LanguageFiles, lists_the_accepted_and_brings_the_chosen_in_force_whole_or
          {{"de.lng", language("Deutsch").replace("Nachricht 110", "\r\nNachricht 110")}},
          "Deutsch", "Deutsch", {"Deutsch"},
          {{109, "Nachricht 109"}, {110, ""}, {111, "Nachricht 110"}, {355, "Nachricht 354"}}},
+        {"an added message from the file that has it, the others in English",
+         {{"de.lng", language("Deutsch", 256)}}, "Deutsch", "Deutsch", {"Deutsch"},
+         {{355, "Nachricht 355"}, {first_added_message, "Nachricht 356"},
+          {first_added_message + 1, builtin_message_text(first_added_message + 1)}}},
         {"of two files with one name the later prevails",
          {{"a.lng", language("Deutsch", 255, "Erste")},
           {"b.lng", language("Deutsch", 255, "Zweite")}},

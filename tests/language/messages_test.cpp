@@ -36,7 +36,9 @@ TEST(MessageCatalogue, every_row_from_101_to_355_is_filled_and_356_is_empty_afte
     EXPECT_EQ(message_text(110), QStringLiteral("Exit"));
     EXPECT_TRUE(message_text(356).isEmpty());
     EXPECT_THROW(message_text(100), ZelError);
-    EXPECT_THROW(message_text(357), ZelError);
+    for (int id = first_added_message; id < first_added_message + number_of_added_messages; ++id)
+        EXPECT_FALSE(message_text(id).isEmpty()) << id;
+    EXPECT_THROW(message_text(first_added_message + number_of_added_messages), ZelError);
 }
 
 }  // namespace
