@@ -76,10 +76,22 @@ TEST(CurveLoading, at_most_five_curves_and_a_refused_choice_changes_nothing) {
     }
 }
 
+// Each element's look and points, to hold one chart against another.
+using Drawn = std::tuple<Rgb, int, int, bool, std::vector<double>, std::vector<double>>;
+std::vector<Drawn> drawing(const ReviewChart& chart) {
+    std::vector<Drawn> result;
+    for (int k = 1; k <= chart.element_count(); ++k) {
+        const ChartElement& e = *chart.element(k);
+        result.push_back({e.color, e.line_type, e.width, e.show, e.x, e.y});
+    }
+    return result;
+}
+
 TEST(CurveLoading, a_bad_file_stops_the_import_there_with_one_message) {
     // How each kind of bad file fails is the reader's; here a bad file in the reading, one
     // that is gone, and a curve whose look changes at every sample, which runs out of element
-    // numbers: each stops the import quickly, with the same message.
+    // numbers: each stops the import quickly, with the same message, and the curve before it
+    // stands on the chart as it would alone (the rollback once took its last run with it).
     const QByteArray alternating = QByteArray("10").repeated(20000);
     struct Case { const char* name; QByteArray text; };
     const Case cases[] = {
@@ -104,6 +116,10 @@ TEST(CurveLoading, a_bad_file_stops_the_import_there_with_one_message) {
                              rig.window.curve_time.size(), rig.window.PatientList.items.size(),
                              rig.window.mnuClearPlot.Enabled),
                   std::tuple(std::vector{good}, int16_t(1), size_t(1), size_t(1), true));
+        EXPECT_EQ(rig.window.element_total, rig.window.NTGraph1.element_count());
+        const std::vector<Drawn> kept = drawing(rig.window.NTGraph1);
+        rig.open_on({good});
+        EXPECT_TRUE(drawing(rig.window.NTGraph1) == kept);
     }
 }
 
