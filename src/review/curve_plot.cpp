@@ -235,6 +235,8 @@ void PatientCurves::clear_measurement() {
 }
 
 void PatientCurves::NTGraph1_CursorPosition(double x, double y) {
+    // Whatever the chart reports, the read-out stays where the operator's gestures can reach.
+    NTGraph1.keep_in_bounds(x, y);
     const QChar separator = platform.locale.decimal_separator();
     XYInfo2.Caption = number_text(round_to_places(x, 3), separator) + QLatin1Char('\n') +
                       TimeString(round_to_int32(x)) + QStringLiteral("  ") + message_text(256);

@@ -214,6 +214,86 @@ TEST(Measurement, a_drag_leaves_three_elements_until_something_takes_them_away) 
     }
 }
 
+// Right clicks once doubled the range without end: after about 25 of them the cursor's time
+// no longer fitted its 32 bits, and the read-out ended the program.
+TEST(ChartGestures, zoom_out_and_pans_stop_at_bounds_where_every_cursor_value_reads) {
+    struct Case {
+        const char* what;
+        void (*home)(PatientCurves&);  // the range the chart opens on
+        ChartRange bounds;
+    };
+    const Case cases[] = {
+        // 0 to 20 s and -1.5 to 1.5 L, a hundred times each.
+        {"the curve", [](PatientCurves&) {}, {-990, 1010, -150, 150}},
+        // The range kept for no curve shown reaches the end of 32 bits: no further out there.
+        {"none shown",
+         [](PatientCurves& w) { w.PatientList_ItemCheck(1, false); },
+         {-2147483647, 1e6, -2147483647.3, 2147483647.3}},
+        {"eight hours",
+         [](PatientCurves& w) { w.NTGraph1.SetRange(0, 28800, -3, 3); },
+         {-1e6, 1e6, -300, 300}},
+        // Times a file gave beyond the reach stay in view.
+        {"beyond",
+         [](PatientCurves& w) { w.NTGraph1.SetRange(1.5e6, 2e6, -1, 1); },
+         {-1e6, 2e6, -100, 100}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ReviewRig rig;
+        rig.open_on({rig.write_curve(QStringLiteral("c.dat"), breathing_with_holds(1))});
+        PatientCurves& w = rig.window;
+        ReviewChart& chart = w.NTGraph1;
+        c.home(w);
+        EXPECT_EQ(chart.gesture_bounds(), c.bounds);
+        // The cursor across the range shown and beyond its edges, as a wide plot would report.
+        auto sweep = [&] {
+            const ChartRange v = chart.view_range();
+            for (int k = -10; k <= 110; ++k) {
+                const double x = v.x_min + (v.x_max - v.x_min) * k / 100;
+                const double y = v.y_max - (v.y_max - v.y_min) * k / 100;
+                EXPECT_NO_THROW(w.NTGraph1_CursorPosition(x, y)) << k;
+            }
+            EXPECT_NO_THROW(w.NTGraph1_CursorPosition(1e300, std::nan("")));
+        };
+        for (int click = 0; click < 60; ++click) {
+            const ChartRange v = chart.view_range();
+            chart.zoom_out_at(v.x_min + (v.x_max - v.x_min) * 0.3,
+                              v.y_min + (v.y_max - v.y_min) * 0.8);
+        }
+        EXPECT_EQ(chart.view_range(), c.bounds);
+        sweep();
+        if (c.what == std::string("the curve")) {
+            EXPECT_EQ(std::pair(w.XYInfo2.Caption, w.XYInfo3.Caption),
+                      std::pair(QString("1010\n0:16.50  h:m:s"), QString("-150")));
+        }
+        // The end of a range that a drag by d went towards.
+        auto edge = [](int d, double low, double high) { return d > 0 ? high : d < 0 ? low : 0; };
+        // Long drags each way along both axes from the range the chart opened on: the range
+        // keeps its size and stops at the edge.
+        for (const auto& [dx, dy] : {std::pair(1, 0), std::pair(-1, 0), std::pair(0, 1),
+                                     std::pair(0, -1), std::pair(1, 1), std::pair(-1, -1)}) {
+            chart.reset_view();
+            const ChartRange home = chart.view_range();
+            const double w_x = std::abs(home.x_max - home.x_min), w_y = home.y_max - home.y_min;
+            for (int step = 0; step < 500; ++step) {
+                const ChartRange v = chart.view_range();
+                chart.gesture_range({v.x_min + dx * w_x * 0.7, v.x_max + dx * w_x * 0.7,
+                                     v.y_min + dy * w_y * 0.7, v.y_max + dy * w_y * 0.7});
+            }
+            const ChartRange v = chart.view_range();
+            EXPECT_NEAR(v.x_max - v.x_min, w_x, 1e-6 * w_x);
+            EXPECT_NEAR(v.y_max - v.y_min, w_y, 1e-6 * w_y);
+            EXPECT_TRUE(v.x_min >= c.bounds.x_min && v.x_max <= c.bounds.x_max &&
+                        v.y_min >= c.bounds.y_min && v.y_max <= c.bounds.y_max);
+            EXPECT_EQ(std::pair(edge(dx, v.x_min, v.x_max), edge(dy, v.y_min, v.y_max)),
+                      std::pair(edge(dx, c.bounds.x_min, c.bounds.x_max),
+                                edge(dy, c.bounds.y_min, c.bounds.y_max)));
+            sweep();
+        }
+        EXPECT_TRUE(rig.boxes.shown.isEmpty());
+    }
+}
+
 // The volume range covers the shown curves symmetrically about zero, with 0.3 L of room.
 TEST(Alignment, offers_the_holds_every_shown_curve_has_and_apply_puts_the_chosen_one_at_zero) {
     ReviewRig rig;
