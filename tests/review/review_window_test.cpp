@@ -2,7 +2,10 @@
 // the measurement, lining curves up on a common breath hold and exporting slices of them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <QDir>
 #include <QFile>
 #include <chrono>
 
@@ -396,6 +399,72 @@ TEST(CurveExport, times_are_asked_until_they_fit_the_slice_is_written_and_a_canc
         EXPECT_EQ(lines.mid(lines.size() - 2),
                   (QStringList{" 12.34         1.234         4             1 ", ""}));
         EXPECT_FALSE(QFile::permissions(rig.folder.filePath("slice.dat")) & QFile::WriteOwner);
+    }
+}
+
+// The export is renamed over the file it replaces: over the session's curve file the recording
+// went on into a file no longer on disk, and the rest of the session was lost.
+TEST(CurveExport, never_replaces_a_curve_shown_or_being_recorded_under_any_name) {
+    struct Case {
+        const char* what;
+        QString (*target)(ExportRig&);
+    };
+    const Case cases[] = {
+        {"the curve exported", [](ExportRig& r) { return r.folder.filePath("Doe_1.dat"); }},
+        {"the other curve shown", [](ExportRig& r) { return r.folder.filePath("Roe_2.dat"); }},
+        {"a hard link to it",
+         [](ExportRig& r) {
+             const QString link = r.folder.filePath("hard.dat");
+             ::link(QFile::encodeName(r.folder.filePath("Doe_1.dat")), QFile::encodeName(link));
+             return link;
+         }},
+        {"a symbolic link to it",
+         [](ExportRig& r) {
+             QFile::link(r.folder.filePath("Doe_1.dat"), r.folder.filePath("soft.dat"));
+             return r.folder.filePath("soft.dat");
+         }},
+        {"its folder by a link",
+         [](ExportRig& r) {
+             QFile::link(r.folder.path(), r.folder.filePath("linked"));
+             return r.folder.filePath("linked/Roe_2.dat");
+         }},
+        {"the recording", [](ExportRig& r) { return r.folder.filePath("Doe_3.dat"); }},
+        {"a hard link to the recording",
+         [](ExportRig& r) {
+             const QString link = r.folder.filePath("rec.dat");
+             ::link(QFile::encodeName(r.folder.filePath("Doe_3.dat")), QFile::encodeName(link));
+             return link;
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ExportRig rig;
+        const QString recording = rig.write_curve("Doe_3.dat", breathing_with_holds(1));
+        rig.window.files_being_written = [recording] { return QStringList{recording}; };
+        const QString target = c.target(rig);
+        // Each file as it stands: its inode and its bytes.
+        auto files = [&] {
+            std::vector<std::pair<ino_t, QByteArray>> result;
+            for (const char* name : {"Doe_1.dat", "Roe_2.dat", "Doe_3.dat"}) {
+                QFile file(rig.folder.filePath(name));
+                struct stat found {};
+                ::stat(QFile::encodeName(file.fileName()), &found);
+                file.open(QIODevice::ReadOnly);
+                result.push_back({found.st_ino, file.readAll()});
+            }
+            return result;
+        };
+        const auto before = files();
+        rig.dialogs.save_as(target);  // refused; then the name that export_to gives
+        const QStringList lines = rig.export_to("fresh.dat", {"1", "2"});
+        EXPECT_TRUE(files() == before);
+        EXPECT_EQ(std::pair(rig.boxes.shown, rig.boxes.styles),
+                  std::pair(QStringList{target + " is a curve file shown in this window or being "
+                                                 "recorded, and an export can't replace it. Please "
+                                                 "choose another file name."},
+                            std::vector<int>{vbExclamation}));
+        // Asked again, the export goes to the new name: rows 50 to 100.
+        EXPECT_EQ(lines.size(), 6 + 51 + 1);
     }
 }
 
