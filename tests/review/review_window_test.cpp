@@ -206,7 +206,9 @@ TEST(Measurement, a_drag_leaves_three_elements_until_something_takes_them_away) 
 // Right clicks once doubled the range without end: after about 25 of them the cursor's time
 // no longer fitted its 32 bits, and the read-out ended the program.
 TEST(ChartGestures, zoom_out_and_pans_stop_at_bounds_where_every_cursor_value_reads) {
-    struct Case { ChartRange home, bounds; };
+    struct Case {
+        ChartRange home, bounds;
+    };
     const Case cases[] = {
         {{0, 20, -1.5, 1.5}, {-990, 1010, -150, 150}},  // a hundred times each way
         // The range kept for no curve shown reaches the end of 32 bits: no further out there.
@@ -366,7 +368,11 @@ TEST(CurveExport, times_are_asked_until_they_fit_the_slice_is_written_and_a_canc
 // went on into a file no longer on disk, and the rest of the session was lost.
 TEST(CurveExport, never_replaces_a_curve_shown_or_being_recorded_under_any_name) {
     // The target, and the file it is a hard (or else a symbolic) link to.
-    struct Case { const char* target; const char* to; bool hard; };
+    struct Case {
+        const char* target;
+        const char* to;
+        bool hard;
+    };
     const Case cases[] = {{"Doe_1.dat", nullptr, false},    {"hard.dat", "Doe_1.dat", true},
                           {"soft.dat", "Doe_1.dat", false}, {"Roe_2.dat", nullptr, false},
                           {"Doe_3.dat", nullptr, false},    {"rec.dat", "Doe_3.dat", true}};
@@ -394,9 +400,10 @@ TEST(CurveExport, never_replaces_a_curve_shown_or_being_recorded_under_any_name)
         const QStringList lines = rig.export_to("fresh.dat", {"1", "2"});
         EXPECT_EQ(contents(), before);
         EXPECT_EQ(rig.boxes.styles, std::vector<int>{vbExclamation});
-        EXPECT_EQ(rig.boxes.shown, QStringList{target + " is a curve file shown in this window or "
-                                               "being recorded, and an export can't replace it. "
-                                               "Please choose another file name."});
+        EXPECT_EQ(rig.boxes.shown,
+                  QStringList{target + " is a curve file shown in this window or "
+                                       "being recorded, and an export can't replace it. "
+                                       "Please choose another file name."});
         EXPECT_EQ(lines.size(), 6 + 51 + 1);  // rows 50 to 100 under the new name
     }
 }
