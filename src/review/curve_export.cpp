@@ -1,4 +1,6 @@
 // Writing a time slice of each shown curve to a file of its own.
+#include <sys/stat.h>
+
 #include <QFile>
 
 #include "app/helpers.h"
@@ -56,7 +58,39 @@ private:
     qsizetype p = 0;
 };
 
+// The file a path names, followed through symbolic links.
+bool file_at(const QString& path, struct stat& found) {
+    return ::stat(QFile::encodeName(path).constData(), &found) == 0;
+}
+
+// Two names of one file, a hard link or a path through a linked folder among them, share the
+// device and the inode.
+bool same_file(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// Not in the message catalogue. The export is renamed over the file it replaces: over a curve
+// being recorded, the recording would go on into a file no longer on disk.
+QString curve_in_use_text(const QString& path) {
+    return QStringLiteral(
+               "%1 is a curve file shown in this window or being recorded, and an export can't "
+               "replace it. Please choose another file name.")
+        .arg(path);
+}
+
 }  // namespace
+
+bool PatientCurves::is_curve_in_use(const QString& path) const {
+    struct stat target {};
+    if (!file_at(path, target)) return false;
+    QStringList in_use(curve_paths.begin(), curve_paths.end());
+    if (files_being_written) in_use += files_being_written();
+    for (const QString& other : in_use) {
+        struct stat found {};
+        if (file_at(other, found) && same_file(found, target)) return true;
+    }
+    return false;
+}
 
 bool PatientCurves::ask_export_time(const QString& prompt, double limit, const double* start,
                                     double& value) {
@@ -95,10 +129,15 @@ void PatientCurves::mnuExport_Click() {
                 cancelled();
             if (!ask_export_time(message_text(172) + name + QLatin1Char(' '), limit, &start, end))
                 cancelled();
-            const QString path = platform.dialogs.save_file(
-                message_text(174) + name, QStringLiteral("*.dat"),
-                message_text(105) + QStringLiteral(" (*.dat)|*.dat"));
-            if (path.isEmpty()) cancelled();
+            QString path;
+            for (;;) {
+                path = platform.dialogs.save_file(
+                    message_text(174) + name, QStringLiteral("*.dat"),
+                    message_text(105) + QStringLiteral(" (*.dat)|*.dat"));
+                if (path.isEmpty()) cancelled();
+                if (!is_curve_in_use(path)) break;
+                platform.boxes.MsgBox(curve_in_use_text(path), vbExclamation);
+            }
             export_curve(static_cast<int16_t>(k), start, end, path);
         }
     } catch (const ZelError&) {

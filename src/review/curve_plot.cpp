@@ -43,17 +43,19 @@ void PatientCurves::plot_curve(int c) {
     try {
         info.first_element = elem;
         info.breath_hold_times.clear();
+        // The number is taken before the element is added, so that the chart holds exactly
+        // the elements counted when the numbers run out.
+        elem = next_element(elem);
         NTGraph1.AddElement();
         NTGraph1.ElementLineColor(curve_colors[c]);
         NTGraph1.ElementLinetype(0);
         NTGraph1.ElementWidth(3);
-        elem = next_element(elem);
         const int16_t threshold_element = elem;
+        elem = next_element(elem);
         NTGraph1.AddElement();
         NTGraph1.ElementLineColor(black);
         NTGraph1.ElementLinetype(0);
         NTGraph1.ElementWidth(3);
-        elem = next_element(elem);
         const int16_t zero_element = elem;
 
         const std::vector<double>& time = curve_time[c];
@@ -89,9 +91,9 @@ void PatientCurves::plot_curve(int c) {
             if (state != last_state) {
                 const double x = info.time_shift + t;
                 if (elem != zero_element && elem != threshold_element) NTGraph1.PlotXY(x, v, elem);
+                elem = next_element(elem);
                 NTGraph1.AddElement();
                 NTGraph1.ElementLineColor(curve_colors[c]);
-                elem = next_element(elem);
                 switch (state) {
                     case 0:
                         if (last_state == 1) info.breath_hold_times.push_back(t);
@@ -123,8 +125,9 @@ void PatientCurves::plot_curve(int c) {
         info.min_volume = lowest;
         element_total = elem;
     } catch (const ZelError&) {
-        // Kept as it always was: the numbers one below those just added.
-        for (int k = element_total; k <= elem - 1; ++k) NTGraph1.DeleteElement(static_cast<int16_t>(k));
+        // Exactly the elements this call added, the last first: the curves before this one
+        // stay on the chart whole.
+        for (int k = elem; k > element_total; --k) NTGraph1.DeleteElement(static_cast<int16_t>(k));
         throw;
     }
 }
@@ -232,6 +235,8 @@ void PatientCurves::clear_measurement() {
 }
 
 void PatientCurves::NTGraph1_CursorPosition(double x, double y) {
+    // Whatever the chart reports, the read-out stays where the operator's gestures can reach.
+    NTGraph1.keep_in_bounds(x, y);
     const QChar separator = platform.locale.decimal_separator();
     XYInfo2.Caption = number_text(round_to_places(x, 3), separator) + QLatin1Char('\n') +
                       TimeString(round_to_int32(x)) + QStringLiteral("  ") + message_text(256);

@@ -1,11 +1,13 @@
 #pragma once
 // The review window: up to five recorded curves read from disk, drawn together, lined up on a
 // common breath hold and exported in slices. It touches no live state of the console but the
-// patient folder it opens its file dialog in.
+// patient folder it opens its file dialog in and the name of the curve file being recorded,
+// which an export never replaces.
 #include <QString>
 #include <QStringList>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <future>
 #include <vector>
 
@@ -57,6 +59,10 @@ public:
 
     ReviewPlatform platform;
     QString data_directory;  // where the file dialog opens
+    // The curve files the console is writing while this window is open: the session's, being
+    // recorded or paused. Asked at each export, which never replaces one of them or a curve
+    // of this window; unset where the review runs alone.
+    std::function<QStringList()> files_being_written;
 
     // Loaded curves, by curve number.
     std::vector<QString> curve_paths;
@@ -164,6 +170,8 @@ private:
                                 double y2);
     // One time of the export dialogue, asked until accepted; false when cancelled.
     bool ask_export_time(const QString& prompt, double limit, const double* start, double& value);
+    // The file at `path` is, under whatever name, a curve of this window or one being written.
+    bool is_curve_in_use(const QString& path) const;
 };
 
 // The line state of a sample: 0 breath hold, 1 free breathing, 2 switch off.

@@ -50,6 +50,24 @@ public:
     void ElementWidth(int16_t width);
     void ElementShow(bool shown);
 
+    // The range shown now: the one SetRange gave, then as the operator's zoom and pan leave it.
+    // Every gesture stays within gesture_bounds(), so that each value the cursor reads there
+    // converts without overflow however often the operator zooms out or pans.
+    const ChartRange& view_range() const { return shown_view; }
+    // Around the range SetRange gave, which it always holds: a hundred times its width and
+    // height (at least a second and a litre), and no further than a million either way.
+    ChartRange gesture_bounds() const;
+    // A range that a zoom rectangle or a drag asks for, taken no wider than the bounds and
+    // moved within them, so that a pan stops at their edge. A range that is no number leaves
+    // the view as it was.
+    void gesture_range(const ChartRange& wanted);
+    // The right click in zoom mode: twice the width and height about the point, within bounds.
+    void zoom_out_at(double x, double y);
+    // Back to the range SetRange gave.
+    void reset_view();
+    // The point brought within the bounds, as the cursor reports it.
+    void keep_in_bounds(double& x, double& y) const;
+
     // The press point in thousandths of an axis unit, and 1 while the left button is held in
     // measure mode. The view keeps these current before it reports the cursor.
     void GetTrackInfo(double& press_x, double& press_y, double& state) const;
@@ -64,9 +82,10 @@ public:
     const ChartElement* element(int number) const;
     const ChartRange& range() const { return shown_range; }
     // Changes each time an element, the range or a property changes, so that a view redraws
-    // only what changed: `range_revision` alone moves when SetRange was called.
+    // only what changed; `view_revision` moves each time the range shown changes, and alone
+    // for a gesture.
     uint64_t revision = 0;
-    uint64_t range_revision = 0;
+    uint64_t view_revision = 0;
     double track_press_x = 0, track_press_y = 0;  // thousandths of an axis unit
     int track_state = 0;
 
@@ -74,6 +93,8 @@ private:
     std::vector<std::unique_ptr<ChartElement>> list;
     int current = 0;
     ChartRange shown_range;
+    ChartRange shown_view;
+    void set_view(const ChartRange& range);
     ChartElement* current_element();
 };
 

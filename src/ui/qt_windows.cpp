@@ -99,6 +99,10 @@ void QtWindows::show_modeless(Window window) {
                                                form.run_event(source, f);
                                            });
         review = view;
+        // The session's curve file, recorded or paused, is never the target of an export.
+        view->model().files_being_written = [this] {
+            return form.record_file_created ? QStringList{form.record_filename} : QStringList();
+        };
         view->setAttribute(Qt::WA_DeleteOnClose);
         view->load();
     }

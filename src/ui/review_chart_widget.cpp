@@ -317,7 +317,7 @@ ReviewChartWidget::ReviewChartWidget(ReviewChart& model_, QWidget* parent)
 void ReviewChartWidget::sync() {
     apply_track_mode();
     bool changed = !synced || model.revision != synced_revision;
-    if (!synced || model.range_revision != synced_range_revision) {
+    if (!synced || model.view_revision != synced_view_revision) {
         show_model_range();
         changed = true;
     }
@@ -333,17 +333,27 @@ void ReviewChartWidget::sync() {
     }
     synced = true;
     synced_revision = model.revision;
-    synced_range_revision = model.range_revision;
     if (changed) replot();
 }
 
 void ReviewChartWidget::show_model_range() {
-    const ChartRange& r = model.range();
+    const ChartRange& r = model.view_range();
     xAxis->setRange(r.x_min, r.x_max);
     yAxis->setRange(r.y_min, r.y_max);
+    synced_view_revision = model.view_revision;
+}
+
+void ReviewChartWidget::take_gesture() {
+    const QCPRange x = xAxis->range(), y = yAxis->range();
+    const ChartRange& v = model.view_range();
+    if (x.lower == v.x_min && x.upper == v.x_max && y.lower == v.y_min && y.upper == v.y_max)
+        return;
+    model.gesture_range(ChartRange{x.lower, x.upper, y.lower, y.upper});
+    show_model_range();
 }
 
 void ReviewChartWidget::reset_zoom() {
+    model.reset_view();
     show_model_range();
     replot();
 }
@@ -373,8 +383,8 @@ void ReviewChartWidget::mousePressEvent(QMouseEvent* event) {
     if (applied_mode == track_zoom && event->button() != Qt::LeftButton) {
         // Only the left button draws the zoom rectangle; the right one steps back out.
         if (event->button() == Qt::RightButton && over_plot(pos)) {
-            xAxis->scaleRange(2.0, xAxis->pixelToCoord(pos.x()));
-            yAxis->scaleRange(2.0, yAxis->pixelToCoord(pos.y()));
+            model.zoom_out_at(xAxis->pixelToCoord(pos.x()), yAxis->pixelToCoord(pos.y()));
+            show_model_range();
             replot();
         }
         event->accept();
@@ -392,7 +402,13 @@ void ReviewChartWidget::mousePressEvent(QMouseEvent* event) {
 
 void ReviewChartWidget::mouseMoveEvent(QMouseEvent* event) {
     QCustomPlot::mouseMoveEvent(event);
+    take_gesture();
     if (over_plot(event->position())) report(event->position());
+}
+
+void ReviewChartWidget::wheelEvent(QWheelEvent* event) {
+    QCustomPlot::wheelEvent(event);
+    take_gesture();
 }
 
 void ReviewChartWidget::mouseReleaseEvent(QMouseEvent* event) {
@@ -401,6 +417,7 @@ void ReviewChartWidget::mouseReleaseEvent(QMouseEvent* event) {
         return;
     }
     QCustomPlot::mouseReleaseEvent(event);
+    take_gesture();
     if (measuring && event->button() == Qt::LeftButton) {
         measuring = false;
         model.track_state = 0;

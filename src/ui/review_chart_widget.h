@@ -28,15 +28,19 @@ class ReviewChartWidget final : public QCustomPlot {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
   private:
     ReviewChart& model;
     bool synced = false;
-    uint64_t synced_revision = 0, synced_range_revision = 0;
+    uint64_t synced_revision = 0, synced_view_revision = 0;
     int32_t applied_mode = 0;
     bool measuring = false;
 
     void show_model_range();
+    // The range that the plot's own drag or zoom rectangle left on the axes goes to the model,
+    // which keeps it within bounds, and the axes take the model's.
+    void take_gesture();
     void apply_track_mode();
     bool over_plot(QPointF pos) const;
     void report(QPointF pos);

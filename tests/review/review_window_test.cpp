@@ -2,6 +2,7 @@
 // the measurement, lining curves up on a common breath hold and exporting slices of them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QFile>
 #include <chrono>
@@ -76,10 +77,25 @@ TEST(CurveLoading, at_most_five_curves_and_a_refused_choice_changes_nothing) {
     }
 }
 
+// The look of an element: colour, line type, width, its number of points and the volume of its
+// first point.
+using Look = std::tuple<Rgb, int, int, size_t, double>;
+constexpr Rgb red{255, 0, 0}, black{0, 0, 0};
+
+std::vector<Look> looks(const ReviewChart& chart) {
+    std::vector<Look> result;
+    for (int k = 1; k <= chart.element_count(); ++k) {
+        const ChartElement& e = *chart.element(k);
+        result.push_back({e.color, e.line_type, e.width, e.x.size(), e.y.at(0)});
+    }
+    return result;
+}
+
 TEST(CurveLoading, a_bad_file_stops_the_import_there_with_one_message) {
     // How each kind of bad file fails is the reader's; here a bad file in the reading, one
     // that is gone, and a curve whose look changes at every sample, which runs out of element
-    // numbers: each stops the import quickly, with the same message.
+    // numbers: each stops the import quickly, with the same message, and the curve before it
+    // stands on the chart as it would alone (the rollback once took its last run with it).
     const QByteArray alternating = QByteArray("10").repeated(20000);
     struct Case { const char* name; QByteArray text; };
     const Case cases[] = {
@@ -104,21 +120,10 @@ TEST(CurveLoading, a_bad_file_stops_the_import_there_with_one_message) {
                              rig.window.curve_time.size(), rig.window.PatientList.items.size(),
                              rig.window.mnuClearPlot.Enabled),
                   std::tuple(std::vector{good}, int16_t(1), size_t(1), size_t(1), true));
+        const std::vector<Look> kept = looks(rig.window.NTGraph1);
+        rig.open_on({good});
+        EXPECT_EQ(looks(rig.window.NTGraph1), kept);
     }
-}
-
-// The look of an element: colour, line type, width, its number of points and the volume of its
-// first point.
-using Look = std::tuple<Rgb, int, int, size_t, double>;
-constexpr Rgb red{255, 0, 0}, black{0, 0, 0};
-
-std::vector<Look> looks(const ReviewChart& chart) {
-    std::vector<Look> result;
-    for (int k = 1; k <= chart.element_count(); ++k) {
-        const ChartElement& e = *chart.element(k);
-        result.push_back({e.color, e.line_type, e.width, e.x.size(), e.y.at(0)});
-    }
-    return result;
 }
 
 // The threshold line, the zero line, then the runs; each run is drawn with the volume of the
@@ -195,6 +200,62 @@ TEST(Measurement, a_drag_leaves_three_elements_until_something_takes_them_away) 
         EXPECT_EQ(std::tuple(w.measure_present, w.element_total, w.NTGraph1.element_count(),
                              w.XYInfo.Caption),
                   std::tuple(false, int16_t(c.elements), c.elements, QString(c.reading)));
+    }
+}
+
+// Right clicks once doubled the range without end: after about 25 of them the cursor's time
+// no longer fitted its 32 bits, and the read-out ended the program.
+TEST(ChartGestures, zoom_out_and_pans_stop_at_bounds_where_every_cursor_value_reads) {
+    struct Case {
+        ChartRange home, bounds;
+    };
+    const Case cases[] = {
+        {{0, 20, -1.5, 1.5}, {-990, 1010, -150, 150}},  // a hundred times each way
+        // The range kept for no curve shown reaches the end of 32 bits: no further out there.
+        {{1, -2147483647, -2147483647.3, 2147483647.3},
+         {-2147483647, 1e6, -2147483647.3, 2147483647.3}},
+        {{0, 28800, -3, 3}, {-1e6, 1e6, -300, 300}},    // eight hours: no further than 10^6 s
+        {{1.5e6, 2e6, -1, 1}, {-1e6, 2e6, -100, 100}},  // a file's times beyond stay in reach
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.home.x_max);
+        ReviewRig rig;
+        rig.open_on({rig.write_curve(QStringLiteral("c.dat"), breathing_with_holds(1))});
+        ReviewChart& chart = rig.window.NTGraph1;
+        chart.SetRange(c.home.x_min, c.home.x_max, c.home.y_min, c.home.y_max);
+        // The cursor across the range shown and beyond its edges; each read-out goes through.
+        auto sweep = [&] {
+            const ChartRange v = chart.view_range();
+            for (int k = -10; k <= 110; ++k) {
+                EXPECT_NO_THROW(
+                    rig.window.NTGraph1_CursorPosition(v.x_min + (v.x_max - v.x_min) * k / 100,
+                                                       v.y_max - (v.y_max - v.y_min) * k / 100));
+            }
+        };
+        for (int click = 0; click < 60; ++click) {
+            const ChartRange v = chart.view_range();
+            chart.zoom_out_at(v.x_min * 0.7 + v.x_max * 0.3, v.y_min * 0.2 + v.y_max * 0.8);
+        }
+        EXPECT_EQ(chart.view_range(), c.bounds);
+        sweep();
+        // Long drags both ways along both axes: the range keeps its size and stops at the edge.
+        for (const double d : {1.0, -1.0}) {
+            chart.reset_view();
+            const ChartRange home = chart.view_range();
+            const double w = std::abs(home.x_max - home.x_min), h = home.y_max - home.y_min;
+            for (int step = 0; step < 500; ++step) {
+                const ChartRange v = chart.view_range();
+                chart.gesture_range(
+                    {v.x_min + d * w, v.x_max + d * w, v.y_min + d * h, v.y_max + d * h});
+            }
+            const ChartRange v = chart.view_range();
+            const ChartRange& b = c.bounds;
+            EXPECT_EQ(d > 0 ? std::pair(v.x_max, v.y_max) : std::pair(v.x_min, v.y_min),
+                      d > 0 ? std::pair(b.x_max, b.y_max) : std::pair(b.x_min, b.y_min));
+            EXPECT_NEAR(v.x_max - v.x_min, w, 1e-6 * w);
+            EXPECT_NEAR(v.y_max - v.y_min, h, 1e-6 * h);
+            sweep();
+        }
     }
 }
 
@@ -300,6 +361,50 @@ TEST(CurveExport, times_are_asked_until_they_fit_the_slice_is_written_and_a_canc
         EXPECT_EQ(lines.mid(lines.size() - 2),
                   (QStringList{" 12.34         1.234         4             1 ", ""}));
         EXPECT_FALSE(QFile::permissions(rig.folder.filePath("slice.dat")) & QFile::WriteOwner);
+    }
+}
+
+// The export is renamed over the file it replaces: over the session's curve file the recording
+// went on into a file no longer on disk, and the rest of the session was lost.
+TEST(CurveExport, never_replaces_a_curve_shown_or_being_recorded_under_any_name) {
+    // The target, and the file it is a hard (or else a symbolic) link to.
+    struct Case {
+        const char* target;
+        const char* to;
+        bool hard;
+    };
+    const Case cases[] = {{"Doe_1.dat", nullptr, false},    {"hard.dat", "Doe_1.dat", true},
+                          {"soft.dat", "Doe_1.dat", false}, {"Roe_2.dat", nullptr, false},
+                          {"Doe_3.dat", nullptr, false},    {"rec.dat", "Doe_3.dat", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.target);
+        ExportRig rig;
+        const QString recording = rig.write_curve("Doe_3.dat", breathing_with_holds(1));
+        rig.window.files_being_written = [recording] { return QStringList{recording}; };
+        const QString target = rig.folder.filePath(c.target);
+        if (c.to) {
+            const QByteArray to = QFile::encodeName(rig.folder.filePath(c.to));
+            const QByteArray name = QFile::encodeName(target);
+            ASSERT_EQ(c.hard ? ::link(to, name) : ::symlink(to, name), 0);
+        }
+        auto contents = [&rig] {
+            QByteArrayList result;
+            for (const char* name : {"Doe_1.dat", "Roe_2.dat", "Doe_3.dat"}) {
+                QFile file(rig.folder.filePath(name));
+                result.append(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
+            }
+            return result;
+        };
+        const QByteArrayList before = contents();
+        rig.dialogs.save_as(target);  // refused; then the name that export_to gives
+        const QStringList lines = rig.export_to("fresh.dat", {"1", "2"});
+        EXPECT_EQ(contents(), before);
+        EXPECT_EQ(rig.boxes.styles, std::vector<int>{vbExclamation});
+        EXPECT_EQ(rig.boxes.shown,
+                  QStringList{target + " is a curve file shown in this window or "
+                                       "being recorded, and an export can't replace it. "
+                                       "Please choose another file name."});
+        EXPECT_EQ(lines.size(), 6 + 51 + 1);  // rows 50 to 100 under the new name
     }
 }
 

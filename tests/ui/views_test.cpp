@@ -8,12 +8,14 @@
 #include <cmath>
 #include <numbers>
 
+#include "app/zel_error.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
 #include "platform/qt_chart_surface.h"
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/key_guard_filter.h"
+#include "ui/patient_curves_view.h"
 #include "ui/review_chart_widget.h"
 
 namespace zel::test {
@@ -284,6 +286,57 @@ TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_r
         chart.widget.reset_zoom();
         chart.expect_shown({0, 10, 0, 10}, 0);
     }
+}
+
+// The review on screen: 60 right clicks once zoomed out so far that the cursor's time no longer
+// fitted its 32 bits, and moving the mouse over the chart ended the program.
+TEST(PatientCurvesView, zooming_out_and_panning_without_end_leave_the_cursor_reading) {
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("Doe_1.dat")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(
+        "CURVE_DATA_FILE_STAMP\r\nHeaderStart\r\nThreshold:1.2\r\nCount Frequency: 50\r\n"
+        "HeaderEnd\r\n");
+    for (int i = 1; i <= 1500; ++i)
+        file.write(QByteArray::number(0.02 * i) + ';' + QByteArray::number(std::sin(i / 50.0)) +
+                   ";1;1\r\n");
+    file.close();
+    FakeLocale locale;
+    QStringList reports;
+    PatientCurvesView view(folder.path(), locale, [&](const char* source, const auto& handler) {
+        if (const QString report = run_time_error(source, handler); !report.isNull())
+            reports.append(report);
+    });
+    view.load({file.fileName()});
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    ReviewChartWidget& chart = view.chart();
+    const QRect plot = chart.axisRect()->rect();
+    const QPoint diagonal = plot.bottomRight() - plot.topLeft();
+    auto sweep_within_bounds = [&] {
+        for (int k = 0; k <= 40; ++k) QTest::mouseMove(&chart, plot.topLeft() + diagonal * k / 40);
+        const ChartRange b = view.model().NTGraph1.gesture_bounds();
+        const QCPRange x = chart.xAxis->range(), y = chart.yAxis->range();
+        return x.lower >= b.x_min && x.upper <= b.x_max && y.lower >= b.y_min && y.upper <= b.y_max;
+    };
+    for (int click = 0; click < 60; ++click)
+        QTest::mouseClick(&chart, Qt::RightButton, {},
+                          plot.center() + QPoint(click % 7, click % 5));
+    EXPECT_TRUE(sweep_within_bounds());
+    // Pan X-Y, then from the opening range drags of half the plot's diagonal many times each way.
+    view.model().optPan_Click();
+    for (const QPoint& step : {diagonal / 2, -diagonal / 2}) {
+        view.model().buttonResetZoom_Click();
+        view.sync();
+        for (int drag = 0; drag < 150; ++drag) {
+            const QPoint from = plot.center() - step / 2;
+            QTest::mousePress(&chart, Qt::LeftButton, {}, from);
+            for (int k = 1; k <= 4; ++k) QTest::mouseMove(&chart, from + step * k / 4);
+            QTest::mouseRelease(&chart, Qt::LeftButton, {}, from + step);
+        }
+        EXPECT_TRUE(sweep_within_bounds()) << step.x();
+    }
+    EXPECT_EQ(reports, QStringList());
 }
 
 }  // namespace
