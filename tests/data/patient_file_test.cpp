@@ -236,8 +236,6 @@ TEST_F(PatientFile, write_fails_where_nothing_could_read_it_back) {
     const std::pair<QString, QStringList> cases[] = {
         {dir.path() + "/absent/Smith.zel", lines_of(smith())},
         {patient_path(), foreign},  // a name beyond Latin-1
-        // The companion's path runs through a folder that doesn't exist.
-        {path_in("old.zel"), lines_of(smith())},
     };
     for (const auto& [path, lines] : cases)
         EXPECT_FALSE(write_patient_files(path, lines)) << path.toStdString();
@@ -294,11 +292,11 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
         {"version with a blank", with("3.00.01", "3.00.01 "), wrong_version},
         {"comma file on a dot system", with("Format:dot", "Format:comma"), number_format_differs, 0,
          "comma"},
-        {"folder named .zel", sound, corrupt, 0, "", [this](const QString& path) {
-             // A companion beside it, where a path with the folder's name unchanged would look.
-             const QString moved = path_in("old.zel");
+        // Only the name's ending makes the companion's: folders named like files are ordinary.
+        {"folder named .zel.dat", sound, accepted, 0, "dot", [this](const QString& path) {
+             const QString moved = path_in("site.zel.dat");
              EXPECT_TRUE(QFile::rename(path, moved));
-             EXPECT_TRUE(write_crc_companion(moved.chopped(3) + "sfv", CalculateCRC(moved)));
+             EXPECT_TRUE(QFile::rename(companion_path(path), companion_path(moved)));
              return moved;
          }},
         {"thirteen lines", with("Number Format:dot\r\n", ""), corrupt, err_input_past_end},
