@@ -6,6 +6,7 @@
 
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/file_name.h"
 #include "language/messages.h"
 
 namespace zel {
@@ -48,8 +49,10 @@ void Form1::cmdRecord_Click() {
         // An earlier run left a file under this session's name: it is kept, and this one
         // takes the moment in its name.
         QString stamp = platform.locale.general_date(platform.clock.now());
-        stamp.replace(QLatin1Char(':'), QLatin1Char('_')).replace(QLatin1Char('/'), QLatin1Char('_'));
-        record_filename.replace(QStringLiteral(".dat"), QLatin1Char('_') + stamp + QStringLiteral(".dat"));
+        stamp.replace(QLatin1Char(':'), QLatin1Char('_'))
+            .replace(QLatin1Char('/'), QLatin1Char('_'));
+        record_filename = with_suffix(record_filename, QStringLiteral(".dat"),
+                                      QLatin1Char('_') + stamp + QStringLiteral(".dat"));
         // A stamped file of the same moment is another recording: its header and lines are
         // never followed by a second header, which the review would refuse.
         const QString stamped = record_filename.chopped(4);

@@ -8,6 +8,7 @@
 #include "app/zel_error.h"
 #include "data/binary_file_stream.h"
 #include "data/crc_companion.h"
+#include "data/file_name.h"
 #include "data/locale_number.h"
 #include "data/system_settings_file.h"
 #include "data/text_reader.h"
@@ -63,8 +64,7 @@ QString patient_file_path(const QString& data_directory, const QString& last, co
 }
 
 QString companion_path(const QString& zel_path) {
-    QString path = zel_path;
-    return path.replace(QStringLiteral(".zel"), QStringLiteral(".sfv"), Qt::CaseSensitive);
+    return with_suffix(zel_path, QStringLiteral(".zel"), QStringLiteral(".sfv"));
 }
 
 QStringList patient_file_lines(const QString& stamp, const QString& software_version,

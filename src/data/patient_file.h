@@ -27,7 +27,7 @@ QString patient_folder(const QString& data_directory, const QString& last, const
 // "<folder>/<last>.zel": only the last name names the file.
 QString patient_file_path(const QString& data_directory, const QString& last,
                           const QString& first, const QString& id);
-// Every ".zel" of the path replaced by ".sfv", exactly and case-sensitively.
+// The file's ".zel" ending replaced by ".sfv"; the folders of the path stay as they are.
 QString companion_path(const QString& zel_path);
 
 // The 14 lines without line ends; numbers with the system's separator, `date_text` as given.

@@ -66,7 +66,7 @@ bool Form1::read_patient_parameter_file() {
     switch (reading.verdict) {
         case PatientFileVerdict::corrupt:
         case PatientFileVerdict::wrong_version:
-            quarantine_patient(patient_parameter_filename, message_text(342));
+            quarantine_patient(patient_parameter_filename, message_text(342), data_directory);
             QDir::setCurrent(data_directory);
             start_module_search();
             if (reading.verdict == PatientFileVerdict::corrupt)

@@ -1,6 +1,7 @@
 #include "language/language_file.h"
 
 #include "app/helpers.h"
+#include "data/file_name.h"
 #include "data/text_reader.h"
 
 namespace zel {
@@ -35,8 +36,7 @@ QString read_companion_checksum(QIODevice& companion) {
 }
 
 QString language_companion_path(const QString& language_path) {
-    QString path = language_path;
-    return path.replace(QStringLiteral(".lng"), QStringLiteral(".sfv"), Qt::CaseSensitive);
+    return with_suffix(language_path, QStringLiteral(".lng"), QStringLiteral(".sfv"));
 }
 
 }  // namespace zel

@@ -27,7 +27,7 @@ MessageRows read_message_lines(QIODevice& file, QStringList* added = nullptr);
 // The checksum text of a companion: its first field behind the first colon, untrimmed.
 QString read_companion_checksum(QIODevice& companion);
 
-// The companion's path: every ".lng" of the path replaced by ".sfv", exactly as written.
+// The companion's path: the file's ".lng" ending, exactly as written, replaced by ".sfv".
 QString language_companion_path(const QString& language_path);
 
 }  // namespace zel

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <cstdio>
 
 #include "app/form1.h"
 #include "ui/control_widgets.h"
@@ -132,6 +133,8 @@ void QtWindows::unload(Window window) {
 
 int QtWindows::show_message(Window window, const QString& caption, const QStringList& texts,
                             const QStringList& buttons) {
+    // As a message box's text, what the operator was told stands in the program's output too.
+    std::fprintf(stderr, "zelmoor: message: %s\n", qPrintable(texts.join(QLatin1Char(' '))));
     QDialog dialog(main_window.isVisible() ? &main_window : nullptr);
     dialog.setWindowTitle(caption);
     // Only a button or the console closes it: the operator must answer.

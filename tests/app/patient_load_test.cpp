@@ -28,9 +28,9 @@ struct WorkflowRig : Rig {
         form.x_scale_factor = 1;
         form.inhale = true;
     }
-    QString zel() const { return doe_folder(*this) + QStringLiteral("/Doe.zel"); }
+    QString zel() const { return form.data_directory + QStringLiteral("/Doe_Jane_A1/Doe.zel"); }
     QString quarantined() const {
-        return app_data.path() + QLatin1Char('/') + message_text(342) + "/Doe_Jane_A1/Doe.zel";
+        return form.data_directory + '/' + message_text(342) + "/Doe_Jane_A1/Doe.zel";
     }
     // Chooses the file in the file dialog; the session dialog is given "2" and Done.
     void load(const QString& path) {
@@ -76,13 +76,16 @@ TEST(PatientCreate, writes_the_patient_files_and_puts_the_patient_in_force) {
               (QStringList{"Close()", "SetRelayEnablePermission(1)", "Close()"}));
 }
 
-// A saved patient comes back with its settings for a new session; a gated one opens the
-// gating link, or fails without the library.
+// A saved patient comes back with its settings for a new session, from a data folder too whose
+// name holds ".zel" and ".dat"; a gated one opens the gating link, or fails without the library.
 TEST(PatientLoad, a_saved_patient_comes_back_with_its_settings_for_a_new_session) {
-    struct Case { bool gated, missing; };
-    for (const Case c : {Case{false, false}, Case{true, false}, Case{true, true}}) {
+    struct Case { bool gated, missing; const char* data = ""; };
+    for (const Case c :
+         {Case{false, false, "/site.zel.dat/patients"}, Case{true, false}, Case{true, true}}) {
         SCOPED_TRACE(testing::Message() << c.gated << c.missing);
         WorkflowRig rig;
+        rig.form.data_directory += QLatin1String(c.data);
+        QDir().mkpath(rig.form.data_directory);
         create_doe(rig, c.gated);
         rig.leave();
         rig.fakes.tarrow.calls.clear();

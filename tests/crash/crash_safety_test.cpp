@@ -2,7 +2,8 @@
 // the session history and records a curve, run after run over the same files. After each kill:
 // every file replaced whole is its old or its new version, never a mixture; the next load of
 // the patient takes a patient whose companion matches and quarantines, whole, one whose
-// companion does not; each curve file has lost at most the line being written.
+// companion does not; each curve file has lost at most the line being written; the patient of
+// another release that the program quarantines to and fro is whole in one place.
 //   ZEL_CRASH_KILLS=1000 build/tests/test_crash     (100 kills by default)
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -20,6 +21,7 @@
 #include <set>
 
 #include "crash/program/crash_console.h"
+#include "data/patient_file.h"
 #include "data/quarantine.h"
 #include "language/messages.h"
 
@@ -54,6 +56,7 @@ QByteArray companion_for(const QByteArray& patient_file) {
 struct RunReport {
     bool ready = false;
     long begun = no_file;  // the last version begun
+    long moves = 0;        // quarantines done
 };
 
 RunReport read_report(const QByteArray& output) {
@@ -61,12 +64,16 @@ RunReport read_report(const QByteArray& output) {
     for (const QByteArray& line : output.split('\n')) {
         if (line == "ready") report.ready = true;
         if (line.startsWith("v ")) report.begun = line.mid(2).toLong();
+        if (line == "q") ++report.moves;
     }
     return report;
 }
 
 struct Tally {
     long kills = 0, mixtures = 0, quarantined = 0, partial_lines = 0;
+    // Quarantines by the program (across file systems: copies), and the kills that caught one
+    // copying or removing its source, or with both copies whole.
+    long moves = 0, moves_across = 0, cut_copies = 0, twice = 0;
     // Files that are none of the console's: a temporary file that a kill caught between its
     // creation and its rename over the old file. The next save of that file removes it, so
     // they never pile up: at most one a file replaced whole.
@@ -75,7 +82,23 @@ struct Tally {
 
 class CrashRun {
 public:
-    explicit CrashRun(const QString& root_) : root(root_), folder(root_) {}
+    explicit CrashRun(const QString& root_) : root(root_), folder(root_) {
+        const QString q = QLatin1Char('/') + message_text(342), here = root + "/sites/b-here";
+        QDir().mkpath(folder.site_a + "/Move_Out_M1/curves");
+        QDir().mkpath(here);
+        QFile::link(folder.site_a, here + q);
+        QFile::link(folder.site_a, elsewhere.path() + q);
+        QFile::link(folder.site_b, folder.site_a + q);
+        point_site_b(false);
+        const PatientParameters p{"Move", "Out", "M1"};
+        write_patient_files(folder.site_a + "/Move_Out_M1/Move.zel",
+                            patient_file_lines("ZEL Patient Parameter File", "2.01.07", p,
+                                               "1/2/2026", "dot", QLatin1Char('.')));
+        QFile curve(folder.site_a + "/Move_Out_M1/curves/1.dat");
+        if (curve.open(QIODevice::WriteOnly)) curve.write(QByteArray(1 << 18, 'v'));
+        curve.close();
+        mover = snapshot(folder.site_a + "/Move_Out_M1");
+    }
 
     // One run of the writer, killed after `delay_ms` once it is ready; then every check.
     void kill_once(long delay_ms) {
@@ -108,6 +131,7 @@ public:
         load_patient();
         load_settings();
         note_strays();
+        check_mover(report);
 
         if (report.begun != no_file) next_version = report.begun + 1;
         ++run;
@@ -239,8 +263,47 @@ private:
         tally.most_strays_at_once = std::max(tally.most_strays_at_once, strays.size());
     }
 
+    // The patient of another release: whole in exactly one of the two folders; across file
+    // systems a copy or a removal cut short may lie beside it, not under its name, and both
+    // may be whole between the copy's rename and the removal of the source.
+    void check_mover(const RunReport& report) {
+        (across ? tally.moves_across : tally.moves) += report.moves;
+        int whole = 0;
+        for (const QString& site : {folder.site_a, folder.site_b}) {
+            for (const QString& name : QDir(site).entryList(QDir::AllEntries | QDir::System |
+                                                            QDir::NoDotAndDotDot)) {
+                const QString path = site + QLatin1Char('/') + name;
+                if (name == message_text(342)) continue;
+                if (name == QLatin1String("Move_Out_M1")) {
+                    EXPECT_EQ(snapshot(path), mover) << "run " << run << ": " << qPrintable(path);
+                    if (++whole < 2) continue;
+                    ++tally.twice;
+                    delete_folder(path);
+                    continue;
+                }
+                EXPECT_TRUE(across && (name.endsWith(".incomplete") || name.endsWith(".removing")))
+                    << "run " << run << ": " << qPrintable(path);
+                ++tally.cut_copies;
+                delete_folder(path);
+            }
+        }
+        EXPECT_GE(whole, 1) << "run " << run << ": the patient is nowhere whole";
+        EXPECT_TRUE(across || whole == 1) << "run " << run << ": both whole after a rename";
+        // While the patient lies in the first folder the second may change its file system.
+        if (QFileInfo::exists(folder.site_a + "/Move_Out_M1")) point_site_b(run % 2 == 1);
+    }
+
+    void point_site_b(bool other_file_system) {
+        across = other_file_system && elsewhere.isValid();
+        QFile::remove(folder.site_b);
+        QFile::link(across ? elsewhere.path() : root + "/sites/b-here", folder.site_b);
+    }
+
     const QString root;
     const CrashFolder folder;
+    QTemporaryDir elsewhere{QStringLiteral("/dev/shm/zel-crash-XXXXXX")};
+    bool across = false;
+    std::map<QString, QByteArray> mover;
     Expected expected;
     long run = 1;
     long next_version = 1;
@@ -263,8 +326,11 @@ TEST(CrashSafety, every_file_is_whole_after_kills_at_random_moments) {
 
     const Tally& t = crash.tally;
     std::printf("[          ] seed %u: %ld kills, %ld lines cut by a kill, "
-                "%ld patients quarantined, at most %zu temporary files at once\n",
-                seed, t.kills, t.partial_lines, t.quarantined, t.most_strays_at_once);
+                "%ld patients quarantined, at most %zu temporary files at once; "
+                "%ld quarantines by rename, %ld by copy, %ld kills in a copy or removal, "
+                "%ld with both copies whole\n",
+                seed, t.kills, t.partial_lines, t.quarantined, t.most_strays_at_once, t.moves,
+                t.moves_across, t.cut_copies, t.twice);
     EXPECT_EQ(t.mixtures, 0);
     EXPECT_LE(t.most_strays_at_once, 4u);
     EXPECT_EQ(t.kills, kills);

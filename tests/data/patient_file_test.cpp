@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -10,10 +11,12 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <functional>
 #include <map>
 #include <random>
+#include <span>
 #include <tuple>
 #include <vector>
 
@@ -71,17 +74,14 @@ const QString quarantine_name = QStringLiteral("Quarantine - NOT FOR CLINICAL US
 // Every file under `folder` by its relative path, with its bytes.
 std::map<QString, QByteArray> tree(const QString& folder) {
     std::map<QString, QByteArray> files;
-    QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    QDirIterator it(folder, QDir::Files | QDir::Hidden,
+                    QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
     while (it.hasNext()) {
         QFile file(it.next());
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
         files[QDir(folder).relativeFilePath(file.fileName())] = file.readAll();
     }
     return files;
-}
-
-QStringList entries(const QString& folder) {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
 }
 
 class PatientFiles : public ::testing::Test {
@@ -104,23 +104,7 @@ class PatientFiles : public ::testing::Test {
         return read_patient_file(path, stamp, version, QString::fromLatin1(number_format));
     }
 
-    // A patient as the console leaves one: the read-only ".zel", its companion, a session
-    // file and a folder of curves. `mark` tells one patient of a name from another. Its folder.
-    QString make_patient(const QString& directory, const char* last, const char* mark) {
-        const PatientParameters p{last, "John", "1"};
-        const QString path = patient_file_path(directory, last, p.first_name, p.medical_id);
-        const QString folder = QFileInfo(path).path();
-        EXPECT_TRUE(QDir().mkpath(folder + QStringLiteral("/curves")));
-        EXPECT_TRUE(
-            write_patient_files(path, patient_file_lines(stamp, mark, p, date, "dot", '.')));
-        write(folder + QStringLiteral("/session.ini"), mark);
-        write(folder + QStringLiteral("/curves/1.crv"), QByteArray("curve ") + mark);
-        return folder;
-    }
-
     QTemporaryDir dir;
-    const QString data = dir.path() + QStringLiteral("/data");
-    const QString quarantine = data + QLatin1Char('/') + quarantine_name;
 };
 using CrcFiles = PatientFiles;
 using PatientFile = PatientFiles;
@@ -236,8 +220,6 @@ TEST_F(PatientFile, write_fails_where_nothing_could_read_it_back) {
     const std::pair<QString, QStringList> cases[] = {
         {dir.path() + "/absent/Smith.zel", lines_of(smith())},
         {patient_path(), foreign},  // a name beyond Latin-1
-        // The companion's path runs through a folder that doesn't exist.
-        {path_in("old.zel"), lines_of(smith())},
     };
     for (const auto& [path, lines] : cases)
         EXPECT_FALSE(write_patient_files(path, lines)) << path.toStdString();
@@ -294,11 +276,11 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
         {"version with a blank", with("3.00.01", "3.00.01 "), wrong_version},
         {"comma file on a dot system", with("Format:dot", "Format:comma"), number_format_differs, 0,
          "comma"},
-        {"folder named .zel", sound, corrupt, 0, "", [this](const QString& path) {
-             // A companion beside it, where a path with the folder's name unchanged would look.
-             const QString moved = path_in("old.zel");
+        // Only the name's ending makes the companion's: folders named like files are ordinary.
+        {"folder named .zel.dat", sound, accepted, 0, "dot", [this](const QString& path) {
+             const QString moved = path_in("site.zel.dat");
              EXPECT_TRUE(QFile::rename(path, moved));
-             EXPECT_TRUE(write_crc_companion(moved.chopped(3) + "sfv", CalculateCRC(moved)));
+             EXPECT_TRUE(QFile::rename(companion_path(path), companion_path(moved)));
              return moved;
          }},
         {"thirteen lines", with("Number Format:dot\r\n", ""), corrupt, err_input_past_end},
@@ -324,84 +306,134 @@ TEST_F(PatientFile, load_stops_at_the_first_test_that_fails) {
     }
 }
 
-// A file chosen elsewhere goes beside its own folder; a patient of the name in the data stays.
-TEST_F(Quarantine, moves_the_patient_folder_whole_beside_it_and_numbers_later_ones_of_a_name) {
-    std::vector<std::map<QString, QByteArray>> moved;
-    for (const char* mark : {"first", "second", "third"}) {
-        const QString folder = make_patient(data, "Smith", mark);
-        moved.push_back(tree(folder));
-        ASSERT_EQ(moved.back().size(), 4u);
-        quarantine_patient(folder + "/Smith.zel", quarantine_name);
-        EXPECT_FALSE(QFileInfo::exists(folder)) << mark;
-    }
-    const QString elsewhere = dir.path() + QStringLiteral("/usb stick");
-    make_patient(data, "Smith", "stays");
-    quarantine_patient(make_patient(elsewhere, "Smith", "moves") + "/Smith.zel", quarantine_name);
-    EXPECT_EQ(entries(data), QStringList({quarantine_name, "Smith_John_1"}));
-    EXPECT_EQ(tree(data + "/Smith_John_1")["session.ini"], "stays");
-    EXPECT_EQ(entries(elsewhere), QStringList({quarantine_name}));
-    EXPECT_EQ(tree(elsewhere + "/" + quarantine_name + "/Smith_John_1")["session.ini"], "moves");
-    const QStringList numbered{"Smith_John_1", "Smith_John_1( 2)", "Smith_John_1( 3)"};
-    EXPECT_EQ(entries(quarantine), numbered);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(tree(quarantine + "/" + numbered[i]), moved[i]);
+// Files of a case, under its own folder: "X.zel" a patient of another release named X, John, 1,
+// with its companion; "!X" a file of its path's text; "?X" none; "X/" a folder; "X|" a pipe;
+// "X->" a link to a folder on another file system. A "Q" in a path is the quarantine folder.
+QString at(const QString& root, const QString& path) {
+    QStringList parts = path.split('/');
+    for (QString& part : parts)
+        if (part == "Q") part = quarantine_name;
+    return root + '/' + parts.join('/');
 }
 
-// A patient file lying in the quarantine folder itself would be copied into that folder and
-// then deleted with it; a missing patient is no cause to delete anything.
-TEST_F(Quarantine, leaves_a_patient_that_would_hold_its_own_copy_or_is_missing_and_deletes) {
-    const QString folder = make_patient(data, "Smith", "x");
-    QDir().mkpath(quarantine);
-    ASSERT_TRUE(QFile::copy(folder + "/Smith.zel", quarantine + "/Smith.zel"));
-    ASSERT_TRUE(QFile::copy(folder + "/Smith.sfv", quarantine + "/Smith.sfv"));
-    const auto before = tree(data);
+QString make(const QString& root, const QString& item, const QString& other_file_system) {
+    const QChar kind = item.startsWith('!') || item.startsWith('?') ? item[0] : item.back();
+    const QString path = at(root, item.mid(kind == '!' || kind == '?' ? 1 : 0)
+                                      .chopped(kind == '|' ? 1 : kind == '>' ? 2 : 0));
+    QDir().mkpath(QFileInfo(path).path());
+    if (kind == '?') return path;
+    if (kind == '/') {
+        QDir().mkpath(path);
+    } else if (kind == '|') {
+        ::mkfifo(QFile::encodeName(path).constData(), 0600);
+    } else if (kind == '>') {
+        QDir().mkpath(other_file_system);
+        QFile::link(other_file_system, path);
+    } else if (item.endsWith(".zel") && kind != '!') {
+        const PatientParameters p{QFileInfo(path).completeBaseName(), "John", "1"};
+        write_patient_files(path, patient_file_lines(stamp, "2.01.07", p, date, "dot", '.'));
+    } else {
+        write(path, item.toLatin1());
+    }
+    return path;
+}
 
-    quarantine_patient(quarantine + "/Smith.zel", quarantine_name);
-    quarantine_patient(data + QStringLiteral("/Jones_John_1/Jones.zel"), quarantine_name);
-    QString inside = folder + QStringLiteral("/curves");
-    EXPECT_FALSE(copy_folder(folder, inside));
-    QString destination = quarantine;
-    EXPECT_FALSE(copy_folder(data + QStringLiteral("/Jones_John_1"), destination));
-    EXPECT_EQ(destination, quarantine);
-    EXPECT_EQ(tree(data), before);
+// Only the patient moves: its own folder whole, else its file and companion alone, and every
+// other file stays byte for byte.
+TEST_F(Quarantine, moves_one_patient_and_its_folder_only_when_the_folder_is_its_own) {
+    struct Case {
+        const char* name; std::vector<QString> files;  // the first is the patient chosen
+        QString from, to;  // "X/" the folder moved whole; "X" the stem of the two files moved
+        QString data = "data"; int numbered = 0;  // "Q/Smith_John_1" and "( 2)" to "( n)" taken
+    };
+    const QString own = "data/Smith_John_1/Smith.zel", curve = "data/Smith_John_1/curves/1.dat";
+    const QString folder = "data/Smith_John_1/", quarantined = "data/Q/Smith_John_1/";
+    std::vector<Case> cases = {
+        {"its own folder", {own, curve, "data/Jones_John_1/Jones.zel"}, folder, quarantined},
+        {"numbered", {own, curve}, folder, "data/Q/Smith_John_1( 4)/", "data", 3},
+        {"last number", {own}, folder, "data/Q/Smith_John_1( 100)/", "data", 99},
+        {"all numbers taken", {own}, folder, "data/Q/Smith_John_1( 0)/", "data", 100},
+        {"( 0) taken too: thrown", {own}, "", "", "data", 101},
+        {"a stray in downloads", {"Downloads/Smith.zel", "Downloads/notes.txt", "Downloads/old/a"},
+         "Downloads/Smith", "Downloads/Q/Smith_John_1/Smith"},
+        {"in the data directory", {"data/Smith.zel", "data/session.ini", "data/Jones_John_1/J.zel"},
+         "data/Smith", "data/Q/Smith_John_1/Smith"},
+        {"one patient's files", {"usb/copy/Smith.zel", "usb/copy/session.ini",
+         "usb/copy/Smith_1.dat", "usb/copy/Smith.zel.new-Ab12Cd"}, "usb/copy/", "usb/Q/copy/"},
+        {"with a folder", {"usb/copy/Smith.zel", "usb/copy/session.ini", "usb/copy/old/"},
+         "usb/copy/Smith", "usb/copy/Q/Smith_John_1/Smith"},
+        {"with a second patient", {"usb/copy/Smith.zel", "usb/copy/Jones.zel"}, "usb/copy/Smith",
+         "usb/copy/Q/Smith_John_1/Smith"},
+        {"no name lines", {"!Downloads/notes.zel", "Downloads/a"}, "Downloads/notes",
+         "Downloads/Q/notes/notes"},
+        {"quarantined already", {"data/Q/Smith_John_1/Smith.zel"}, "", ""},
+        {"lying in the quarantine", {"data/Q/Smith.zel", "data/Q/Jones_John_1/Jones.zel"}, "", ""},
+        {"the data directory named as it", {"Smith_John_1/Smith.zel"}, "Smith_John_1/Smith",
+         "Smith_John_1/Q/Smith_John_1/Smith", "Smith_John_1"},
+        {"named as it, holding the data", {"Smith_John_1/Smith.zel", "Smith_John_1/data/"},
+         "Smith_John_1/Smith", "Smith_John_1/Q/Smith_John_1/Smith", "Smith_John_1/data"},
+        {"the home folder", {"home/Smith.zel"}, "home/Smith", "home/Q/Smith_John_1/Smith"},
+        {"missing", {"?" + own}, "", ""},
+    };
+    // The quarantine on another file system: copied, synchronised, compared, then removed.
+    QTemporaryDir elsewhere(QStringLiteral("/dev/shm/zel-XXXXXX"));
+    struct stat here {};
+    struct stat there {};
+    if (elsewhere.isValid() && ::stat(QFile::encodeName(dir.path()), &here) == 0 &&
+        ::stat(QFile::encodeName(elsewhere.path()), &there) == 0 && here.st_dev != there.st_dev) {
+        cases.push_back({"its folder across", {own, "data/Q->", curve}, folder, quarantined});
+        cases.push_back({"a stray across", {"Downloads/Smith.zel", "Downloads/Q->", "Downloads/a"},
+                         "Downloads/Smith", "Downloads/Q/Smith_John_1/Smith"});
+        cases.push_back({"a pipe can't be copied", {own, "data/Q->", folder + "pipe|"}, "", ""});
+    } else {
+        ADD_FAILURE() << "no second file system at /dev/shm: the copy is not tried";
+    }
+    const QString home = qEnvironmentVariable("HOME");
+    for (size_t k = 0; k < cases.size(); ++k) {
+        const Case& c = cases[k];
+        SCOPED_TRACE(c.name);
+        const QString root = dir.path() + QStringLiteral("/%1").arg(k);
+        qputenv("HOME", QFile::encodeName(root + "/home"));
+        QDir().mkpath(at(root, c.data));
+        const QString chosen = make(root, c.files[0], {});
+        for (const QString& f : std::span(c.files).subspan(1))
+            make(root, f, elsewhere.path() + '/' + QString::number(k));
+        if (c.numbered) make(root, "data/Q/Smith_John_1/session.ini", {});
+        for (int i = 2; i <= c.numbered; ++i)
+            QDir().mkpath(at(root, QStringLiteral("data/Q/Smith_John_1( %1)").arg(i % 101)));
+        std::map<QString, QByteArray> expected;
+        const QString from = at("", c.from).mid(1), to = at("", c.to).mid(1);
+        for (const auto& [path, bytes] : tree(root)) {
+            const bool moves = !c.from.isEmpty() && (c.from.endsWith('/') ? path.startsWith(from)
+                                                         : path.chopped(4) == from);
+            expected[moves ? to + path.mid(from.size()) : path] = bytes;
+        }
+        EXPECT_EQ(error_of([&] { quarantine_patient(chosen, quarantine_name, at(root, c.data)); }),
+                  c.numbered > 100 ? err_path_file_access : 0);
+        EXPECT_EQ(tree(root), expected);
+        if (!c.from.isEmpty()) {
+            EXPECT_FALSE(QFileInfo::exists(c.from.endsWith('/') ? at(root, c.from) : chosen));
+        }
+        // Nothing of a copy or of a removal stays behind.
+        QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
+        const QRegularExpression left_behind("\\.(incomplete|removing)");
+        while (it.hasNext()) EXPECT_FALSE(it.next().contains(left_behind));
+    }
+    qputenv("HOME", QFile::encodeName(home));
+}
 
-    // Deleting takes read-only files and folders. Only an unprivileged run sees the closed
-    // folders hold anything back; root removes them anyway.
+// Deleting takes read-only files and folders. Only an unprivileged run sees the closed folders
+// hold anything back; root removes them anyway.
+TEST_F(Quarantine, delete_takes_read_only_files_and_folders) {
+    const QString folder = dir.path() + QStringLiteral("/Smith_John_1");
+    make(dir.path(), "Smith_John_1/curves/Smith.zel", {});
     for (const QString& closed : {folder + QStringLiteral("/curves"), folder})
         QFile::setPermissions(closed, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
     delete_folder(folder + QLatin1Char('/'));
     EXPECT_FALSE(QFileInfo::exists(folder));
     delete_folder(folder);
-    EXPECT_TRUE(QFileInfo::exists(data));
-}
-
-TEST_F(Quarantine, copy_tells_where_the_copy_went) {
-    const QString source = make_patient(data, "Smith", "x");
-    const QString target = dir.path() + QStringLiteral("/target");
-    QDir().mkpath(target + QStringLiteral("/Smith_John_1"));
-    for (int i = 2; i <= 99; ++i)
-        QDir().mkpath(target + QStringLiteral("/Smith_John_1( %1)").arg(i));
-
-    const std::pair<QString, const char*> cases[] = {  // the source, where the copy goes
-        {source, "/Smith_John_1( 100)"},
-        {source + QLatin1Char('/'), "/Smith_John_1( 0)"},  // every number taken
-        {make_patient(data, "Jones", "y"), ""},             // no copy of the name yet
-    };
-    for (const auto& [from, destination_after] : cases) {
-        QString destination = target;
-        ASSERT_TRUE(copy_folder(from, destination)) << destination_after;
-        EXPECT_EQ(destination, target + destination_after);
-    }
-    EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), tree(source));
-    EXPECT_EQ(tree(target + "/Jones_John_1").size(), 4u);
-
-    // With "( 0)" taken too, making it fails: the earlier patient's files were once
-    // overwritten by the next copy.
-    write(target + "/Smith_John_1( 0)/session.ini", "earlier");
-    const auto earlier = tree(target + "/Smith_John_1( 0)");
-    QString destination = target;
-    EXPECT_THROW(copy_folder(source, destination), ZelError);
-    EXPECT_EQ(tree(target + "/Smith_John_1( 0)"), earlier);
-    EXPECT_EQ(tree(source).size(), 4u);
+    EXPECT_TRUE(QFileInfo::exists(dir.path()));
 }
 
 }  // namespace

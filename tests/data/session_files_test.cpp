@@ -126,12 +126,15 @@ TEST(CurveFile, record_pause_record_gives_one_file_one_header_a_gap_in_time_and_
     }
 }
 
+// Only the file's ending takes the moment: a data folder named like a curve file is ordinary.
 TEST(CurveFile, a_new_session_whose_file_exists_keeps_it_and_takes_a_dated_name) {
     SessionRig rig;
-    const QString old_path = rig.folder() + QStringLiteral("/Doe_3.dat");
+    as_patient(rig.form, rig.app_data.path() + QStringLiteral("/site.dat"), QStringLiteral("3"));
+    const QString folder = rig.form.data_directory + QStringLiteral("/Doe_Jane_A1");
+    const QString old_path = folder + QStringLiteral("/Doe_3.dat");
     write(old_path, "an earlier run\r\n");
     rig.fakes.clock.when = QDateTime(QDate(2026, 11, 22), QTime(9, 5, 7));
-    const QString dated = rig.folder() + QStringLiteral("/Doe_3_11_22_2026 09_05_07");
+    const QString dated = folder + QStringLiteral("/Doe_3_11_22_2026 09_05_07");
     // Back from a pause, the dated file goes on. Two more sessions of that id stamped at the
     // same moment once appended a second header to the dated file, and the review refused it
     // whole: each takes the next free name.

@@ -228,28 +228,27 @@ TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
     }
 }
 
-// A patient that fails its CRC while its quarantine fails: the copy leaves nothing of itself
+// A patient that fails its CRC while its quarantine fails: the move leaves nothing of itself
 // in quarantine and the patient where it was; the operator is still told the patient is
-// corrupt. Only a numbered folder that can't be made ends the load with message 129.
+// corrupt. Only a quarantine folder that can't be made ends the load with message 129.
 TEST(DiskFaults, a_quarantine_that_fails_leaves_the_patient_where_it_was) {
-    // The failing path is in the patients' folder, "Q" for the quarantine; a patient of the
-    // name may lie in quarantine already; Form_CorruptInfo is shown, or else message 129.
+    // The failing path is in the patients' folder, "Q" for the quarantine, "$" its end; a
+    // patient of the name may lie in quarantine already; Form_CorruptInfo is shown, or else
+    // message 129. A rename refused as across file systems is a copy that can't be put in place.
     struct Case { const char *name; Call call; int error; const char* path;
                   bool quarantined_before, corrupt_info; };
     const QString quarantine_name = message_text(342);
     const Case cases[] = {
-        {"read-only quarantine", Call::mkdir, EROFS, "Q/Doe_Jane_A1", false, true},
-        {"a file unreadable midway", Call::open, EIO, "Doe_Jane_A1/session.ini", false, true},
-        {"a file unreadable midway, numbered", Call::open, EIO, "Doe_Jane_A1/session.ini", true,
-         true},
-        {"read-only quarantine, numbered", Call::mkdir, EROFS, "Q/Doe_Jane_A1( 2)", true, false},
+        {"read-only patients' folder", Call::mkdir, EROFS, "Q$", false, false},
+        {"read-only quarantine", Call::rename, EROFS, "Q/Doe_Jane_A1", false, true},
+        {"another file system", Call::rename, EXDEV, "Q/Doe_Jane_A1$", false, true},
+        {"another file system, numbered", Call::rename, EXDEV, "Q/Doe_Jane_A1( 2)$", true, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         DoeRig rig;
         const QString quarantine = rig.form.data_directory + QLatin1Char('/') + quarantine_name;
         QDir().mkpath(rig.folder());
-        QDir().mkpath(quarantine);
         rig.form.save_patient_parameters();
         ASSERT_TRUE(QFile::remove(rig.folder() + QStringLiteral("/Doe.sfv")));
         rig.form.session = QStringLiteral("1");

@@ -162,6 +162,13 @@ int rename(const char* from, const char* to) {
     return call(from, to);
 }
 
+int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags) {
+    if (strikes(Call::rename, to)) return -1;
+    static const auto call =
+        real<int (*)(int, const char*, int, const char*, unsigned)>("renameat2");
+    return call(from_folder, from, to_folder, to, flags);
+}
+
 int mkdir(const char* path, mode_t mode) {
     if (strikes(Call::mkdir, path)) return -1;
     static const auto call = real<int (*)(const char*, mode_t)>("mkdir");

@@ -124,7 +124,7 @@ TEST_F(LanguageFiles, lists_the_accepted_and_brings_the_chosen_in_force_whole_or
     const Case cases[] = {
         {"names in order; what a file list hides is skipped",
          {{"b.lng", language("  Beta")}, {"A.lng", language("\"Alpha, quoted\"")},
-          // Capitals in the extension leave no companion path but the file's own name.
+          // Capitals in the extension leave the file without a companion.
           {"c.LNG", gamma, false}, {"c.sfv", "CRC:" + zlib_hex(gamma), false},
           {".hidden.lng", language("Hidden")}, {"d.lng.txt", language("Delta")}},
          "English", "English", {"Alpha, quoted", "Beta"}, {}},

@@ -28,7 +28,9 @@ CrashFolder::CrashFolder(const QString& root)
       companion_file(patient_folder + QStringLiteral("/Crash.sfv")),
       settings_file(app_data + QStringLiteral("/zel.ini")),
       session_file(patient_folder + QStringLiteral("/session.ini")),
-      quarantine(data_directory + QLatin1Char('/') + message_text(342)) {}
+      quarantine(data_directory + QLatin1Char('/') + message_text(342)),
+      site_a(root + QStringLiteral("/sites/a")),
+      site_b(root + QStringLiteral("/sites/b")) {}
 
 QString CrashFolder::curve_file(long run) const {
     return patient_folder + QStringLiteral("/Crash_") + run_session(run) + QStringLiteral(".dat");

@@ -25,6 +25,10 @@ struct CrashFolder {
     QString settings_file;   // "zel.ini"
     QString session_file;    // "session.ini"
     QString quarantine;      // where a corrupt patient goes
+    // Two folders that hand a patient of another release, "Move_Out_M1", to and fro: the
+    // quarantine of each is a link to the other. The second is a link itself, to a folder on
+    // this file system or on another one, where the move is a copy.
+    QString site_a, site_b;
     // The curve file of one run of the program: its session is named after the run.
     QString curve_file(long run) const;
 };

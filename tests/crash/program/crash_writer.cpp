@@ -1,17 +1,21 @@
 // The program the crash-safety test kills: it saves version after version of the patient file
 // (and its companion), zel.ini and the session history with the console's own code, and
-// records curve lines between them, until it is killed.
+// records curve lines between them, and quarantines a patient of another release to and fro,
+// until it is killed.
 //   zel_crash_writer ROOT RUN FIRST_VERSION
 // On standard output: "ready" once the run's curve file is open, then "v K" before version K
-// is begun, each a single write so that a kill leaves whole lines only.
+// is begun and "q" after each quarantine, each a single write so that a kill leaves whole
+// lines only.
 #include <unistd.h>
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <cstdio>
 #include <string>
 
 #include "crash/program/crash_console.h"
+#include "data/quarantine.h"
 #include "language/messages.h"
 
 namespace {
@@ -63,5 +67,17 @@ int main(int argc, char** argv) {
             c.set_line(++line);
             c.form.write_recording_line();
         }
+        // The patient of another release goes into the quarantine of the folder it lies in.
+        const QString site = QFileInfo::exists(c.folder.site_a + QStringLiteral("/Move_Out_M1"))
+                                 ? c.folder.site_a
+                                 : QFileInfo(c.folder.site_b).canonicalFilePath();
+        try {
+            zel::quarantine_patient(site + QStringLiteral("/Move_Out_M1/Move.zel"),
+                                    zel::message_text(342), site);
+        } catch (const zel::ZelError& e) {
+            std::fprintf(stderr, "zel_crash_writer: quarantine: %s\n", qPrintable(e.description));
+            return 4;
+        }
+        say("q");
     }
 }
