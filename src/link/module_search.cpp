@@ -1,6 +1,7 @@
 // The search for the module over the serial ports, and the heartbeat that notices its loss.
 #include "app/form1.h"
 #include "language/messages.h"
+#include "link/port_permission.h"
 
 namespace zel {
 
@@ -35,15 +36,16 @@ void Form1::enumerate_com_ports() {
         if (port.PortOpen()) ok &= suppressed([&] { port.set_PortOpen(false); });
         ok &= suppressed([&] { port.set_CommPort(number); });
         // A port in use by another program fails here and is not listed. So does one that
-        // this user may not open; the operator is told that once, beside the search.
+        // this user may not open; where the files tell why, the operator is told that once,
+        // beside the search.
         ok &= suppressed([&] {
             try {
                 port.set_PortOpen(true);
-            } catch (const ZelError& e) {
-                if (e.number == err_permission_denied &&
-                    !ports_denied_told.contains(e.description)) {
-                    ports_denied_told.append(e.description);
-                    platform.boxes.notice(e.description);
+            } catch (const ZelError&) {
+                const QString why = port_refusal_text(port.refusal());
+                if (!why.isEmpty() && !ports_denied_told.contains(why)) {
+                    ports_denied_told.append(why);
+                    platform.boxes.notice(why);
                 }
                 throw;
             }

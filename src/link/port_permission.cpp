@@ -1,13 +1,23 @@
 #include "link/port_permission.h"
 
+#include "language/messages.h"
+
 namespace zel {
 
-QString port_permission_text(const QString& device, const QString& group) {
-    return QStringLiteral(
-               "The serial port %1 exists, but this user may not open it, so the module can't "
-               "be found on it. To use it, add the user to the group that owns it (%2) and "
-               "log in again.")
-        .arg(device, group);
+QString port_refusal_text(const PortRefusal& r) {
+    switch (r.kind) {
+        case PortRefusal::Kind::none:
+            return {};
+        case PortRefusal::Kind::join_group:
+            return message_text(357).arg(r.device, r.group);
+        case PortRefusal::Kind::ask_administrator:
+            return message_text(358).arg(r.device, r.owner);
+        case PortRefusal::Kind::stale_lock:
+            return message_text(359).arg(r.device, r.lock_file, QString::number(r.pid), r.owner);
+        case PortRefusal::Kind::held_by_program:
+            return message_text(360).arg(r.device, r.program, QString::number(r.pid));
+    }
+    return {};
 }
 
 }  // namespace zel

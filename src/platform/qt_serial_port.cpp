@@ -15,7 +15,6 @@
 #include <vector>
 
 #include "app/zel_error.h"
-#include "link/port_permission.h"
 
 namespace zel {
 
@@ -34,23 +33,6 @@ QStringList machine_port_paths() {
         age.start();
     }
     return cached;
-}
-
-// The group that owns the device when the device is there and this user, by the file's
-// permissions, may not open it for reading and writing; empty otherwise. The driver's own
-// error does not tell: it names a port locked by another program a permission error too.
-QString denying_group(const QString& device) {
-    const QByteArray path = QFile::encodeName(device);
-    struct stat info {};
-    if (::stat(path.constData(), &info) != 0) return {};
-    if (::faccessat(AT_FDCWD, path.constData(), R_OK | W_OK, AT_EACCESS) == 0 || errno != EACCES)
-        return {};
-    std::vector<char> buffer(16384);
-    struct group entry {};
-    struct group* found = nullptr;
-    if (::getgrgid_r(info.st_gid, &entry, buffer.data(), buffer.size(), &found) == 0 && found)
-        return QString::fromLocal8Bit(found->gr_name);
-    return QString::number(info.st_gid);
 }
 
 }  // namespace
@@ -103,13 +85,15 @@ void QtSerialPort::set_PortOpen(bool open) {
     port.setParity(QSerialPort::NoParity);
     port.setStopBits(QSerialPort::OneStop);
     port.setFlowControl(QSerialPort::NoFlowControl);
+    last_refusal = PortRefusal{};
     if (!port.open(QIODevice::ReadWrite)) {
         // By its full path: the port's name drops the "/dev/" of a device.
-        const QString group = denying_group(device);
-        if (!group.isEmpty())
-            throw ZelError(err_permission_denied, QStringLiteral("PortOpen"),
-                           port_permission_text(device, group));
-        throw ZelError(err_port_already_open, QStringLiteral("PortOpen"), port.errorString());
+        last_refusal = examine_port_refusal(device);
+        using Kind = PortRefusal::Kind;
+        if (last_refusal.kind == Kind::none || last_refusal.kind == Kind::held_by_program)
+            throw ZelError(err_port_already_open, QStringLiteral("PortOpen"), port.errorString());
+        throw ZelError(err_permission_denied, QStringLiteral("PortOpen"),
+                       QStringLiteral("Permission denied: %1").arg(device));
     }
     port.clear();
 }

@@ -26,6 +26,7 @@ public:
     int InBufferCount() const override;
     uint8_t Input() override;
     void Output(const QByteArray& bytes) override;
+    PortRefusal refusal() const override { return last_refusal; }
 
     QString device_path() const { return port.portName(); }
 
@@ -37,6 +38,7 @@ private:
     QString app_data_path;
     QSerialPort port;
     int port_number = 1;
+    PortRefusal last_refusal;
     bool notification_posted = false;
 };
 

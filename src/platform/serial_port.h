@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "platform/port_refusal.h"
+
 namespace zel {
 
 class SerialPort {
@@ -14,13 +16,17 @@ public:
     virtual void set_CommPort(int number) = 0;
     virtual int CommPort() const = 0;
     // Opening fails with ZelError: err_invalid_port for a number with no port behind it,
-    // err_port_already_open for a port that another program holds.
+    // err_port_already_open for a port that another program holds, err_permission_denied for
+    // one this user may not open (refusal() tells why).
     virtual void set_PortOpen(bool open) = 0;
     virtual bool PortOpen() const = 0;
     virtual int InBufferCount() const = 0;
     // Takes the next waiting byte; 0 when nothing waits.
     virtual uint8_t Input() = 0;
     virtual void Output(const QByteArray& bytes) = 0;
+    // Why the last opening failed, where the device's and the lock's files tell; kind none
+    // when they don't or the opening went through.
+    virtual PortRefusal refusal() const { return {}; }
 
     // Called from the event loop whenever bytes have come in; never from inside the driver's
     // own signal. While bytes still wait after it returns, one more call follows.

@@ -4,7 +4,6 @@
 
 #include "app/zel_error.h"
 #include "fakes/scripted.h"
-#include "link/port_permission.h"
 
 namespace zel::test {
 
@@ -21,9 +20,14 @@ void FakeSerialPort::set_PortOpen(bool open) {
         if (port_number < 1 || port_number > port_count)
             throw ZelError(err_invalid_port, QStringLiteral("PortOpen"),
                            QStringLiteral("Invalid port number"));
-        if (const auto d = denied.find(port_number); d != denied.end())
-            throw ZelError(err_permission_denied, QStringLiteral("PortOpen"),
-                           port_permission_text(d->second.first, d->second.second));
+        last_refusal = {};
+        if (const auto d = denied.find(port_number); d != denied.end()) {
+            last_refusal = d->second;
+            throw ZelError(last_refusal.kind == PortRefusal::Kind::held_by_program
+                               ? err_port_already_open
+                               : err_permission_denied,
+                           QStringLiteral("PortOpen"), d->second.device);
+        }
         if (std::find(refusing.begin(), refusing.end(), port_number) != refusing.end())
             throw ZelError(err_port_already_open, QStringLiteral("PortOpen"),
                            QStringLiteral("Port already open"));

@@ -23,7 +23,7 @@ namespace zel::test {
 //   drain()          notifications until nothing waits (the driver's re-notification)
 //   sent()           everything the console wrote, in order
 //   fail_open(n)     port number n refuses to open, as a port held by another program
-//   deny_open(n, device, group)   port number n exists, but this user may not open it
+//   deny_open(n, refusal)   port number n exists, but this user may not open it, for that reason
 //   ports(n)         how many port numbers exist (others give an invalid-port error)
 class FakeSerialPort final : public SerialPort {
 public:
@@ -42,9 +42,8 @@ public:
     const QByteArray& sent() const { return output; }
     void clear_sent() { output.clear(); }
     void fail_open(int number) { refusing.push_back(number); }
-    void deny_open(int number, const QString& device, const QString& group) {
-        denied[number] = {device, group};
-    }
+    void deny_open(int number, const PortRefusal& why) { denied[number] = why; }
+    PortRefusal refusal() const override { return last_refusal; }
     void ports(int count) { port_count = count; }
 
     int notifications = 0;
@@ -54,7 +53,8 @@ private:
     std::deque<uint8_t> inbox;
     QByteArray output;
     std::vector<int> refusing;
-    std::map<int, std::pair<QString, QString>> denied;
+    std::map<int, PortRefusal> denied;
+    PortRefusal last_refusal;
     int port_number = 1;
     int port_count = 20;
     bool is_open = false;

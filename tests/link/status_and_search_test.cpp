@@ -174,17 +174,23 @@ TEST(ModuleSearch, walks_the_ports_one_a_tick_and_skips_those_in_use) {
 
 TEST(ModuleSearch, a_port_the_user_may_not_open_is_told_once_and_the_search_goes_on) {
     LinkRig rig;
-    rig.fakes.serial.ports(4);
-    rig.fakes.serial.deny_open(2, QStringLiteral("/dev/ttyUSB0"), QStringLiteral("dialout"));
-    rig.fakes.serial.deny_open(4, QStringLiteral("/dev/ttyACM0"), QStringLiteral("plugdev"));
-    rig.fakes.serial.fail_open(3);  // held by another program: nothing to tell
+    rig.fakes.serial.ports(6);
+    using Kind = PortRefusal::Kind;
+    rig.fakes.serial.deny_open(2, {.kind = Kind::join_group, .device = "/dev/ttyUSB0", .group = "dialout"});
+    rig.fakes.serial.deny_open(3, {.kind = Kind::ask_administrator, .device = "/dev/ttyUSB1", .owner = "root"});
+    rig.fakes.serial.deny_open(4, {.kind = Kind::stale_lock, .device = "/dev/ttyACM0", .owner = "ann",
+                                   .lock_file = "/run/lock/LCK..ttyACM0", .pid = 4321});
+    rig.fakes.serial.deny_open(5, {.kind = Kind::held_by_program, .device = "/dev/ttyS0",
+                                   .program = "minicom", .pid = 777});
+    rig.fakes.serial.fail_open(6);  // held, and nothing tells by whom: nothing to tell
     rig.form.start_module_search();
     rig.tick_search(9);  // several passes over the ports
-    const QStringList& told = rig.fakes.boxes.notices;
-    ASSERT_EQ(told.size(), 2);
-    EXPECT_TRUE(told[0].contains(u"/dev/ttyUSB0 exists, but this user may not open it"_s));
-    EXPECT_TRUE(told[0].contains(u"add the user to the group that owns it (dialout)"_s));
-    EXPECT_TRUE(told[1].contains(QStringLiteral("(plugdev)")));
+    EXPECT_EQ(rig.fakes.boxes.notices,
+              (QStringList{message_text(357).arg("/dev/ttyUSB0", "dialout"),
+                           message_text(358).arg("/dev/ttyUSB1", "root"),
+                           message_text(359).arg("/dev/ttyACM0", "/run/lock/LCK..ttyACM0", "4321", "ann"),
+                           message_text(360).arg("/dev/ttyS0", "minicom", "777")}));
+    EXPECT_TRUE(rig.fakes.boxes.notices[0].contains(u"add the user to the group that owns it (dialout)"_s));
     EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
     EXPECT_TRUE(rig.connect().Enabled());
     EXPECT_EQ(rig.form.num_ports, 1);
