@@ -121,9 +121,11 @@ for line in open(wire_path):
 
 # The link's cut: a long silence of the wire. Until the console, searching again, has found the
 # module, what reaches the line may find no reader: the search opens and closes the port as it
-# tries each one. It has found the module when it uploads the settings ("L").
-uploads = [float(l.split()[0]) for l in open(commands_path)
-           if not l.startswith("#") and len(l.split()) >= 2 and l.split()[1] == "L"]
+# tries each one. It has found the module when it starts the stream ("E"): an upload ("L") may
+# come earlier, from the first data frame after the cut, and the next search tick without a
+# status frame still closes and reopens the port, losing what was in flight.
+streams = [float(l.split()[0]) for l in open(commands_path)
+           if not l.startswith("#") and len(l.split()) >= 2 and l.split()[1] == "E"]
 gaps = [(a[0], b[0]) for a, b in zip(frames, frames[1:]) if b[0] - a[0] > 1.0]
 
 # Each sample is matched to the next wire frame with its volume and balloon state. A gating
@@ -164,7 +166,7 @@ for i in range(1, len(samples)):
     elif skipped > 0 and counted == 1 and any(g0 <= at <= g1 + 0.05 for g0, g1 in gaps):
         # Frames that reached the line while the console had no link: not taken in.
         unseen += skipped
-        found = next((c for c in uploads if c > at), None)
+        found = next((c for c in streams if c > at), None)
         assert found is not None, "the module was not found again after the cut"
         late = [f for f in frames[matched[i - 1] + 1:matched[i]] if f[0] >= found]
         assert not late, "%d frames lost after the module was found again at %.3f s, from %.3f s" % (

@@ -197,6 +197,43 @@ TEST(ModuleSearch, a_port_the_user_may_not_open_is_told_once_and_the_search_goes
     EXPECT_EQ(rig.form.Label2.Caption, message_text(319));
 }
 
+// After a cut the module is found again by its status frame, and the link is up with "E".
+// A data frame that comes before any status frame ends the fault state and uploads the settings
+// ("L"), yet the next tick, still without a status frame, closes and reopens the port: what was
+// in flight then is lost by design, and only "E" says the module was found.
+TEST(ModuleSearch, after_a_cut_the_status_frame_first_takes_every_frame_and_a_data_frame_first_loses_the_reopen) {
+    for (const bool status_first : {true, false}) {
+        SCOPED_TRACE(status_first);
+        LinkRig rig(true);
+        rig.heartbeat().set_Enabled(true);
+        rig.heartbeat().tick();
+        rig.heartbeat().tick();  // the link is lost; the search begins
+        ASSERT_TRUE(rig.connect().Enabled());
+        rig.tick_search();  // a port opened, "V"
+        const double counted = rig.form.total_counts;
+        if (status_first) {
+            rig.fakes.serial.receive(status_frame());
+            for (int k = 0; k < 5; ++k) rig.fakes.serial.receive(data_frame());
+            rig.tick_search();  // the checks pass: the settings go up
+            rig.fakes.serial.receive(status_frame());  // and are confirmed
+            for (int k = 0; k < 5; ++k) rig.fakes.serial.receive(data_frame());
+            rig.tick_search();
+            EXPECT_EQ(rig.fakes.serial.sent(), "XE");
+            EXPECT_EQ(rig.form.total_counts, counted + 10);
+        } else {
+            rig.fakes.serial.clear_sent();
+            rig.fakes.serial.receive(data_frame());
+            EXPECT_TRUE(rig.fakes.serial.sent().startsWith('L'));
+            for (int k = 0; k < 3; ++k) rig.fakes.serial.arrive(data_frame());  // in flight
+            rig.tick_search();
+            rig.fakes.serial.drain();
+            EXPECT_EQ(rig.form.total_counts, counted + 1);
+            EXPECT_FALSE(rig.fakes.serial.sent().contains('E'));
+            EXPECT_TRUE(rig.connect().Enabled());
+        }
+    }
+}
+
 TEST(Heartbeat, a_second_silent_tick_loses_the_link_and_in_a_hold_opens_the_relay_or_cues_a_pause) {
     struct Case { const char* what; bool gated; int16_t b_state; int frames; QStringList relay; };
     const Case cases[] = {
