@@ -8,17 +8,20 @@ swapped, a condition negated, an integer constant off by one, + turned into -, o
 statement removed. The mutants are made in a copy of the tree kept in build-mutants/tree (the
 tracked files as they stand in the working tree, copied anew at each run), never in the working
 tree itself; the test binaries are rebuilt incrementally in build-mutants/out, run without the
-tests over a live line, and the file is put back. The test binary of the file's own area runs first; a mutant that it catches is not
-built into the others. Per mutant: file, line, the change, and killed / survived / did not
-build / timed out. Last: "mutation score K/M", the killed (timed out counted as killed) among
-the mutants that built.
+tests over a live line, and the file is put back (with a new time, so that the next build takes
+it). The test binary of the file's own area runs first; a mutant that it catches is not built
+into the others. Per mutant: file, line, the change, and killed (with the test binary and the
+first test that failed) / survived / did not build / timed out. Last: "mutation score K/M", the
+killed among the mutants that built; time-outs are counted apart, as neither killed nor survived
+(a test that hangs says nothing about which check would have caught the fault).
 
 Environment: MUTANT_BUILD (build folder), MUTANT_TIMEOUT (seconds a test binary may run, 120),
 MUTANT_ONLY (a path prefix under src/ to draw the places from, e.g. src/gating),
 MUTANT_AT (a commit: draw the places from src/ as it stood there, so that a later run puts the
 same mutants to a changed suite; each is planted on the line of today's file that still reads
 as that line did, the nearest one, or counted "gone" when no line does),
-MUTANT_PICK (numbers among the drawn mutants to run, e.g. 3,17,40; the others are skipped).
+MUTANT_PICK (numbers among the drawn mutants to run, e.g. 3,17,40; the others are skipped),
+MUTANT_LIVE=1 (the tests over a live line run too).
 """
 import os
 import random
@@ -36,6 +39,7 @@ BUILD = os.path.join(WORK, "out")
 TIMEOUT = int(os.environ.get("MUTANT_TIMEOUT", "120"))
 ONLY = os.environ.get("MUTANT_ONLY", "src/")
 BACKUP = os.path.join(WORK, "mutant-backup")
+LIVE = os.environ.get("MUTANT_LIVE") == "1"
 
 # The tests over a live line (a pseudo-terminal and the simulator, timed) stay out.
 LIVE_SUITES = ["BreathHoldEndToEnd", "FailSafe", "SimulatorOnPseudoTerminal", "ReplayRoundTrip",
@@ -157,8 +161,8 @@ def apply(lines, candidate):
     return "\n".join(changed)
 
 
-def run(cmd, timeout=None):
-    proc = subprocess.Popen(cmd, cwd=ROOT, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+def run(cmd, timeout=None, output=subprocess.DEVNULL):
+    proc = subprocess.Popen(cmd, cwd=ROOT, stdout=output, stderr=subprocess.STDOUT,
                             start_new_session=True)
     try:
         return proc.wait(timeout=timeout)
@@ -168,25 +172,38 @@ def run(cmd, timeout=None):
         return None
 
 
+def first_failed(log_path):
+    """The first test the run reported failed, from GoogleTest's output."""
+    with open(log_path, errors="replace") as f:
+        for line in f:
+            m = re.match(r"\[  FAILED  \] (\S+)", line)
+            if m:
+                return m.group(1)
+    return "the program's own end"
+
+
 def run_tests(areas):
-    """'killed', 'survived' or 'timed out', building and running the areas' binaries in order."""
+    """('killed', by whom), ('survived', ''), ('timed out', binary) or ('did not build', ''),
+    building and running the areas' binaries in order."""
+    log_path = os.path.join(WORK, "test-output.log")
     for area in areas:
         if run(["cmake", "--build", BUILD, "--target", "test_" + area]) != 0:
-            return "did not build"
+            return "did not build", ""
         cmd = [os.path.join(BUILD, "tests", "test_" + area)]
-        if area == "sim":
+        if area == "sim" and not LIVE:
             cmd.append("--gtest_filter=-" + ":".join(s + ".*" for s in LIVE_SUITES))
-        status = run(cmd, TIMEOUT)
+        with open(log_path, "w") as log:
+            status = run(cmd, TIMEOUT, log)
         if status is None:
-            return "timed out"
+            return "timed out", "test_" + area
         if status != 0:
-            return "killed"
-    return "survived"
+            return "killed", "test_%s %s" % (area, first_failed(log_path))
+    return "survived", ""
 
 
 def copy_tree():
     """The tracked files into ROOT, and nothing else; a file whose bytes are unchanged keeps its
-    time, so that the build there stays incremental."""
+    time, so that the build there stays incremental, and a changed one takes the present time."""
     listed = subprocess.run(["git", "ls-files", "-z"], cwd=SOURCE, check=True,
                             capture_output=True).stdout.decode().split("\0")
     for rel in filter(None, listed):
@@ -201,6 +218,9 @@ def copy_tree():
                     continue
         os.makedirs(os.path.dirname(dst), exist_ok=True)
         shutil.copy2(src, dst)
+        # Newer than anything built from what stood there before (a mutant an interrupted run
+        # left, say): the source's own time may be older.
+        os.utime(dst)
     # A file the tree no longer tracks would still be built (the tests are globbed by folder).
     kept = {os.path.normpath(rel) for rel in listed if rel}
     for folder, _, names in os.walk(ROOT):
@@ -217,7 +237,10 @@ def restore_left_behind():
     for folder, _, files in os.walk(BACKUP):
         for name in files:
             saved = os.path.join(folder, name)
-            shutil.copy2(saved, os.path.join(ROOT, os.path.relpath(saved, BACKUP)))
+            restored = os.path.join(ROOT, os.path.relpath(saved, BACKUP))
+            shutil.copy2(saved, restored)
+            # The old time would leave the mutant's objects standing as up to date.
+            os.utime(restored)
             os.remove(saved)
 
 
@@ -234,9 +257,10 @@ def main():
                               + launcher, stdout=subprocess.DEVNULL)
     areas = test_binaries()
     print("mutants: building the tests unchanged in %s" % BUILD, flush=True)
-    baseline = run_tests(areas)
+    baseline, by = run_tests(areas)
     if baseline != "survived":
-        sys.exit("mutants: the unchanged tests do not pass (%s); nothing to measure" % baseline)
+        sys.exit("mutants: the unchanged tests do not pass (%s %s); nothing to measure" %
+                 (baseline, by))
 
     files = sorted(os.path.join(folder, f)
                    for folder, _, names in os.walk(os.path.join(ROOT, "src"))
@@ -280,17 +304,19 @@ def main():
                 f.write(apply(originals[rel], candidate))
             area = rel.split("/")[1]
             order = ([area] if area in areas else []) + [a for a in areas if a != area]
-            verdict = run_tests(order)
+            verdict, by = run_tests(order)
         finally:
             shutil.copy2(saved, path)
             os.remove(saved)
             os.utime(path)  # rebuilt unchanged with the next mutant
         tally[verdict] += 1
-        print("%3d %s:%d  %s  %s" % (k, rel, line_no + 1, candidate[5][:80], verdict), flush=True)
-    built = tally["killed"] + tally["survived"] + tally["timed out"]
+        print("%3d %s:%d  %s  %s%s" % (k, rel, line_no + 1, candidate[5][:80], verdict,
+                                       " by " + by if by else ""), flush=True)
+    built = tally["killed"] + tally["survived"]
     print("mutants: %s in %.0f min" % (", ".join("%d %s" % (v, k) for k, v in tally.items()),
                                       (time.monotonic() - started) / 60))
-    print("mutation score %d/%d" % (tally["killed"] + tally["timed out"], built))
+    print("mutation score %d/%d (time-outs apart: %d)" % (tally["killed"], built,
+                                                         tally["timed out"]))
 
 
 if __name__ == "__main__":
