@@ -266,6 +266,8 @@ const BuiltinMessage builtin_messages[] = {
     {358, "The serial port %1 exists, but only its owner (%2) may open it, so the module can't be found on it. An administrator must give the operators' group the right to read and write it (a udev rule)."},
     {359, "The serial port %1 is held by a lock file that a program left when it ended: %2 (process %3 of the user %4). This user may not remove it, so the module can't be found on the port. An administrator must delete the lock file."},
     {360, "The serial port %1 is in use by another program: %2 (process %3), so the module can't be found on it. End that program to use the port."},
+    // Export Curves refuses to replace a curve that the review shows or that is being recorded.
+    {361, "%1 is a curve file shown in this window or being recorded, and an export can't replace it. Please choose another file name."},
 };
 
 const int builtin_message_count = sizeof(builtin_messages) / sizeof(builtin_messages[0]);

@@ -69,14 +69,9 @@ bool same_file(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// Not in the message catalogue. The export is renamed over the file it replaces: over a curve
-// being recorded, the recording would go on into a file no longer on disk.
-QString curve_in_use_text(const QString& path) {
-    return QStringLiteral(
-               "%1 is a curve file shown in this window or being recorded, and an export can't "
-               "replace it. Please choose another file name.")
-        .arg(path);
-}
+// The export is renamed over the file it replaces: over a curve being recorded, the recording
+// would go on into a file no longer on disk.
+QString curve_in_use_text(const QString& path) { return message_text(361).arg(path); }
 
 }  // namespace
 
