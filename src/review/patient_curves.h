@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -176,5 +177,9 @@ private:
 
 // The line state of a sample: 0 breath hold, 1 free breathing, 2 switch off.
 int sample_line_state(uint8_t balloon, uint8_t patient_switch);
+
+// Whether a sample's session time follows the one before by one frame: the step rounded to
+// the hundredth, ties up, is 0.02 s. Otherwise frames were lost between the two.
+inline bool follows_by_one_frame(double step) { return std::floor(step * 100 + 0.5) / 100 == 0.02; }
 
 }  // namespace zel
