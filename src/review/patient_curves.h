@@ -38,6 +38,7 @@ struct CurveInfo {
     double min_volume = 0;
     double max_volume = 0;
     double count_frequency = 0;
+    QString session;  // the header's session number, for the breath-hold statistics
 };
 
 // A list view in report mode with check boxes; entry i + 1 is item i here.
@@ -92,6 +93,8 @@ public:
     bool minimized = false;
     bool unloaded = false;  // Exit has closed the window
     Control mnuFile, mnuOpenPatientFfiles, mnuExport, mnuClearPlot, mnuExit;
+    // "Breath-hold Statistics": the holds of the curves shown, in a window of their own.
+    Control mnuStatistics;
     Control NTGraph1_place;
     ReviewChart NTGraph1;
     ListView PatientList;
