@@ -1,8 +1,7 @@
 // The program's start and its end.
-#include <QFile>
-
 #include "app/form1.h"
 #include "app/release.h"
+#include "data/file_access.h"
 #include "language/messages.h"
 
 namespace zel {
@@ -171,9 +170,7 @@ void Form1::zel_exit_Click() {
         if (recording && curve_file) {
             curve_file->close();
             curve_file.reset();
-            QFile::setPermissions(record_filename, QFile::permissions(record_filename) &
-                                                       ~(QFile::WriteOwner | QFile::WriteUser |
-                                                         QFile::WriteGroup | QFile::WriteOther));
+            make_read_only(record_filename);
         }
         if (checksum_log_open) close_run_files();
         if (platform.serial.PortOpen()) send_command("d");
