@@ -6,17 +6,10 @@
 
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/file_access.h"
 #include "language/messages.h"
 
 namespace zel {
-
-namespace {
-
-void make_writable(const QString& path) {
-    QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteOwner | QFile::WriteUser);
-}
-
-}  // namespace
 
 QString Form1::curve_file_path() const {
     return data_directory + QLatin1Char('/') + patient_last_name + QLatin1Char('_') +
@@ -27,6 +20,9 @@ QString Form1::curve_file_path() const {
 void Form1::open_curve_file(const QString& path) {
     auto file = std::make_unique<AppendFile>(path, "cmdRecord_Click");
     file->open();
+    // Frames are the clock: a second of lines at a time reaches the disk, so that a power cut
+    // loses at most the last second of the recording.
+    file->keep_synchronised(static_cast<int>(count_frequency));
     curve_file = std::move(file);
 }
 
