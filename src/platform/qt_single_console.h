@@ -13,7 +13,7 @@
 namespace zel {
 
 class QtSingleConsole final : public QObject {
-public:
+  public:
     explicit QtSingleConsole(const QString& settings_folder);
     ~QtSingleConsole() override;
 
@@ -26,7 +26,7 @@ public:
     // Called in the running console when a second start asks for it.
     std::function<void()> on_raise_request;
 
-private:
+  private:
     QString server_name() const;
     QLockFile lock;
     QString folder;
