@@ -230,7 +230,7 @@ class Monkey final : FileDialogs {
         misbehave(now);
         if (tarrow.calls.size() > 1000) tarrow.calls.clear();
         if (console) milestones(*console);
-        for (int k = 0; k < 5; ++k) QTimer::singleShot(0, qApp, [this] { act(); });
+        for (int k = 0; k < 10; ++k) QTimer::singleShot(0, qApp, [this] { act(); });
     }
     // Posted, as the serial adapter posts it, once for all that waits.
     void notify() {
@@ -334,6 +334,12 @@ class Monkey final : FileDialogs {
         // Until the main window shows, the operator answers the boxes and mostly watches the
         // banner and the system check.
         if (!main_window->isVisible() && !box && below(1000) > 1) return;
+        // Armed or holding, the operator now and then waits to see the hold through.
+        if (clock.elapsed() < waiting_until) return;
+        if (console->b_state > 1 && chance(10)) {
+            waiting_until = clock.elapsed() + 500 + below(4500);
+            return log(QStringLiteral("waits"));
+        }
         ++done;
         if (auto* d = qobject_cast<QFileDialog*>(top)) return answer(d);
         if (top->inherits("QPrintDialog")) {
@@ -490,6 +496,7 @@ class Monkey final : FileDialogs {
     QTimer pump;
     bool posted = false;
     double lift_at = 0;
+    qint64 waiting_until = 0;
     std::function<void(bool)> lift;
 };
 
