@@ -21,6 +21,7 @@
 #include "platform/qt_timer.h"
 #include "platform/scheduling.h"
 #include "review_mode.h"
+#include "stats_mode.h"
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/qt_windows.h"
@@ -29,8 +30,8 @@ int main(int argc, char** argv) {
     // Patient data is no business of the machine's other users, whatever mask the session gave.
     zel::tighten_umask();
     // The command line is read before any window system is needed: --help, --version,
-    // --check and a wrong option work on a machine without a display, and none of them
-    // starts the console.
+    // --check, --stats and a wrong option work on a machine without a display, and none of
+    // them starts the console.
     QStringList args;
     for (int k = 1; k < argc; ++k) args.append(QString::fromLocal8Bit(argv[k]));
     const zel::CommandLine line = zel::parse_command_line(args);
@@ -50,6 +51,10 @@ int main(int argc, char** argv) {
         case zel::CommandLine::Mode::check: {
             QCoreApplication core(argc, argv);
             return zel::run_check(app_data_path, line.folder);
+        }
+        case zel::CommandLine::Mode::stats: {
+            QCoreApplication core(argc, argv);
+            return zel::run_stats(app_data_path, line.files, line.csv);
         }
         case zel::CommandLine::Mode::review:
         case zel::CommandLine::Mode::console:

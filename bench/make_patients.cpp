@@ -4,50 +4,32 @@
 // PATIENTS folders (1000 if not given), each with its patient file and companion, a history
 // of CURVES sessions and CURVES curve files (20) of SECONDS of breathing each (60). The
 // curves are recorded once by the recording code from data frames and copied into every
-// folder under the patient's own names.
+// folder under the patient's own names. One patient with 30 sessions of 30 minutes, for
+// timing `zelmoor --stats` on a patient's folder: zel_make_patients DIR 1 30 1800.
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <cmath>
 #include <cstdio>
-#include <numbers>
 
 #include "app/release.h"
 #include "data/patient_file.h"
 #include "data/session_history_file.h"
-#include "fakes/rig.h"
 #include "language/messages.h"
+#include "recorded_curves.h"
 
 namespace {
 
 using namespace zel;
+using zel::test::record_curve;
+using zel::test::Recording;
 
-// One curve of `seconds` at 50 frames a second, with a 20-second hold every minute.
-QByteArray record_curve(const QString& folder, int number, int seconds) {
-    test::Rig rig;
-    rig.form.data_directory = folder;
-    rig.form.patient_last_name = QStringLiteral("Rec");
-    rig.form.patient_first_name = QStringLiteral("Bench");
-    rig.form.patient_medical_id = QString::number(number);
-    rig.form.session = QString::number(number);
-    rig.form.thresh = 1.4f;
-    rig.form.patient_defined = true;
-    rig.form.cmdRecord.Enabled = true;
-    const QString patient = folder + QStringLiteral("/Rec_Bench_%1").arg(number);
-    QDir().mkpath(patient);
-    rig.form.cmdRecord_Click();
-    const double period = 3.6 + 0.1 * number;
-    for (int i = 0; i < seconds * 50; ++i) {
-        const double t = i / 50.0;
-        const bool holding = std::fmod(t, 60.0) >= 30.0 && std::fmod(t, 60.0) < 50.0;
-        const double litres =
-            holding ? 1.55 : 1.0 + 0.8 * std::sin(2 * std::numbers::pi * t / period);
-        rig.fakes.serial.receive(test::data_frame(
-            0x06, holding ? 4 : 1, static_cast<int16_t>(std::lround(litres / 0.004))));
-    }
-    rig.form.cmdPause_Click();
-    QFile file(patient + QStringLiteral("/Rec_%1.dat").arg(number));
+// One session's curve of `seconds`, recorded by the console's recording code.
+QByteArray record_session(const QString& folder, int number, int seconds) {
+    const Recording recording{QStringLiteral("Rec"), QStringLiteral("Bench"),
+                              QString::number(number), QString::number(number), number, seconds,
+                              3.6 + 0.1 * number};
+    QFile file(record_curve(folder, recording));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
@@ -120,7 +102,7 @@ int main(int argc, char** argv) {
     QTemporaryDir recordings;
     std::vector<QByteArray> curves;
     for (int k = 1; k <= curve_count; ++k) {
-        curves.push_back(record_curve(recordings.path(), k, seconds));
+        curves.push_back(record_session(recordings.path(), k, seconds));
         if (curves.back().isEmpty()) {
             std::fprintf(stderr, "zel_make_patients: a recording failed\n");
             return 1;

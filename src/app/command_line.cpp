@@ -9,7 +9,8 @@ namespace {
 const char usage_lines[] =
     "Usage: zelmoor\n"
     "  or:  zelmoor --review [FILE]...\n"
-    "  or:  zelmoor --check FOLDER\n";
+    "  or:  zelmoor --check FOLDER\n"
+    "  or:  zelmoor --stats [--csv] FILE|FOLDER...\n";
 
 bool is_option(const QString& arg) { return arg.startsWith(QLatin1Char('-')) && arg.size() > 1; }
 
@@ -63,6 +64,24 @@ CommandLine parse_command_line(const QStringList& args) {
         line.folder = rest.front();
         return line;
     }
+    if (first == QLatin1String("--stats")) {
+        line.mode = CommandLine::Mode::stats;
+        bool only_names = false;  // behind "--" a name may begin with "-"
+        for (const QString& arg : rest) {
+            if (!only_names && arg == QLatin1String("--")) {
+                only_names = true;
+            } else if (!only_names && arg == QLatin1String("--csv")) {
+                line.csv = true;
+            } else if (!only_names && is_option(arg)) {
+                return usage_error(QStringLiteral("unrecognized option '%1'").arg(arg));
+            } else {
+                line.files.append(arg);
+            }
+        }
+        if (line.files.isEmpty())
+            return usage_error(QStringLiteral("option '--stats' needs a FILE or a FOLDER"));
+        return line;
+    }
     if (is_option(first)) return usage_error(QStringLiteral("unrecognized option '%1'").arg(first));
     return usage_error(QStringLiteral("extra operand '%1'").arg(first));
 }
@@ -80,6 +99,14 @@ QString console_help_text() {
                "                          would, change nothing, print one line per patient\n"
                "                          and a summary; exit 0 when every patient, session\n"
                "                          history and curve file reads, 1 otherwise\n"
+               "      --stats [--csv] FILE|FOLDER...\n"
+               "                          breath-hold statistics of curve files: each hold's\n"
+               "                          length, mean, spread, drift and distance from the\n"
+               "                          threshold, a summary per curve; of a patient's\n"
+               "                          FOLDER every curve file, a summary per session and\n"
+               "                          the spread between sessions; as aligned text, or\n"
+               "                          CSV with --csv; exit 0, 1 when a file can't be read\n"
+               "                          (the others are still printed)\n"
                "  -h, --help              display this help and exit\n"
                "  -V, --version           output version information and exit\n"
                "\n"

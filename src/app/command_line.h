@@ -7,10 +7,11 @@
 namespace zel {
 
 struct CommandLine {
-    enum class Mode { console, review, check, help, version, usage_error };
+    enum class Mode { console, review, check, stats, help, version, usage_error };
     Mode mode = Mode::console;
-    QStringList files;  // --review
+    QStringList files;  // --review; --stats: its files and folders
     QString folder;     // --check
+    bool csv = false;   // --stats --csv
     QString error;      // usage_error: what was wrong, without the program's name
 };
 

@@ -15,6 +15,9 @@ struct CurveData {
     std::vector<double> session_time;  // as the file holds it, with the pauses
     double threshold = 0;
     double count_frequency = 0;
+    // The header's "Session Number:", "Date:" (mm-dd-yyyy) and "Time:" (hh:mm:ss), trimmed;
+    // empty where the header has no such line.
+    QString session, date, time_of_day;
 };
 
 // A file that is not there leaves `curve` as it was. A file that is not a curve file fails

@@ -268,6 +268,32 @@ const BuiltinMessage builtin_messages[] = {
     {360, "The serial port %1 is in use by another program: %2 (process %3), so the module can't be found on it. End that program to use the port."},
     // Export Curves refuses to replace a curve that the review shows or that is being recorded.
     {361, "%1 is a curve file shown in this window or being recorded, and an export can't replace it. Please choose another file name."},
+    // The review's breath-hold statistics: the menu entry and window, the table's columns,
+    // its summary rows, the window's buttons and its CSV file.
+    {362, "Breath-hold Statistics"},
+    {363, "Curve"},
+    {364, "Session"},
+    {365, "Hold"},
+    {366, "Holds"},
+    {367, "Start [s]"},
+    {368, "Length [s]"},
+    {369, "Mean [L]"},
+    {370, "SD [L]"},
+    {371, "Min [L]"},
+    {372, "Max [L]"},
+    {373, "Drift [L]"},
+    {374, "Mean - threshold [L]"},
+    {375, "Frames lost"},
+    {376, "Per curve"},
+    {377, "Per session"},
+    {378, "Between curves"},
+    {379, "Between sessions"},
+    {380, "Copy"},
+    {381, "Save as CSV"},
+    {382, "Close"},
+    {383, "Comma-separated values"},
+    {384, "The statistics were not saved: %1"},
+    {385, "%1 is not a CSV file, and the statistics replace no other file. Please choose another file name."},
 };
 
 const int builtin_message_count = sizeof(builtin_messages) / sizeof(builtin_messages[0]);

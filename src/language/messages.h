@@ -11,7 +11,7 @@ constexpr int16_t number_of_definitions = 255;
 // Texts added to the catalogue, from 357 on: a language file may carry them on lines of its
 // own behind the 255; where it doesn't, they stay in English.
 constexpr int first_added_message = LangOffset + number_of_definitions + 1;
-constexpr int16_t number_of_added_messages = 5;
+constexpr int16_t number_of_added_messages = 29;
 
 // The text of message `id`. 356 gives the empty last slot; any other number outside
 // 101..356 and the added ones is a programming error and fails with a bounds error.

@@ -89,6 +89,7 @@ void PatientCurves::load_next_curve(std::future<CurveData>& reading) {
         curve_session_time[n] = std::move(data.session_time);
         curve_info[n].threshold = data.threshold;
         curve_info[n].count_frequency = data.count_frequency;
+        curve_info[n].session = data.session;
         if (default_rate == 1.0) default_rate = curve_info[n].count_frequency;
         plot_curve(n);
     } catch (const ZelError&) {

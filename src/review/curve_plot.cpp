@@ -40,6 +40,11 @@ void PatientCurves::clear_chart() {
 void PatientCurves::plot_curve(int c) {
     CurveInfo& info = curve_info.at(c);
     int16_t elem = element_total;
+    const std::vector<double>& time = curve_time.at(c);
+    const std::vector<double>& volume = curve_volume.at(c);
+    const std::vector<uint8_t>& balloon = curve_balloon.at(c);
+    const std::vector<uint8_t>& patient_switch = curve_switch.at(c);
+    const std::vector<double>& session_time = curve_session_time.at(c);
     try {
         info.first_element = elem;
         info.breath_hold_times.clear();
@@ -57,12 +62,10 @@ void PatientCurves::plot_curve(int c) {
         NTGraph1.ElementLinetype(0);
         NTGraph1.ElementWidth(3);
         const int16_t zero_element = elem;
+        // Both lines take a point at every sample.
+        NTGraph1.ReservePoints(threshold_element, time.size());
+        NTGraph1.ReservePoints(zero_element, time.size());
 
-        const std::vector<double>& time = curve_time[c];
-        const std::vector<double>& volume = curve_volume[c];
-        const std::vector<uint8_t>& balloon = curve_balloon[c];
-        const std::vector<uint8_t>& patient_switch = curve_switch[c];
-        const std::vector<double>& session_time = curve_session_time[c];
         // A curve that was never read has no first sample.
         if (session_time.empty())
             throw ZelError(err_subscript, QString::fromLatin1(plot_source),
@@ -86,7 +89,7 @@ void PatientCurves::plot_curve(int c) {
             if (v < lowest) lowest = v;
             int state = sample_line_state(balloon[i], patient_switch[i]);
             // Lost samples show as a gap in the session time; the frame period is fixed.
-            if (round_to_places(session_time[i] - last_stamp, 2) != 0.02) state = 3;
+            if (!follows_by_one_frame(session_time[i] - last_stamp)) state = 3;
             last_stamp = session_time[i];
             if (state != last_state) {
                 const double x = info.time_shift + t;

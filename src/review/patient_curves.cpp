@@ -88,6 +88,7 @@ void PatientCurves::prepare_window() {
         {&optPanX, 251},        {&optMeasure, 252},           {&optZoom, 253},
         {&buttonResetZoom, 254}, {&buttonApply, 255},         {&time_label, 165},
         {&volume_label, 166},   {&Mode_frame, 258},           {&Breath_Holds_Frame, 259},
+        {&mnuStatistics, 362},
     };
     for (const auto& [control, row] : captions) control->Caption = message_text(row);
     Caption = message_text(167);
@@ -155,6 +156,7 @@ void PatientCurves::buttonApply_Click() {
 void PatientCurves::update_menus() {
     mnuClearPlot.Enabled = curve_count != 0;
     mnuExport.Enabled = visible_count != 0;
+    mnuStatistics.Enabled = curve_count != 0 && visible_count != 0;
 }
 
 std::vector<Control*> PatientCurves::layout_controls() {

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -37,6 +38,7 @@ struct CurveInfo {
     double min_volume = 0;
     double max_volume = 0;
     double count_frequency = 0;
+    QString session;  // the header's session number, for the breath-hold statistics
 };
 
 // A list view in report mode with check boxes; entry i + 1 is item i here.
@@ -91,6 +93,8 @@ public:
     bool minimized = false;
     bool unloaded = false;  // Exit has closed the window
     Control mnuFile, mnuOpenPatientFfiles, mnuExport, mnuClearPlot, mnuExit;
+    // "Breath-hold Statistics": the holds of the curves shown, in a window of their own.
+    Control mnuStatistics;
     Control NTGraph1_place;
     ReviewChart NTGraph1;
     ListView PatientList;
@@ -176,5 +180,9 @@ private:
 
 // The line state of a sample: 0 breath hold, 1 free breathing, 2 switch off.
 int sample_line_state(uint8_t balloon, uint8_t patient_switch);
+
+// Whether a sample's session time follows the one before by one frame: the step rounded to
+// the hundredth, ties up, is 0.02 s. Otherwise frames were lost between the two.
+inline bool follows_by_one_frame(double step) { return std::floor(step * 100 + 0.5) / 100 == 0.02; }
 
 }  // namespace zel

@@ -63,11 +63,10 @@ void ReviewChart::DeleteElement(int16_t element) {
     ++revision;
 }
 
-void ReviewChart::PlotXY(double x, double y, int16_t element) {
+void ReviewChart::ReservePoints(int16_t element, size_t points) {
     if (element < 0 || element > element_count()) return;
-    list[element]->x.push_back(x);
-    list[element]->y.push_back(y);
-    ++revision;
+    list[element]->x.reserve(points);
+    list[element]->y.reserve(points);
 }
 
 void ReviewChart::SetRange(double x_min, double x_max, double y_min, double y_max) {

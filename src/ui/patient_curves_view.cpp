@@ -12,6 +12,7 @@
 #include <QTreeWidget>
 #include <QWindowStateChangeEvent>
 
+#include "ui/breath_hold_statistics_view.h"
 #include "ui/control_widgets.h"
 #include "ui/review_chart_widget.h"
 
@@ -136,6 +137,17 @@ void PatientCurvesView::build_menus() {
     };
     add(m.mnuOpenPatientFfiles, &PatientCurves::mnuOpenPatientFfiles_Click);
     add(m.mnuExport, &PatientCurves::mnuExport_Click);
+    // The statistics open in a window of their own, over the curves shown now.
+    QAction* statistics = file->addAction(QString());
+    actions.emplace_back(&m.mnuStatistics, statistics);
+    connect(statistics, &QAction::triggered, this, [this] {
+        run("mnuStatistics_Click", [this] {
+            auto* window =
+                new BreathHoldStatisticsView(curves, curves.platform.locale, run_event, this);
+            window->setAttribute(Qt::WA_DeleteOnClose);
+            window->show();
+        });
+    });
     add(m.mnuClearPlot, &PatientCurves::mnuClearPlot_Click);
     file->addSeparator();
     add(m.mnuExit, &PatientCurves::mnuExit_Click);

@@ -73,14 +73,17 @@ class ElementsPlottable final : public QCPAbstractPlottable {
 
   private:
     const ReviewChart& model;
-    // Per element number, whether x never decreases, for the model's revision it was found for.
-    // Numbers, not pointers: the logic may delete elements between two draws.
-    std::vector<char> sorted;
+    // Per element number, whether x never decreases and whether every y is the same, for the
+    // model's revision they were found for. Numbers, not pointers: the logic may delete
+    // elements between two draws.
+    std::vector<char> sorted, flat;
     uint64_t sorted_revision = 0;
     bool sorted_known = false;
     std::vector<QPointF> points;
 
     void find_sorted();
+    void draw_straight(QCPPainter* painter, const ChartElement& e, size_t first, size_t last,
+                       const AxisMap& xm, const AxisMap& ym, const QRect& area);
     void draw_element(QCPPainter* painter, const ChartElement& e, bool is_sorted, size_t first,
                       size_t last, const AxisMap& xm, const AxisMap& ym, const QRect& area);
 };
@@ -89,9 +92,13 @@ void ElementsPlottable::find_sorted() {
     const auto& list = model.elements();
     if (sorted_known && sorted_revision == model.revision && sorted.size() == list.size()) return;
     sorted.assign(list.size(), 0);
+    flat.assign(list.size(), 0);
     for (size_t n = 1; n < list.size(); ++n) {
         const std::vector<double>& x = list[n]->x;
+        const std::vector<double>& y = list[n]->y;
         sorted[n] = std::is_sorted(x.begin(), x.end());
+        flat[n] =
+            !y.empty() && std::all_of(y.begin(), y.end(), [&](double v) { return v == y[0]; });
     }
     sorted_revision = model.revision;
     sorted_known = true;
@@ -136,11 +143,28 @@ void ElementsPlottable::draw(QCPPainter* painter) {
             on_top.push_back({n, first, last});
             continue;
         }
+        if (sorted[n] && flat[n] && e.line_type != 2 && last > first) {
+            // The threshold and zero lines: a point at every sample, one straight line.
+            draw_straight(painter, e, first, last, xm, ym, area);
+            continue;
+        }
         draw_element(painter, e, sorted[n], first, last, xm, ym, area);
     }
     for (const Deferred& d : on_top) {
         draw_element(painter, *list[d.number], sorted[d.number], d.first, d.last, xm, ym, area);
     }
+}
+
+void ElementsPlottable::draw_straight(QCPPainter* painter, const ChartElement& e, size_t first,
+                                      size_t last, const AxisMap& xm, const AxisMap& ym,
+                                      const QRect& area) {
+    const double left = area.left(), right = area.right() + 1.0;
+    const double y = clamp_pixel(ym(e.y[first]), area.top(), area.bottom() + 1.0);
+    const QPointF ends[] = {{clamp_pixel(xm(e.x[first]), left, right), y},
+                            {clamp_pixel(xm(e.x[last]), left, right), y}};
+    painter->setPen(element_pen(e));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawPolyline(ends, 2);
 }
 
 // A point that lies on the straight way from the one before to the one after, along a row or
@@ -171,8 +195,16 @@ void draw_envelope(QCPPainter* painter, const ChartElement& e, size_t first, siz
     const double w = std::max<int>(1, e.width);
     const double left = area.left(), right = area.right() + 1.0;
     const double top = area.top() - w, bottom = area.bottom() + 1.0 + w;
-    std::vector<QRectF> rects;
+    std::vector<QRect> rects;
     rects.reserve(static_cast<size_t>(area.width()) + 2);
+    // The pixels whose centres the rectangle holds, as the aliased rasteriser fills it: whole
+    // pixels fill at once, where a rectangle at fractions goes the slow way of a path.
+    auto pixels = [](double x0, double y0, double x1, double y1) {
+        const int left = static_cast<int>(std::ceil(x0 - 0.5));
+        const int top = static_cast<int>(std::ceil(y0 - 0.5));
+        return QRect(left, top, static_cast<int>(std::ceil(x1 - 0.5)) - left,
+                     static_cast<int>(std::ceil(y1 - 0.5)) - top);
+    };
     double previous_y = std::numeric_limits<double>::quiet_NaN();
     size_t i = first;
     while (i <= last) {
@@ -194,7 +226,8 @@ void draw_envelope(QCPPainter* painter, const ChartElement& e, size_t first, siz
         a = std::clamp(a, top, bottom);
         b = std::clamp(b, top, bottom);
         const double x = column + 0.5;
-        if (x >= left - w && x <= right + w) rects.emplace_back(x - w / 2, a - w / 2, w, b - a + w);
+        if (x >= left - w && x <= right + w)
+            rects.push_back(pixels(x - w / 2, a - w / 2, x + w / 2, b + w / 2));
         i = j;
     }
     painter->setPen(Qt::NoPen);
@@ -333,7 +366,26 @@ void ReviewChartWidget::sync() {
     }
     synced = true;
     synced_revision = model.revision;
-    if (changed) replot();
+    // A hidden chart is drawn when it is shown, at the size it then has: a review opened on
+    // files is drawn once, not once more at the size it had before its window came up.
+    if (changed && isVisible())
+        replot();
+    else if (changed)
+        replot_when_shown = true;
+}
+
+void ReviewChartWidget::resizeEvent(QResizeEvent* event) {
+    // The plot draws itself anew at its new size.
+    replot_when_shown = false;
+    QCustomPlot::resizeEvent(event);
+}
+
+void ReviewChartWidget::showEvent(QShowEvent* event) {
+    QCustomPlot::showEvent(event);
+    if (replot_when_shown) {
+        replot_when_shown = false;
+        replot(rpQueuedRefresh);
+    }
 }
 
 void ReviewChartWidget::show_model_range() {

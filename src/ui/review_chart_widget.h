@@ -29,6 +29,8 @@ class ReviewChartWidget final : public QCustomPlot {
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
   private:
     ReviewChart& model;
@@ -36,6 +38,7 @@ class ReviewChartWidget final : public QCustomPlot {
     uint64_t synced_revision = 0, synced_view_revision = 0;
     int32_t applied_mode = 0;
     bool measuring = false;
+    bool replot_when_shown = false;
 
     void show_model_range();
     // The range that the plot's own drag or zoom rectangle left on the axes goes to the model,

@@ -215,6 +215,8 @@ TEST(ProgramCommandLines, answer_help_version_and_wrong_use_without_starting) {
         {ZELMOOR_PATH, {"--check"}, 2, "", "option '--check' needs a FOLDER"},
         {ZELMOOR_PATH, {"--check", "a", "b"}, 2, "", "extra operand 'b'"},
         {ZELMOOR_PATH, {"stray"}, 2, "", "extra operand 'stray'\nUsage: zelmoor\n"},
+        {ZELMOOR_PATH, {"--stats", "--csv"}, 2, "", "option '--stats' needs a FILE or a FOLDER"},
+        {ZELMOOR_PATH, {"--stats", "--tsv", "a.dat"}, 2, "", "unrecognized option '--tsv'"},
 #ifdef ZELMOOR_SIM_PATH
         {ZELMOOR_SIM_PATH, {"--help"}, 0, "Usage: zelmoor-sim [OPTION]...\n", ""},
         {ZELMOOR_SIM_PATH, {"--bogus"}, 2, "", "Usage: zelmoor-sim [OPTION]...\n"},
@@ -225,6 +227,7 @@ TEST(ProgramCommandLines, answer_help_version_and_wrong_use_without_starting) {
 #endif
         // Used rightly, on a folder that isn't there: no usage text.
         {ZELMOOR_PATH, {"--check", "/nonexistent"}, 2, "", "zelmoor: /nonexistent: not a folder\n"},
+        {ZELMOOR_PATH, {"--stats", "/nonexistent"}, 1, "", "/nonexistent: no such file or folder\n"},
     };
     for (const Case& c : cases) {
         const ProgramRun run = run_console(c.args, QString::fromLocal8Bit(c.program));
