@@ -9,6 +9,7 @@
 #include "app/form1.h"
 #include "app/relay_guard.h"
 #include "check_mode.h"
+#include "data/file_access.h"
 #include "language/messages.h"
 #include "platform/exit_signals.h"
 #include "platform/qt_chart_surface.h"
@@ -26,6 +27,8 @@
 #include "ui/qt_windows.h"
 
 int main(int argc, char** argv) {
+    // Patient data is no business of the machine's other users, whatever mask the session gave.
+    zel::tighten_umask();
     // The command line is read before any window system is needed: --help, --version,
     // --check, --stats and a wrong option work on a machine without a display, and none of
     // them starts the console.

@@ -1,8 +1,9 @@
-// What it costs to take each recorded curve line to the disk itself rather than to the
-// system's cache: lines written at the recording's rate through the console's line writer,
-// first flushed only (as the console does), then flushed and synchronised (fdatasync) each.
+// What taking the recorded curve lines to the disk costs the frame's thread: lines written at
+// the recording's rate through the console's line writer, first flushed only (to the system's
+// cache), then as the console does (a second of lines synchronised by the file's own thread),
+// then flushed and synchronised (fdatasync) each on the frame's thread.
 //
-//   zel_curve_sync [seconds] [folder]      default 20 s per way, in a temporary folder
+//   zel_curve_sync [seconds] [folder]      default 20 s a way, in a temporary folder
 //
 // The folder should be on the disk that holds the patients' files.
 #include <unistd.h>
@@ -21,7 +22,9 @@
 
 namespace {
 
-constexpr int lines_per_second = 25;
+constexpr int lines_per_second = 50;
+
+enum class Way { flushed, console, each_line };
 
 struct Figures {
     double median_us, p99_us, max_us;
@@ -33,7 +36,7 @@ Figures figures(std::vector<double> us) {
 }
 
 // `lines` lines at the recording's rate; the time each write took, in microseconds.
-std::vector<double> record(zel::Form1& form, int lines, bool synchronise) {
+std::vector<double> record(zel::Form1& form, int lines, Way way) {
     std::vector<double> taken;
     QElapsedTimer clock;
     clock.start();
@@ -45,7 +48,8 @@ std::vector<double> record(zel::Form1& form, int lines, bool synchronise) {
         form.volume = (n % 250) * 0.004;
         const qint64 start = clock.nsecsElapsed();
         form.write_recording_line();
-        if (synchronise && ::fdatasync(form.curve_file->handle()) != 0) std::perror("fdatasync");
+        if (way == Way::each_line && ::fdatasync(form.curve_file->handle()) != 0)
+            std::perror("fdatasync");
         taken.push_back(static_cast<double>(clock.nsecsElapsed() - start) / 1000.0);
     }
     return taken;
@@ -76,15 +80,22 @@ int main(int argc, char** argv) {
     const int lines = seconds * lines_per_second;
     std::printf("%d lines at %d a second each way, in %s\n", lines, lines_per_second,
                 qPrintable(scratch.path()));
-    for (const bool synchronise : {false, true}) {
-        form.session = synchronise ? QStringLiteral("synced") : QStringLiteral("flushed");
+    const std::pair<Way, const char*> ways[] = {{Way::flushed, "flush only"},
+                                                 {Way::console, "flush, a second synced"},
+                                                 {Way::each_line, "flush + fdatasync"}};
+    for (const auto& [way, name] : ways) {
+        form.session = QString::fromLatin1(name).replace(QLatin1Char(' '), QLatin1Char('_'));
         form.record_file_created = false;
         form.cmdRecord_Click();
-        const Figures f = figures(record(form, lines, synchronise));
+        // The recording as it was before its lines were synchronised at all.
+        if (way != Way::console) {
+            form.curve_file = std::make_unique<zel::AppendFile>(form.record_filename, "bench");
+            form.curve_file->open();
+        }
+        const Figures f = figures(record(form, lines, way));
         form.cmdPause_Click();
         std::printf("%-24s median %8.1f us   99th percentile %8.1f us   longest %8.1f us\n",
-                    synchronise ? "flush + fdatasync" : "flush (the console)", f.median_us,
-                    f.p99_us, f.max_us);
+                    name, f.median_us, f.p99_us, f.max_us);
     }
     return 0;
 }

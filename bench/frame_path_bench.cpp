@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <QGuiApplication>
+#include <QTemporaryDir>
 #include <cmath>
 
 #include "app/form1.h"
@@ -29,9 +30,8 @@ struct BenchRig {
     }
 };
 
-void BM_FramePath(benchmark::State& state) {
-    BenchRig rig;
-    // One breathing cycle of frames, a sweep and a half of the chart over the run.
+// One breathing cycle of frames, a sweep and a half of the chart over the run.
+void run_frames(benchmark::State& state, BenchRig& rig) {
     std::vector<QByteArray> frames;
     for (int k = 0; k < 200; ++k) {
         const auto units = static_cast<int16_t>(250 * std::sin(k * 2 * M_PI / 200));
@@ -44,7 +44,27 @@ void BM_FramePath(benchmark::State& state) {
     }
     benchmark::DoNotOptimize(rig.form.total_counts);
 }
+
+void BM_FramePath(benchmark::State& state) {
+    BenchRig rig;
+    run_frames(state, rig);
+}
 BENCHMARK(BM_FramePath)->Unit(benchmark::kMicrosecond)->Repetitions(10)->ReportAggregatesOnly();
+
+// The same while recording, each frame's line written to a curve file in the temporary folder
+// (and, frames being the clock, a second's worth of lines at a time taken to the disk).
+void BM_FramePathRecording(benchmark::State& state) {
+    BenchRig rig;
+    QTemporaryDir folder;
+    test::as_patient(rig.form, folder.path(), QStringLiteral("1"));
+    rig.form.cmdRecord_Click();
+    run_frames(state, rig);
+    rig.form.cmdPause_Click();
+}
+BENCHMARK(BM_FramePathRecording)
+    ->Unit(benchmark::kMicrosecond)
+    ->Repetitions(10)
+    ->ReportAggregatesOnly();
 
 void BM_DrawChart(benchmark::State& state) {
     BenchRig rig;

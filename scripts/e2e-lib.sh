@@ -1,6 +1,7 @@
 # Shared by the end-to-end scripts: a private X display, the simulator and the console started
 # as a user would, and the windows driven with xdotool. Sourced, not run.
 #   e2e_start DIR      Xvfb on a free display, HOME=DIR, the simulated gating library installed
+#   e2e_fresh_start DIR  the same, without the settings, patients and gating calls of a run before
 #   e2e_sim SCRIPT     the simulator, headless, running SCRIPT (a file), with its wire log
 #   e2e_console        the console; its output goes to DIR/console-N.log
 #   wait_window TITLE  waits for a visible window with that title, prints its id
@@ -48,6 +49,16 @@ e2e_start() {
     xdpyinfo >/dev/null 2>&1 || e2e_fail "Xvfb did not start on $DISPLAY"
     E2E_CONSOLE_RUNS=0
     trap e2e_stop EXIT
+}
+
+# e2e_start, then no settings, no patients and no gating calls from an earlier run: the first
+# start's questions come again, and DIR/patients is empty (E2E_PATIENTS).
+e2e_fresh_start() {
+    e2e_start "$1"
+    rm -rf "$E2E_DIR/patients" "$E2E_APP_DATA/zel.ini" "$E2E_APP_DATA/datapath.ini" \
+        "$E2E_APP_DATA/sim/tarrow-calls.log"
+    E2E_PATIENTS=$E2E_DIR/patients
+    mkdir -p "$E2E_PATIENTS"
 }
 
 e2e_stop() {
@@ -171,19 +182,24 @@ sim_commands() {
 # How many times the module was armed ("A").
 armed_count() { sim_commands | awk '$0 == "A" {n++} END {print n + 0}'; }
 
-# One breath hold as the operator works it: the spacebar arms the balloon once the volume is
-# out of the hold's region ("A" reaches the module), the module closes at the threshold and
-# counts down, the balloon lets go.
-breath_hold() {
+# The spacebar until the balloon is armed once the volume is out of the hold's region ("A"
+# reaches the module).
+arm_hold() {
     local main=$1 armed_before
     armed_before=$(armed_count)
     for _ in $(seq 40); do
         keys_to "$main" space
         sleep 0.4
-        [ "$(armed_count)" -gt "$armed_before" ] && break
+        [ "$(armed_count)" -gt "$armed_before" ] && return 0
         # Not taken (the volume stood in the hold's region): the prompt comes back; try again.
     done
-    [ "$(armed_count)" -gt "$armed_before" ] || e2e_fail "the console never armed"
+    e2e_fail "the console never armed"
+}
+
+# One breath hold as the operator works it: the balloon armed, the module closes at the
+# threshold and counts down, the balloon lets go.
+breath_hold() {
+    arm_hold "$1"
     wait_balloon 4 30
     wait_balloon 1 60
     e2e_log "a breath hold ran"

@@ -10,10 +10,7 @@ cd "$(dirname "$0")/.."
 [ $# -ge 1 ] || { echo "usage: $0 DIR" >&2; exit 2; }
 . scripts/e2e-lib.sh
 
-e2e_start "$1"
-rm -rf "$E2E_DIR/patients" "$E2E_APP_DATA/zel.ini" "$E2E_APP_DATA/datapath.ini"
-E2E_PATIENTS=$E2E_DIR/patients
-mkdir -p "$E2E_PATIENTS"
+e2e_fresh_start "$1"
 echo "# quiet breathing" >"$E2E_DIR/sim-script.txt"
 e2e_sim "$E2E_DIR/sim-script.txt"
 

@@ -14,11 +14,7 @@ cd "$(dirname "$0")/.."
 [ $# -ge 1 ] || { echo "usage: $0 DIR" >&2; exit 2; }
 . scripts/e2e-lib.sh
 
-e2e_start "$1"
-rm -rf "$E2E_DIR/patients" "$E2E_APP_DATA/zel.ini" "$E2E_APP_DATA/datapath.ini" \
-    "$E2E_APP_DATA/sim/tarrow-calls.log"
-E2E_PATIENTS=$E2E_DIR/patients
-mkdir -p "$E2E_PATIENTS"
+e2e_fresh_start "$1"
 patient=$E2E_PATIENTS/Poe_Max_C3
 calls=$E2E_APP_DATA/sim/tarrow-calls.log
 
@@ -28,16 +24,9 @@ e2e_sim "$E2E_DIR/sim-script.txt"
 relay_calls() { grep -o 'Tarrow_SetRelayState([01])\|Tarrow_Close()' "$calls" 2>/dev/null || true; }
 last_relay_call() { relay_calls | grep SetRelayState | tail -1; }
 
-# The spacebar until the module is armed, then the hold until the relay is closed for it.
+# The balloon armed, then the hold until the relay is closed for it.
 gated_hold_closes_relay() {
-    local main=$1 armed_before
-    armed_before=$(armed_count)
-    for _ in $(seq 40); do
-        keys_to "$main" space
-        sleep 0.4
-        [ "$(armed_count)" -gt "$armed_before" ] && break
-    done
-    [ "$(armed_count)" -gt "$armed_before" ] || e2e_fail "the console never armed"
+    arm_hold "$1"
     for _ in $(seq 300); do
         [ "$(last_relay_call)" = "Tarrow_SetRelayState(1)" ] && return 0
         sleep 0.1

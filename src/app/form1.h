@@ -61,9 +61,11 @@ public:
     QString recording_line() const;
     void write_recording_line();
 
-    // Commands to the module (link).
-    void send_command(const char* letters);
-    void send_byte(uint8_t byte);
+    // Commands to the module (link). False when the command did not leave whole: a linked
+    // module is then lost, as if it had gone silent, and a port being tried is closed.
+    bool send_command(const char* letters);
+    bool send_byte(uint8_t byte);
+    bool sent_to_module(bool sent);
     void upload_settings();
     void stop_module_link();
 
@@ -72,6 +74,8 @@ public:
     void enumerate_com_ports();
     void Timer_module_connect_Timer();
     void Timer_HeartBeat_Timer();
+    // The link is lost: the port closed, the search started, a running hold ended safely.
+    void lose_module_link();
 
     // The breath-hold cycle (breathhold).
     void read_patient_switch();

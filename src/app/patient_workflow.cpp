@@ -1,18 +1,10 @@
 // The File and Settings menus' patient entries and the undoing of a patient. No patient can be
 // changed during a breath hold.
-#include <QFile>
-
 #include "app/form1.h"
+#include "data/file_access.h"
 #include "language/messages.h"
 
 namespace zel {
-
-namespace {
-void make_read_only(const QString& path) {
-    QFile::setPermissions(path, QFile::permissions(path) & ~(QFile::WriteOwner | QFile::WriteUser |
-                                                             QFile::WriteGroup | QFile::WriteOther));
-}
-}  // namespace
 
 bool Form1::leave_current_patient() {
     if (!patient_defined) return true;

@@ -10,7 +10,7 @@ namespace zel {
 class Form1;
 
 class RelayGuard {
-public:
+  public:
     explicit RelayGuard(Form1& form);
     // The form is going: from here on the console's own end has opened the relay.
     ~RelayGuard();

@@ -1,8 +1,7 @@
 // The program's start and its end.
-#include <QFile>
-
 #include "app/form1.h"
 #include "app/release.h"
+#include "data/file_access.h"
 #include "language/messages.h"
 
 namespace zel {

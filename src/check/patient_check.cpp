@@ -172,8 +172,7 @@ QStringList patient_check_lines(const PatientCheck& check) {
 }
 
 QString check_summary(const std::vector<PatientCheck>& checks) {
-    int load = 0, quarantine = 0, refused = 0, unreadable = 0, histories = 0, readable = 0,
-        bad = 0;
+    int load = 0, quarantine = 0, refused = 0, unreadable = 0, histories = 0, readable = 0, bad = 0;
     for (const PatientCheck& check : checks) {
         if (check.verdict == LoadVerdict::loads)
             ++load;

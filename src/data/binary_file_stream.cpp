@@ -11,12 +11,11 @@
 #include <cstring>
 
 #include "app/zel_error.h"
+#include "data/file_fault.h"
 
 namespace zel {
 
 namespace {
-
-constexpr int bad_file_number = 52;
 
 QString source_text() {
     QString program = QCoreApplication::applicationName();
@@ -24,46 +23,32 @@ QString source_text() {
     return program + QStringLiteral(".File");
 }
 
-[[noreturn]] void raise_file_error(int number) {
-    QString description;
-    switch (number) {
-        case err_file_not_found:
-            description = QStringLiteral("File not found");
-            break;
-        case err_permission_denied:
-            description = QStringLiteral("Permission denied");
-            break;
-        case err_input_past_end:
-            description = QStringLiteral("Input past end of file");
-            break;
-        case bad_file_number:
-            description = QStringLiteral("Bad file name or number");
-            break;
-        default:
-            description = QStringLiteral("Path/File access error");
-            break;
-    }
+[[noreturn]] void raise_file_error(int number, const QString& description) {
     throw ZelError(number, source_text(), description);
+}
+
+// A failure of the system, numbered and worded as every file operation of the console has it.
+[[noreturn]] void raise_system_error(int error, const QString& path) {
+    raise_file_error(file_fault_number(error), file_fault_text(error, path));
+}
+
+// The directory query: 0 when `path` names a normal file, otherwise the errno of the failure,
+// ENOENT for a name that is no file (a folder counts as absent).
+int query_file(const QByteArray& native) {
+    struct stat info {};
+    if (::stat(native.constData(), &info) != 0)
+        return errno == ENOTDIR || errno == ENAMETOOLONG ? ENOENT : errno;
+    return S_ISREG(info.st_mode) ? 0 : ENOENT;
 }
 
 }  // namespace
 
 bool file_exists(const QString& path, int& error_number) {
-    error_number = 0;
-    struct stat info {};
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0) {
-        if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG) {
-            error_number = err_file_not_found;
-        } else {
-            error_number = err_path_file_access;
-        }
-        return false;
-    }
-    if (!S_ISREG(info.st_mode)) {
-        error_number = err_file_not_found;
-        return false;
-    }
-    return true;
+    const int error = query_file(QFile::encodeName(path));
+    error_number = error == 0        ? 0
+                   : error == ENOENT ? int(err_file_not_found)
+                                     : file_fault_number(error);
+    return error == 0;
 }
 
 cBinaryFileStream::~cBinaryFileStream() { Dispose(); }
@@ -71,20 +56,25 @@ cBinaryFileStream::~cBinaryFileStream() { Dispose(); }
 void cBinaryFileStream::file(const QString& path) {
     Dispose();
     file_name = path;
-    int error_number = 0;
-    if (!file_exists(path, error_number)) raise_file_error(error_number);
+    const QByteArray native = QFile::encodeName(path);
+    if (const int error = query_file(native)) {
+        if (error == ENOENT) raise_file_error(err_file_not_found, QStringLiteral("File not found"));
+        raise_system_error(error, path);
+    }
 
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) raise_file_error(errno == EACCES ? err_permission_denied : err_path_file_access);
+    const int fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) raise_system_error(errno, path);
+    // Another program writing the file holds it: the sharing of the file is refused.
     if (::flock(fd, LOCK_SH | LOCK_NB) != 0) {
         ::close(fd);
-        raise_file_error(err_permission_denied);
+        raise_file_error(err_permission_denied, QStringLiteral("Permission denied"));
     }
     struct stat info {};
     if (::fstat(fd, &info) != 0 || info.st_size > INT32_MAX) {
+        const int error = errno;
         ::close(fd);
         if (info.st_size > INT32_MAX) raise_overflow("cBinaryFileStream.File");
-        raise_file_error(err_path_file_access);
+        raise_system_error(error, path);
     }
     if (fd > INT16_MAX) {
         ::close(fd);
@@ -101,9 +91,9 @@ void cBinaryFileStream::read_exactly(uint8_t* into, int32_t count) {
     while (got < count) {
         const ssize_t n = ::read(descriptor, into + got, static_cast<size_t>(count - got));
         if (n < 0 && errno == EINTR) continue;
-        if (n < 0) raise_file_error(err_path_file_access);
+        if (n < 0) raise_system_error(errno, file_name);
         // The file shrank under the stream: a read failure, never a guess at its bytes.
-        if (n == 0) raise_file_error(err_input_past_end);
+        if (n == 0) raise_file_error(err_input_past_end, QStringLiteral("Input past end of file"));
         got += static_cast<int32_t>(n);
     }
 }
@@ -116,13 +106,15 @@ int32_t cBinaryFileStream::Read(std::vector<uint8_t>& buffer, int32_t count) {
     if (end_of_chunk > INT32_MAX) raise_overflow("cBinaryFileStream.Read");
     int32_t delivered = 0;
     if (end_of_chunk < file_length) {
-        if (file_number == 0) raise_file_error(bad_file_number);
+        if (file_number == 0)
+            raise_file_error(err_bad_file_number, QStringLiteral("Bad file name or number"));
         read_exactly(buffer.data(), count);
         delivered = count;
     } else {
         const int32_t remaining = file_length - read_position;
         if (remaining > 0) {
-            if (file_number == 0) raise_file_error(bad_file_number);
+            if (file_number == 0)
+                raise_file_error(err_bad_file_number, QStringLiteral("Bad file name or number"));
             // The last part, even a full chunk, goes through an array of its own size.
             std::vector<uint8_t> last_part(static_cast<size_t>(remaining));
             read_exactly(last_part.data(), remaining);

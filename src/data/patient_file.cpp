@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <array>
+#include <cerrno>
 
 #include "app/helpers.h"
 #include "app/zel_error.h"
@@ -88,22 +89,24 @@ QStringList patient_file_lines(const QString& stamp, const QString& software_ver
     };
 }
 
-bool write_patient_files(const QString& zel_path, const QStringList& lines) {
+Written write_patient_files(const QString& zel_path, const QStringList& lines) {
     QByteArray bytes;
-    if (!latin1_lines(lines, bytes)) return false;
+    if (!latin1_lines(lines, bytes)) return {EILSEQ, zel_path};
     // Both files are written beside the old ones before either is put in place: a full disk
     // leaves the old pair, which still loads, and never a new file beside an old CRC.
     WholeFileReplacement replacement;
-    if (!replacement.write(zel_path, bytes, true)) return false;
+    if (!replacement.write(zel_path, bytes, true)) return replacement.result();
     // The CRC is taken from the file as it stands on disk, not from the bytes meant for it.
     int32_t crc = 0;
     try {
         crc = CalculateCRC(replacement.written_path(0));
     } catch (const ZelError&) {
-        return false;
+        return {EIO, replacement.written_path(0)};
     }
-    return replacement.write(companion_path(zel_path), crc_companion_line(crc)) &&
-           replacement.commit();
+    if (replacement.write(companion_path(zel_path), crc_companion_line(crc)) &&
+        replacement.commit())
+        return {};
+    return replacement.result();
 }
 
 PatientFileReading read_patient_file(const QString& zel_path, const QString& stamp,

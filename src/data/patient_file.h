@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <cstdint>
 
+#include "data/whole_file.h"
+
 namespace zel {
 
 // The values that hold for the whole course of treatment.
@@ -35,11 +37,11 @@ QStringList patient_file_lines(const QString& stamp, const QString& software_ver
                                const PatientParameters& parameters, const QString& date_text,
                                const QString& number_format, QChar separator);
 
-// Replaces the ".zel" whole (its read-only attribute cleared first, written through a
-// temporary file and renamed), leaves it read-only, then replaces the companion with the CRC
-// of the finished file. False when either can't be written; a ".zel" already replaced then
-// keeps a companion that no longer matches, and the next load finds it corrupt.
-bool write_patient_files(const QString& zel_path, const QStringList& lines);
+// Writes the new ".zel" (read-only) and its companion with the CRC of the file as it stands on
+// disk, both beside the old ones, then puts both in place: a failed step leaves the old pair,
+// which still loads. What failed when either can't be written (EILSEQ for a text outside
+// Latin-1).
+Written write_patient_files(const QString& zel_path, const QStringList& lines);
 
 // What a load found, in the order of its tests.
 enum class PatientFileVerdict {

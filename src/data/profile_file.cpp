@@ -1,7 +1,11 @@
 #include "data/profile_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QFile>
-#include <QFileInfo>
+#include <cerrno>
 #include <optional>
 #include <vector>
 
@@ -150,35 +154,47 @@ void end_with_line_break(Line& line) {
     if (line.end.isEmpty()) line.end = "\r\n";
 }
 
-bool read_file(const QString& path, QByteArray& contents, bool& exists) {
+// 0, or the errno of the failure (EISDIR for a folder); a missing file reads as empty.
+int read_file(const QString& path, QByteArray& contents, bool& exists) {
     contents.clear();
-    const QFileInfo info(path);
-    exists = info.exists();
-    if (!exists) return true;
-    QFile file(path);
-    if (info.isDir() || !file.open(QIODevice::ReadOnly)) return false;
-    contents = file.readAll();
-    return file.error() == QFileDevice::NoError;
+    const QByteArray native = QFile::encodeName(path);
+    const int fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC);
+    exists = fd >= 0 || (errno != ENOENT && errno != ENOTDIR);
+    if (fd < 0) return exists ? errno : 0;
+    struct stat info {};
+    int error = ::fstat(fd, &info) != 0 ? errno : S_ISDIR(info.st_mode) ? EISDIR : 0;
+    char buffer[65536];
+    while (!error) {
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) error = errno;
+        if (got <= 0) break;
+        contents.append(buffer, got);
+    }
+    ::close(fd);
+    if (error) contents.clear();
+    return error;
 }
 
-bool edit_file(const QString& path, const QString& section, const QString* key,
-               const QString* value) {
+Written edit_file(const QString& path, const QString& section, const QString* key,
+                  const QString* value) {
     QByteArray contents;
     bool exists = false;
-    if (!read_file(path, contents, exists)) return false;
+    if (const int error = read_file(path, contents, exists)) return {error, path};
     const QByteArray before = contents;
-    if (!edit_profile(contents, section, key, value)) return false;
+    if (!edit_profile(contents, section, key, value)) return {EINVAL, path};
     // A deletion that finds nothing leaves the file alone; on a missing file it leaves an
     // empty one, as Windows does.
-    if (exists && contents == before && (key == nullptr || value == nullptr)) return true;
+    if (exists && contents == before && (key == nullptr || value == nullptr)) return {};
     return replace_whole_file(path, contents);
 }
 
 }  // namespace
 
-bool read_profile_file(const QString& path, QByteArray& contents) {
+Written read_profile_file(const QString& path, QByteArray& contents) {
     bool exists = false;
-    return read_file(path, contents, exists);
+    if (const int error = read_file(path, contents, exists)) return {error, path};
+    return {};
 }
 
 QString profile_value(const QByteArray& contents, const QString& section, const QString& key,
@@ -274,16 +290,16 @@ QString read_profile_string(const QString& path, const QString& section, const Q
     return profile_value(read_profile_file(path), section, key, default_value, buffer_size);
 }
 
-bool write_profile_string(const QString& path, const QString& section, const QString& key,
-                          const QString& value) {
+Written write_profile_string(const QString& path, const QString& section, const QString& key,
+                             const QString& value) {
     return edit_file(path, section, &key, &value);
 }
 
-bool delete_profile_key(const QString& path, const QString& section, const QString& key) {
+Written delete_profile_key(const QString& path, const QString& section, const QString& key) {
     return edit_file(path, section, &key, nullptr);
 }
 
-bool delete_profile_section(const QString& path, const QString& section) {
+Written delete_profile_section(const QString& path, const QString& section) {
     return edit_file(path, section, nullptr, nullptr);
 }
 

@@ -23,20 +23,24 @@
 #include <QHash>
 #include <QString>
 
+#include "data/whole_file.h"
+
 namespace zel {
 
 constexpr int profile_buffer_size = 256;
 
 QString read_profile_string(const QString& path, const QString& section, const QString& key,
                             const QString& default_value, int buffer_size = profile_buffer_size);
-bool write_profile_string(const QString& path, const QString& section, const QString& key,
-                          const QString& value);
-bool delete_profile_key(const QString& path, const QString& section, const QString& key);
-bool delete_profile_section(const QString& path, const QString& section);
+// True when written; otherwise what failed (EINVAL for a text the file can't hold).
+Written write_profile_string(const QString& path, const QString& section, const QString& key,
+                             const QString& value);
+Written delete_profile_key(const QString& path, const QString& section, const QString& key);
+Written delete_profile_section(const QString& path, const QString& section);
 
-// The file's bytes, empty when it is missing; false when it can't be read. Several edits made
-// in memory on them and written back with replace_whole_file land together or not at all.
-bool read_profile_file(const QString& path, QByteArray& contents);
+// The file's bytes, empty when it is missing; false, with what failed, when it can't be read.
+// Several edits made in memory on them and written back with replace_whole_file land together
+// or not at all.
+Written read_profile_file(const QString& path, QByteArray& contents);
 // The same as the reads take them: empty when the file is missing or can't be read.
 QByteArray read_profile_file(const QString& path);
 

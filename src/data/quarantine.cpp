@@ -13,6 +13,7 @@
 #include <cstdio>
 
 #include "app/zel_error.h"
+#include "data/file_access.h"
 #include "data/file_name.h"
 #include "data/patient_file.h"
 
@@ -78,17 +79,6 @@ int rename_to_free_name(const QString& from, const QString& to) {
     return ::rename(native(from).constData(), native(to).constData()) == 0 ? 0 : errno;
 }
 
-bool write_all(int fd, const char* data, ssize_t size) {
-    while (size > 0) {
-        const ssize_t written = ::write(fd, data, static_cast<size_t>(size));
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        data += written;
-        size -= written;
-    }
-    return true;
-}
-
 // The file's bytes, permissions and times into a new file `to`, on the disk and as long as
 // the source before it counts as copied.
 bool copy_file(const QString& from, const QString& to, const struct stat& source) {
@@ -110,7 +100,7 @@ bool copy_file(const QString& from, const QString& to, const struct stat& source
             copied = got == 0;
             break;
         }
-        if (!write_all(output, buffer.data(), got)) {
+        if (write_all(output, buffer.data(), static_cast<size_t>(got)) != 0) {
             copied = false;
             break;
         }
@@ -168,8 +158,7 @@ bool copy_tree(const QString& from, const QString& to) {
 // Removing an entry takes a folder open to writing around it; the entry's own read-only
 // attribute (the patient file's) doesn't hold it back.
 void open_folders(const QString& folder) {
-    QFile::setPermissions(folder, QFile::permissions(folder) | QFileDevice::ReadOwner |
-                                      QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    make_writable(folder, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
     const QFileInfoList folders =
         QDir(folder).entryInfoList(QDir::Dirs | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo& entry : folders)
@@ -236,7 +225,7 @@ bool move_entry(const QString& source, const QString& target) {
 
 void make_quarantine(const QString& quarantine) {
     if (QFileInfo(quarantine).isDir()) return;
-    if (::mkdir(native(quarantine).constData(), 0777) != 0) fail("quarantine_patient");
+    if (make_folder(quarantine) != 0) fail("quarantine_patient");
     synchronise(parent_of(quarantine));
 }
 
@@ -354,7 +343,7 @@ void quarantine_patient(const QString& zel_path, const QString& quarantine_name,
                              ? name_of(zel).chopped(4)
                              : name_of(zel);
     const QString target = free_name(quarantine, named.isEmpty() ? base : named);
-    if (::mkdir(native(target).constData(), 0777) != 0) fail("quarantine_patient");
+    if (make_folder(target) != 0) fail("quarantine_patient");
     synchronise(quarantine);
     const QString companion = companion_path(zel);
     struct stat companion_status {};

@@ -1,5 +1,7 @@
 #include "data/session_history_file.h"
 
+#include <cerrno>
+
 #include "app/helpers.h"
 #include "app/zel_error.h"
 #include "data/locale_number.h"
@@ -51,8 +53,8 @@ bool numeric_session_id(const QString& text, QChar separator, double& value) {
     }
 }
 
-bool write_session_entry(const QString& path, const QString& session, const SessionEntry& entry,
-                         QString& session_id_saved) {
+Written write_session_entry(const QString& path, const QString& session, const SessionEntry& entry,
+                            QString& session_id_saved) {
     const QString key = path + session;
     int16_t n = read_total_sessions(path);
     // A count beyond a 16-bit number would not read back, and the whole history would seem
@@ -71,7 +73,7 @@ bool write_session_entry(const QString& path, const QString& session, const Sess
     // The entry and the count are written together in one replacement of the file: a crash
     // leaves the history as it was or with the whole entry, never half of one.
     QByteArray contents;
-    if (!read_profile_file(path, contents)) return false;
+    if (const Written read = read_profile_file(path, contents); !read) return read;
     const QByteArray before = contents;
     bool complete = true;
     for (const auto& [name, value] : values) {
@@ -85,10 +87,12 @@ bool write_session_entry(const QString& path, const QString& session, const Sess
     }
     const QString total = QLatin1Char(' ') + QString::number(n);
     if (complete && !edit_profile(contents, header_section, &total_key, &total)) complete = false;
-    if (contents != before && !replace_whole_file(path, contents)) return false;
-    if (!complete) return false;
+    if (contents != before) {
+        if (const Written written = replace_whole_file(path, contents); !written) return written;
+    }
+    if (!complete) return {EINVAL, path};
     session_id_saved = key;
-    return true;
+    return {};
 }
 
 }  // namespace zel

@@ -39,9 +39,10 @@ struct SessionEntry {
 // (`session_id_saved` holds the file's path followed by the session) replaces its own section;
 // any other adds one. A section whose keys could not all be written is taken out again. On
 // success `session_id_saved` takes the new key. A count that doesn't read as a 16-bit number,
-// or one that a new entry would take beyond it, fails (13, 6) with the file untouched.
-bool write_session_entry(const QString& path, const QString& session, const SessionEntry& entry,
-                         QString& session_id_saved);
+// or one that a new entry would take beyond it, fails (13, 6) with the file untouched; a file
+// that can't be read or written fails with what failed.
+Written write_session_entry(const QString& path, const QString& session, const SessionEntry& entry,
+                            QString& session_id_saved);
 
 // A session id that reads as a number in the system's form, with its value.
 bool numeric_session_id(const QString& text, QChar separator, double& value);

@@ -6,6 +6,8 @@
 
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/file_access.h"
+#include "data/file_fault.h"
 #include "data/locale_number.h"
 #include "data/text_reader.h"
 #include "dialogs/entry_rules.h"
@@ -526,9 +528,11 @@ void Form5::done_checks_and_writes() {
         const QString patient_folder =
             form.data_directory + QLatin1Char('/') + form.patient_last_name + QLatin1Char('_') +
             form.patient_first_name + QLatin1Char('_') + form.patient_medical_id;
-        if (!QDir().mkdir(patient_folder))
+        if (const int error = make_folder(patient_folder)) {
+            log_file_fault(error, "button_done_Click", patient_folder);
             throw ZelError(err_path_file_access, QStringLiteral("button_done_Click"),
                            QStringLiteral("Path/File access error"));
+        }
         made_folder = patient_folder;
     }
     unload();

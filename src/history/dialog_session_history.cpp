@@ -112,8 +112,11 @@ void DialogSessionHistory::cmdPrint_Click() {
     printer.set_CurrentX(1440);
     printer.set_CurrentY(1440);
     print_session_list(ListView1);
-    // Also after a cancel or a failure: whatever was drawn goes out.
-    printer.end_document();
+    // Also after a cancel or a failure: whatever was drawn goes out. A page that could not go
+    // out whole (a PDF on a full disk) is not left unsaid.
+    const QString failure = printer.end_document();
+    if (!failure.isEmpty())
+        form.platform.boxes.MsgBox(message_text(142) + QLatin1Char('\n') + failure, vbExclamation);
 }
 
 void DialogSessionHistory::print_session_list(const ReportListView& list) {

@@ -40,33 +40,39 @@ std::array<uint8_t, 2> encode_calibration(float factor) {
 
 // Nothing reaches the module behind a failure report: a handler resumed after the report's
 // box must not arm the balloon.
-void Form1::send_command(const char* letters) {
-    if (stopped_by_failure) return;
-    platform.serial.Output(QByteArray(letters));
+bool Form1::send_command(const char* letters) {
+    if (stopped_by_failure) return false;
+    return sent_to_module(platform.serial.Output(QByteArray(letters)));
 }
 
-void Form1::send_byte(uint8_t byte) {
-    if (stopped_by_failure) return;
-    platform.serial.Output(QByteArray(1, static_cast<char>(byte)));
+bool Form1::send_byte(uint8_t byte) {
+    if (stopped_by_failure) return false;
+    return sent_to_module(platform.serial.Output(QByteArray(1, static_cast<char>(byte))));
+}
+
+bool Form1::sent_to_module(bool sent) {
+    if (sent) return true;
+    // A command the module may never have had ("X" ending a hold, an upload) is a line that
+    // can't be counted on: a linked module is lost at once, so that the beam stops now rather
+    // than at the heartbeat's next tick; a port being tried just gives no status frame.
+    if (Timer_HeartBeat->Enabled())
+        lose_module_link();
+    else if (platform.serial.PortOpen())
+        platform.serial.set_PortOpen(false);
+    return false;
 }
 
 void Form1::upload_settings() {
     if (!platform.serial.PortOpen()) return;
-    send_command("L");
-    send_byte(encode_duration(duration));
+    // The sequence ends at a command that did not leave: the rest would go to a closed port.
+    if (!send_command("L") || !send_byte(encode_duration(duration))) return;
     const auto threshold = encode_threshold(thresh);
-    send_command("T");
-    send_byte(threshold[0]);
-    send_byte(threshold[1]);
+    if (!send_command("T") || !send_byte(threshold[0]) || !send_byte(threshold[1])) return;
     const auto forward = encode_calibration(forward_calibration_factor);
-    send_command("+");
-    send_byte(forward[0]);
-    send_byte(forward[1]);
+    if (!send_command("+") || !send_byte(forward[0]) || !send_byte(forward[1])) return;
     const auto reverse = encode_calibration(reverse_calibration_factor);
-    send_command("-");
-    send_byte(reverse[0]);
-    send_byte(reverse[1]);
-    send_command("1");
+    if (!send_command("-") || !send_byte(reverse[0]) || !send_byte(reverse[1])) return;
+    if (!send_command("1")) return;
     settings_confirm = true;
     settings_confirm_counter = 0;
     send_command("V");

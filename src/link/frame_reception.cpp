@@ -1,10 +1,9 @@
 // Turns the byte stream from the module into checked frames and hands each to its handler.
-#include <QFile>
 #include <QTextStream>
-#include <filesystem>
 
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/file_access.h"
 #include "data/file_fault.h"
 #include "language/messages.h"
 
@@ -68,9 +67,8 @@ bool Form1::checksum_ok() const {
 
 void Form1::log_checksum_error() {
     const QString directory = AppDataPath + QLatin1Char('/') + logSubDir;
-    std::error_code made;
-    std::filesystem::create_directories(QFile::encodeName(directory).toStdString(), made);
-    if (made) raise_file_fault(made.value(), "log_checksum_error", directory);
+    if (const int error = make_folders(directory))
+        raise_file_fault(error, "log_checksum_error", directory);
     const QDateTime now = platform.clock.now();
     if (!checksum_log_open) {
         checksum_log_open = true;

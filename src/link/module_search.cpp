@@ -128,7 +128,10 @@ void Form1::Timer_HeartBeat_Timer() {
     module_heartbeat_counter = add_i16(module_heartbeat_counter, 1, "module_heartbeat_counter");
     // One silent tick is tolerated.
     if (module_heartbeat_counter <= 1) return;
+    lose_module_link();
+}
 
+void Form1::lose_module_link() {
     if (platform.serial.PortOpen()) platform.serial.set_PortOpen(false);
     data_packet = false;
     transducer_fault = false;

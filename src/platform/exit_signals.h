@@ -11,7 +11,7 @@ class QSocketNotifier;
 namespace zel {
 
 class ExitSignals final : public QObject {
-public:
+  public:
     // One at a time: the signals' handlers are the process's own.
     explicit ExitSignals(std::function<void(int signal_number)> on_signal);
     ~ExitSignals() override;
@@ -21,7 +21,7 @@ public:
     // The signals caught, in the order they are installed.
     static const int caught[3];
 
-private:
+  private:
     void read_pipe();
     std::function<void(int)> on_signal;
     QSocketNotifier* notifier = nullptr;

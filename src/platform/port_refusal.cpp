@@ -17,23 +17,19 @@ namespace zel {
 
 namespace {
 
-QString group_name(gid_t gid) {
+// The name of a group or a user by its number; the number itself when it has no name.
+template <class Entry, class Id>
+QString name_of(Id id, int (*lookup)(Id, Entry*, char*, size_t, Entry**), char* Entry::*name) {
     std::vector<char> buffer(16384);
-    struct group entry {};
-    struct group* found = nullptr;
-    if (::getgrgid_r(gid, &entry, buffer.data(), buffer.size(), &found) == 0 && found)
-        return QString::fromLocal8Bit(found->gr_name);
-    return QString::number(gid);
+    Entry entry{};
+    Entry* found = nullptr;
+    if (lookup(id, &entry, buffer.data(), buffer.size(), &found) == 0 && found)
+        return QString::fromLocal8Bit(found->*name);
+    return QString::number(id);
 }
 
-QString user_name(uid_t uid) {
-    std::vector<char> buffer(16384);
-    struct passwd entry {};
-    struct passwd* found = nullptr;
-    if (::getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found) == 0 && found)
-        return QString::fromLocal8Bit(found->pw_name);
-    return QString::number(uid);
-}
+QString group_name(gid_t gid) { return name_of<struct group>(gid, ::getgrgid_r, &group::gr_name); }
+QString user_name(uid_t uid) { return name_of<struct passwd>(uid, ::getpwuid_r, &passwd::pw_name); }
 
 bool process_runs(qint64 pid) {
     return pid > 0 && (::kill(static_cast<pid_t>(pid), 0) == 0 || errno == EPERM);
@@ -62,9 +58,13 @@ qint64 lock_pid(const QByteArray& bytes) {
 }  // namespace
 
 QStringList serial_lock_folders() {
-    return {QStringLiteral("/var/lock"), QStringLiteral("/etc/locks"),
-            QStringLiteral("/var/spool/locks"), QStringLiteral("/var/spool/uucp"),
-            QStringLiteral("/tmp"), QStringLiteral("/var/tmp"), QStringLiteral("/var/lock/lockdev"),
+    return {QStringLiteral("/var/lock"),
+            QStringLiteral("/etc/locks"),
+            QStringLiteral("/var/spool/locks"),
+            QStringLiteral("/var/spool/uucp"),
+            QStringLiteral("/tmp"),
+            QStringLiteral("/var/tmp"),
+            QStringLiteral("/var/lock/lockdev"),
             QStringLiteral("/run/lock")};
 }
 

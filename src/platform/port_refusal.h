@@ -21,7 +21,7 @@ struct PortRefusal {
     QString owner{};      // ask_administrator: the device's owner; the locks: the lock's owner
     QString lock_file{};  // stale_lock, held_by_program
     QString program{};    // held_by_program: its name
-    qint64 pid = 0;     // the locks: the process number in the lock file
+    qint64 pid = 0;       // the locks: the process number in the lock file
 
     bool operator==(const PortRefusal&) const = default;
 };

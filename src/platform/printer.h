@@ -43,8 +43,10 @@ public:
     virtual void box(double x1, double y1, double x2, double y2) = 0;
 
     virtual void new_page() = 0;
-    // Sends what was drawn to the printer.
-    virtual void end_document() = 0;
+    // Sends what was drawn to the printer. What failed and why when the page did not go out
+    // whole (a PDF that could not be written: the file of that name stays as it was); empty
+    // otherwise.
+    virtual QString end_document() = 0;
 };
 
 }  // namespace zel

@@ -8,6 +8,7 @@
 #include <QPrinterInfo>
 
 #include "app/zel_error.h"
+#include "data/file_fault.h"
 #include "data/whole_file.h"
 
 namespace zel {
@@ -147,18 +148,24 @@ void QtPrinter::new_page() {
     y = 0;
 }
 
-void QtPrinter::end_document() {
+QString QtPrinter::end_document() {
     if (painter && painter->isActive()) painter->end();
     painter.reset();
+    QString failure;
     if (!pdf_drawn.isEmpty()) {
         // A full disk or a failed write leaves the PDF that had the name as it was.
-        if (!whole_pdf(pdf_drawn) || !put_in_place(pdf_drawn, pdf_chosen))
-            QFile::remove(pdf_drawn);
+        if (!whole_pdf(pdf_drawn)) {
+            failure = pdf_chosen + QStringLiteral(": the PDF was not written whole");
+        } else if (const Written written = put_in_place(pdf_drawn, pdf_chosen); !written) {
+            failure = file_fault_text(written.error, written.path);
+        }
+        if (!failure.isEmpty()) QFile::remove(pdf_drawn);
         printer.setOutputFileName(pdf_chosen);
         pdf_drawn.clear();
     }
     x = 0;
     y = 0;
+    return failure;
 }
 
 }  // namespace zel

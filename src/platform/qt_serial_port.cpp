@@ -12,9 +12,12 @@
 #include <QTimer>
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <vector>
 
 #include "app/zel_error.h"
+#include "data/file_access.h"
 
 namespace zel {
 
@@ -108,12 +111,19 @@ uint8_t QtSerialPort::Input() {
     return static_cast<uint8_t>(byte);
 }
 
-void QtSerialPort::Output(const QByteArray& bytes) {
+bool QtSerialPort::Output(const QByteArray& bytes) {
     if (!port.isOpen())
         throw ZelError(8018, QStringLiteral("Output"),
                        QStringLiteral("Operation valid only when the port is open"));
-    port.write(bytes);
-    port.flush();
+    // Straight to the device, not through the port's buffer: the command has left, or the
+    // write says why not, now rather than at some later flush. A line that can't take a few
+    // bytes without waiting (EAGAIN) has stopped draining.
+    const int error = write_all(static_cast<int>(port.handle()), bytes.constData(),
+                                static_cast<size_t>(bytes.size()));
+    if (error == 0) return true;
+    std::fprintf(stderr, "zelmoor: %s: a command to the module did not leave: %s\n",
+                 qPrintable(port.portName()), std::strerror(error));
+    return false;
 }
 
 void QtSerialPort::post_notification() {

@@ -25,7 +25,7 @@ public:
     bool PortOpen() const override { return port.isOpen(); }
     int InBufferCount() const override;
     uint8_t Input() override;
-    void Output(const QByteArray& bytes) override;
+    bool Output(const QByteArray& bytes) override;
     PortRefusal refusal() const override { return last_refusal; }
 
     QString device_path() const { return port.portName(); }

@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
 #include <QLocalSocket>
 
 namespace zel {
@@ -12,7 +15,8 @@ const QByteArray raised_answer = QByteArrayLiteral("raised\n");
 }  // namespace
 
 QtSingleConsole::QtSingleConsole(const QString& settings_folder)
-    : lock(settings_folder + QStringLiteral("/console.lock")) {
+    : lock(settings_folder + QStringLiteral("/console.lock")),
+      folder(QFileInfo(settings_folder).absoluteFilePath()) {
     // A lock is stale only when the process that took it is gone, however old it is.
     lock.setStaleLockTime(0);
 }
@@ -21,8 +25,14 @@ QtSingleConsole::~QtSingleConsole() {
     if (server) server->close();
 }
 
+// One name for each settings folder, as the lock: consoles run with other home folders (a
+// service account, a test) are other consoles.
 QString QtSingleConsole::server_name() const {
-    return QStringLiteral("zelmoor-console-%1").arg(::getuid());
+    const QByteArray digest =
+        QCryptographicHash::hash(QFile::encodeName(folder), QCryptographicHash::Sha256).toHex();
+    return QStringLiteral("zelmoor-console-%1-%2")
+        .arg(::getuid())
+        .arg(QString::fromLatin1(digest.left(16)));
 }
 
 bool QtSingleConsole::take() {

@@ -3,7 +3,7 @@
 // files, the settings and the gating library; a second start (a double click too many) finds
 // the running console instead, asks it to bring its main window to the front, and ends.
 //   The running console holds a lock file in the settings folder (taken over when the console
-//   that left it was killed) and listens on a local socket named for the user.
+//   that left it was killed) and listens on a local socket named for the user and that folder.
 #include <QLocalServer>
 #include <QLockFile>
 #include <QObject>
@@ -13,7 +13,7 @@
 namespace zel {
 
 class QtSingleConsole final : public QObject {
-public:
+  public:
     explicit QtSingleConsole(const QString& settings_folder);
     ~QtSingleConsole() override;
 
@@ -26,9 +26,10 @@ public:
     // Called in the running console when a second start asks for it.
     std::function<void()> on_raise_request;
 
-private:
+  private:
     QString server_name() const;
     QLockFile lock;
+    QString folder;
     std::unique_ptr<QLocalServer> server;
 };
 

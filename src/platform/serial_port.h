@@ -23,7 +23,9 @@ public:
     virtual int InBufferCount() const = 0;
     // Takes the next waiting byte; 0 when nothing waits.
     virtual uint8_t Input() = 0;
-    virtual void Output(const QByteArray& bytes) = 0;
+    // False when the bytes did not all reach the line (the driver refused them or took only
+    // part): the module can not be counted on to have them. A closed port fails with 8018.
+    virtual bool Output(const QByteArray& bytes) = 0;
     // Why the last opening failed, where the device's and the lock's files tell; kind none
     // when they don't or the opening went through.
     virtual PortRefusal refusal() const { return {}; }

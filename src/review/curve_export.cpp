@@ -179,14 +179,17 @@ void PatientCurves::export_curve(int16_t index, double start, double end, const 
             out += (row + QStringLiteral("\r\n")).toLatin1();
         }
         // A read-only file is not replaced, whoever runs the program.
-        WholeFileReplacement replacement;
-        if (QFile::exists(path) && !(QFile::permissions(path) & QFile::WriteOwner))
-            throw ZelError(err_permission_denied, QStringLiteral("export_curve"), path);
-        if (!replacement.write(path, out, true) || !replacement.commit())
-            raise_file_fault(replacement.error(), "export_curve", path);
-    } catch (const ZelError&) {
-        // Back to the dialogue as if nothing had happened.
+        if (const Written written = replace_whole_file(path, out, true); !written)
+            raise_file_fault(written.error, "export_curve", written.path);
+    } catch (const ZelError& failure) {
         source.close();
+        // The operator learns that this curve was not exported, and why; the dialogue goes on
+        // with the next curve.
+        const QString why = failure.description;
+        platform.boxes.MsgBox(failure.number == err_bad_curve_file
+                                  ? why
+                                  : message_text(142) + QLatin1Char('\n') + why,
+                              vbExclamation);
     }
 }
 

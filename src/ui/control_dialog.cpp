@@ -17,7 +17,11 @@ ControlDialog::ControlDialog(const QString& title, double width_twips, double he
     setFixedSize(qRound(width_twips / twips_per_pixel), qRound(height_twips / twips_per_pixel));
     setStyleSheet(QStringLiteral("QDialog{background-color:rgb(224,224,224);}"));
     auto* refresh = new QTimer(this);
-    connect(refresh, &QTimer::timeout, this, [this] { sync(); });
+    // Only while it is up: a closed window can outlive its model, which the next opening
+    // replaces, when that opening comes before the closed window's own loop has ended.
+    connect(refresh, &QTimer::timeout, this, [this] {
+        if (isVisible()) sync();
+    });
     refresh->start(100);
 }
 

@@ -191,7 +191,9 @@ void EntryDialogView::setVisible(bool visible) {
 }
 
 bool EntryDialogView::event(QEvent* event) {
-    if (event->type() == QEvent::WindowActivate && !syncing) sync();
+    // Not once closed: a late activation may reach a closed window after the next opening
+    // of the dialog has replaced the model that the closed one showed.
+    if (event->type() == QEvent::WindowActivate && !syncing && isVisible()) sync();
     return QDialog::event(event);
 }
 

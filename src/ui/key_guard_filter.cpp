@@ -13,8 +13,7 @@
 namespace zel {
 
 namespace {
-// X11 key symbols of the two Windows keys.
-constexpr quint32 xk_super_l = 0xffeb;
+// The X11 key symbol of the right Windows key; any other Windows key is taken as the left.
 constexpr quint32 xk_super_r = 0xffec;
 
 uint32_t virtual_key(const QKeyEvent& key) {

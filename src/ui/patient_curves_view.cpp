@@ -166,9 +166,13 @@ void PatientCurvesView::load(const QStringList& paths) {
 }
 
 void PatientCurvesView::run(const char* source, const std::function<void()>& handler) {
+    ++running;
     run_event(source, handler);
+    --running;
     sync();
-    if (curves.unloaded && !closing) close();
+    // Closed only once none of the window's handlers is under way: one that waits in a dialog
+    // of its own would come back to a window deleted, and the dialog with it.
+    if ((curves.unloaded || close_asked) && !closing && running == 0) close();
 }
 
 void PatientCurvesView::sync() {
@@ -248,6 +252,10 @@ void PatientCurvesView::changeEvent(QEvent* event) {
 }
 
 void PatientCurvesView::closeEvent(QCloseEvent* event) {
+    if (running > 0) {
+        close_asked = true;
+        return event->ignore();
+    }
     closing = true;
     if (!curves.unloaded) run("Form_Unload", [this] { curves.Form_Unload(); });
     event->accept();

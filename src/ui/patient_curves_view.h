@@ -56,6 +56,8 @@ private:
     std::vector<std::pair<Control*, QAction*>> actions;
     bool syncing = false;
     bool closing = false;
+    int running = 0;           // handlers of the window under way, one within another
+    bool close_asked = false;  // closed while one was: the window closes once they are done
     bool loaded = false;  // the layout is recorded at load; sizes before it are the design's
 
     void run(const char* source, const std::function<void()>& handler);

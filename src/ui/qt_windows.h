@@ -40,4 +40,23 @@ private:
     std::unique_ptr<KeyGuardFilter> key_guard;
 };
 
+// The windows need the model and the model needs the windows: the model reaches them through
+// this forwarder, pointed at them once they exist.
+struct LateWindows final : Windows {
+    Windows* target = nullptr;
+    void show_modal(Window w) override { target->show_modal(w); }
+    void show_modeless(Window w) override { target->show_modeless(w); }
+    void unload(Window w) override { target->unload(w); }
+    void show_main_window(bool v) override { target->show_main_window(v); }
+    int ask(const QString& c, const QString& q, const QStringList& b) override {
+        return target->ask(c, q, b);
+    }
+    int show_message(Window w, const QString& c, const QStringList& t,
+                     const QStringList& b) override {
+        return target->show_message(w, c, t, b);
+    }
+    bool install_key_guard() override { return target->install_key_guard(); }
+    void remove_key_guard() override { target->remove_key_guard(); }
+};
+
 }  // namespace zel

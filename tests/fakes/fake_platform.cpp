@@ -38,11 +38,13 @@ void FakeSerialPort::set_PortOpen(bool open) {
     is_open = open;
 }
 
-void FakeSerialPort::Output(const QByteArray& bytes) {
+bool FakeSerialPort::Output(const QByteArray& bytes) {
     if (!is_open)
         throw ZelError(8018, QStringLiteral("Output"),
                        QStringLiteral("Operation valid only when the port is open"));
+    if (fail_writes) return false;
     output.append(bytes);
+    return true;
 }
 
 std::unique_ptr<Timer> FakeTimerFactory::create(const char* name) {

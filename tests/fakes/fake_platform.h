@@ -25,6 +25,7 @@ namespace zel::test {
 //   fail_open(n)     port number n refuses to open, as a port held by another program
 //   deny_open(n, refusal)   port number n exists, but this user may not open it, for that reason
 //   ports(n)         how many port numbers exist (others give an invalid-port error)
+//   fail_writes      every write fails, as on a line whose adapter was pulled out
 class FakeSerialPort final : public SerialPort {
 public:
     void set_CommPort(int number) override;
@@ -33,7 +34,7 @@ public:
     bool PortOpen() const override { return is_open; }
     int InBufferCount() const override { return static_cast<int>(inbox.size()); }
     uint8_t Input() override { return next_of(inbox, uint8_t{0}); }
-    void Output(const QByteArray& bytes) override;
+    bool Output(const QByteArray& bytes) override;
 
     void receive(const QByteArray& bytes) { arrive(bytes); notify(); }
     void arrive(const QByteArray& bytes) { inbox.insert(inbox.end(), bytes.begin(), bytes.end()); }
@@ -47,6 +48,7 @@ public:
     void ports(int count) { port_count = count; }
 
     int notifications = 0;
+    bool fail_writes = false;
     std::vector<int> opened;  // port numbers in the order they were opened
 
 private:

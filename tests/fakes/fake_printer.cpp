@@ -50,10 +50,11 @@ void FakePrinter::draw(const char* kind, double x1, double y1, double x2, double
 
 void FakePrinter::new_page() { ops.push_back(op("new page")); }
 
-void FakePrinter::end_document() {
+QString FakePrinter::end_document() {
     ops.push_back(op("end"));
     x = 0;
     y = 0;
+    return {};
 }
 
 QStringList FakePrinter::kinds() const {

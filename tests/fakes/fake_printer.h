@@ -40,7 +40,7 @@ public:
     void line(double x1, double y1, double x2, double y2) override;
     void box(double x1, double y1, double x2, double y2) override;
     void new_page() override;
-    void end_document() override;
+    QString end_document() override;
 
     void fail_at(int n) { failing = n; }
     std::vector<Op> texts() const { return of_kind("text"); }

@@ -13,6 +13,7 @@
 #include <cstdarg>
 #include <mutex>
 #include <string_view>
+#include <utility>
 
 namespace zel::test {
 namespace {
@@ -24,6 +25,7 @@ struct State {
     int error = 0;
     std::string part;
     int failed = 0;
+    bool shortened = false;
     std::array<std::string, 4096> paths;  // of the open files, by handle
 };
 
@@ -83,6 +85,7 @@ void inject(Call call, int error, const std::string& path_part) {
     state().error = error;
     state().part = path_part;
     state().failed = 0;
+    state().shortened = false;
 }
 
 void clear_faults() {
@@ -124,8 +127,19 @@ int open64(const char* path, int flags, ...) __attribute__((alias("open")));
 int openat64(int dirfd, const char* path, int flags, ...) __attribute__((alias("openat")));
 
 ssize_t write(int fd, const void* data, size_t size) {
-    if (strikes(Call::write, fd)) return -1;
     static const auto call = real<ssize_t (*)(int, const void*, size_t)>("write");
+    if (strikes(Call::write, fd)) return -1;
+    if (strikes(Call::short_write, fd)) {
+        const int error = errno;
+        bool first = false;
+        {
+            std::lock_guard<std::mutex> hold(state().lock);
+            first = !std::exchange(state().shortened, true);
+        }
+        errno = error;
+        if (!first || size < 2) return -1;
+        return call(fd, data, size / 2);
+    }
     return call(fd, data, size);
 }
 
@@ -162,11 +176,12 @@ int rename(const char* from, const char* to) {
     return call(from, to);
 }
 
-int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags) {
+// The exchange that keeps an old file for its way back is a rename too.
+int renameat2(int from_dir, const char* from, int to_dir, const char* to, unsigned flags) {
     if (strikes(Call::rename, to)) return -1;
-    static const auto call =
-        real<int (*)(int, const char*, int, const char*, unsigned)>("renameat2");
-    return call(from_folder, from, to_folder, to, flags);
+    using Renameat2 = int (*)(int, const char*, int, const char*, unsigned);
+    static const auto call = real<Renameat2>("renameat2");
+    return call(from_dir, from, to_dir, to, flags);
 }
 
 int mkdir(const char* path, mode_t mode) {

@@ -94,22 +94,26 @@ TEST(PortPermission, a_port_the_user_may_not_open_says_who_may_and_what_to_do) {
     struct stat info {};
     ASSERT_EQ(::stat(QFile::encodeName(terminal.path).constData(), &info), 0);
     const QString group = QString::fromLocal8Bit(::getgrgid(info.st_gid)->gr_name);
-    const QString lock = locks.path() + QStringLiteral("/LCK..") + terminal.path.mid(5).replace('/', '_');
+    const QString lock =
+        locks.path() + QStringLiteral("/LCK..") + terminal.path.mid(5).replace('/', '_');
     const QString ended = QString::number(0x7ffffff0);  // no process has this number
     const QString live = QString::number(::getpid());
 
     using Kind = PortRefusal::Kind;
+    const QString lock_name = QFileInfo(lock).fileName();
     struct Case {
-        const char* what; mode_t mode; QString lock_pid; Kind kind; QString group, owner, lock, program, pid;
-        const char* opening;
+        const char* what; mode_t mode; QString lock_pid; Kind kind;
+        QString group, owner, lock, program, pid; const char* opening;
     };
+    // clang-format off
     const Case cases[] = {
         {"the group may: join it", 0660, {}, Kind::join_group, group, {}, {}, {}, "0", "70"},
         {"only the owner may: an administrator", 0600, {}, Kind::ask_administrator, {}, "root", {}, {}, "0", "70"},
-        {"a lock of an ended program", 0666, ended, Kind::stale_lock, {}, "root", QFileInfo(lock).fileName(), {}, ended, ""},
-        {"a lock of a program that runs", 0666, live, Kind::held_by_program, {}, "root", QFileInfo(lock).fileName(), "test_link", live, ""},
+        {"a lock of an ended program", 0666, ended, Kind::stale_lock, {}, "root", lock_name, {}, ended, ""},
+        {"a lock of a program that runs", 0666, live, Kind::held_by_program, {}, "root", lock_name, "test_link", live, ""},
         {"open to the user", 0666, {}, Kind::none, {}, {}, {}, {}, "0", "0"},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         terminal.mode(c.mode);
@@ -138,8 +142,9 @@ TEST(PortPermission, a_port_the_user_may_not_open_says_who_may_and_what_to_do) {
     own.close();
     ASSERT_EQ(::chown(QFile::encodeName(lock).constData(), nobody, nobody), 0);
     const QString device = terminal.path;
-    EXPECT_TRUE(as_nobody([&] { return described(examine_port_refusal(device, {locks.path()})); })
-                    .startsWith(QStringLiteral("0 ")));
+    EXPECT_TRUE(as_nobody([&] {
+                    return described(examine_port_refusal(device, {locks.path()}));
+                }).startsWith(QStringLiteral("0 ")));
 }
 
 }  // namespace

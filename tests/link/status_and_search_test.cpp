@@ -234,12 +234,17 @@ TEST(ModuleSearch, after_a_cut_the_status_frame_first_takes_every_frame_and_a_da
     }
 }
 
+// A command that did not leave (the "X" of the spacebar) loses the link at once, without
+// waiting for the heartbeat.
 TEST(Heartbeat, a_second_silent_tick_loses_the_link_and_in_a_hold_opens_the_relay_or_cues_a_pause) {
-    struct Case { const char* what; bool gated; int16_t b_state; int frames; QStringList relay; };
+    struct Case { const char* what; bool gated; int16_t b_state; int frames; QStringList relay;
+                  bool unsent = false; };
     const Case cases[] = {
         {"idle, frames between ticks", false, 1, 2, {}},
         {"gated hold", true, 4, 0, {"SetRelayState(0)"}},
         {"manual hold", false, 4, 0, {}},
+        {"gated hold, a command unsent", true, 4, 0, {"SetRelayState(0)"}, true},
+        {"manual hold, a command unsent", false, 4, 0, {}, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -253,8 +258,13 @@ TEST(Heartbeat, a_second_silent_tick_loses_the_link_and_in_a_hold_opens_the_rela
             EXPECT_TRUE(rig.fakes.serial.PortOpen());
         }
         rig.form.pneumatic_fault = rig.form.line_fault = true;
-        rig.heartbeat().tick();
-        if (c.frames == 0) rig.heartbeat().tick();
+        rig.fakes.serial.fail_writes = c.unsent;
+        if (c.unsent) {
+            EXPECT_FALSE(rig.form.send_command("X"));
+        } else {
+            rig.heartbeat().tick();
+            if (c.frames == 0) rig.heartbeat().tick();
+        }
         EXPECT_FALSE(rig.fakes.serial.PortOpen());
         EXPECT_TRUE(rig.connect().Enabled());
         EXPECT_FALSE(rig.heartbeat().Enabled());

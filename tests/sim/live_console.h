@@ -44,9 +44,9 @@ public:
     bool PortOpen() const override { return inner.PortOpen(); }
     int InBufferCount() const override { return inner.InBufferCount(); }
     uint8_t Input() override { return inner.Input(); }
-    void Output(const QByteArray& bytes) override {
+    bool Output(const QByteArray& bytes) override {
         writes.emplace_back(monotonic_seconds(), bytes);
-        inner.Output(bytes);
+        return inner.Output(bytes);
     }
     std::vector<std::pair<double, QByteArray>> writes;
     SerialPort& inner;

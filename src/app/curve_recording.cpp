@@ -6,18 +6,11 @@
 
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/file_access.h"
 #include "data/file_name.h"
 #include "language/messages.h"
 
 namespace zel {
-
-namespace {
-
-void make_writable(const QString& path) {
-    QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteOwner | QFile::WriteUser);
-}
-
-}  // namespace
 
 QString Form1::curve_file_path() const {
     return data_directory + QLatin1Char('/') + patient_last_name + QLatin1Char('_') +
@@ -28,6 +21,9 @@ QString Form1::curve_file_path() const {
 void Form1::open_curve_file(const QString& path) {
     auto file = std::make_unique<AppendFile>(path, "cmdRecord_Click");
     file->open();
+    // Frames are the clock: a second of lines at a time reaches the disk, so that a power cut
+    // loses at most the last second of the recording.
+    file->keep_synchronised(static_cast<int>(count_frequency));
     curve_file = std::move(file);
 }
 
@@ -135,10 +131,7 @@ void Form1::close_curve_file_read_only() {
     if (!curve_file) return;
     curve_file->close();
     curve_file.reset();
-    QFile::setPermissions(record_filename,
-                          QFile::permissions(record_filename) &
-                              ~(QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup |
-                                QFile::WriteOther));
+    make_read_only(record_filename);
 }
 
 }  // namespace zel

@@ -2,8 +2,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <cerrno>
 
 #include "app/form1.h"
+#include "data/file_fault.h"
 #include "data/profile_file.h"
 #include "data/system_settings_file.h"
 #include "data/whole_file.h"
@@ -128,13 +130,16 @@ void Form1::save_ini_file() {
     const SystemSettings settings{inhale, duration,      max_x,
                                   max_y,  min_y,         x_scale_factor,
                                   thresh, language_file, found_number_format};
+    const QString path = settings_path(AppDataPath);
     QByteArray bytes;
-    const bool written =
+    const Written written =
         latin1_lines(system_settings_lines(system_parameter_filestamp, settings, number_format,
                                            platform.locale.decimal_separator()),
-                     bytes) &&
-        replace_whole_file(settings_path(AppDataPath), bytes);
+                     bytes)
+            ? replace_whole_file(path, bytes)
+            : Written{EILSEQ, path};
     if (!written) {
+        log_file_fault(written.error, "save_ini_file", written.path);
         stop_module_link();
         platform.boxes.MsgBox(message_text(142), vbExclamation);
         start_module_search();
@@ -149,8 +154,10 @@ QString Form1::read_data_path() {
 }
 
 bool Form1::write_data_path(QString& path) {
-    return write_profile_string(data_path_file(AppDataPath), data_path_section, data_path_key,
-                                path);
+    const Written written =
+        write_profile_string(data_path_file(AppDataPath), data_path_section, data_path_key, path);
+    if (!written) log_file_fault(written.error, "write_data_path", written.path);
+    return written;
 }
 
 QString Form1::Select_patient_datapath() {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "app/form1.h"
+#include "data/file_fault.h"
 #include "data/patient_file.h"
 #include "data/quarantine.h"
 #include "language/messages.h"
@@ -42,10 +43,11 @@ void Form1::save_patient_parameters() {
         patient_parameter_filestamp, software_version, parameters,
         platform.locale.medium_date(platform.clock.now().date()), number_format,
         platform.locale.decimal_separator());
-    const bool written = write_patient_files(path, lines);
+    const Written written = write_patient_files(path, lines);
     // Only the first save after the new-patient dialog may take the folder away again.
     const QString made_folder = form5 ? std::exchange(form5->made_folder, QString()) : QString();
     if (!written) {
+        log_file_fault(written.error, "save_patient_parameters", written.path);
         const bool never_stored =
             !made_folder.isEmpty() &&
             QDir::cleanPath(made_folder) == QDir::cleanPath(QFileInfo(path).path()) &&

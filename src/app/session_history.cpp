@@ -1,7 +1,10 @@
 // The session history of the patient in force: the entry written when a session is saved, and
 // the suggestion and duplicate test of the session dialog.
+#include <cstdio>
+
 #include "app/form1.h"
 #include "app/helpers.h"
+#include "data/file_fault.h"
 #include "data/profile_file.h"
 #include "data/session_history_file.h"
 #include "language/messages.h"
@@ -37,7 +40,9 @@ bool Form1::write_session_entry(const QString& path) {
     entry.trigger = message_text(inhale ? 111 : 112);
     entry.breath_holds = signed_form(breath_holds, separator);
     entry.gating_mode = gating_start_mode;
-    return zel::write_session_entry(path, session, entry, session_id_saved);
+    const Written written = zel::write_session_entry(path, session, entry, session_id_saved);
+    if (!written) log_file_fault(written.error, "save_session", written.path);
+    return written;
 }
 
 void Form1::save_session() {
@@ -45,8 +50,9 @@ void Form1::save_session() {
     try {
         saved = write_session_entry(
             sessionfile(patient_last_name, patient_first_name, patient_medical_id));
-    } catch (const ZelError&) {
+    } catch (const ZelError& failure) {
         // A count in the file that isn't a number: the entry can't be placed.
+        std::fprintf(stderr, "zelmoor: save_session: %s\n", qPrintable(failure.description));
         saved = false;
     }
     if (!saved) {
