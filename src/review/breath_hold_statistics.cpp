@@ -1,7 +1,6 @@
 #include "review/breath_hold_statistics.h"
 
 #include <QFileInfo>
-#include <cerrno>
 
 #include "data/file_fault.h"
 #include "data/whole_file.h"
@@ -57,16 +56,9 @@ void BreathHoldStatistics::cmdSave_Click() {
         platform.boxes.MsgBox(message_text(385).arg(path), vbExclamation);
         return;
     }
-    int error = 0;
-    if (target.exists() && !target.isDir() && !(target.permissions() & QFileDevice::WriteOwner)) {
-        error = EACCES;
-    } else {
-        WholeFileReplacement replacement;
-        if (!replacement.write(path, csv_text(table).toUtf8()) || !replacement.commit())
-            error = replacement.error() != 0 ? replacement.error() : EIO;
-    }
-    if (error != 0)
-        platform.boxes.MsgBox(message_text(384).arg(file_fault_text(error, path)), vbCritical);
+    if (const Written written = replace_whole_file(path, csv_text(table).toUtf8()); !written)
+        platform.boxes.MsgBox(message_text(384).arg(file_fault_text(written.error, written.path)),
+                              vbCritical);
 }
 
 void BreathHoldStatistics::cmdClose_Click() { unloaded = true; }
