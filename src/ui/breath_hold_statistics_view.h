@@ -18,7 +18,8 @@ namespace zel {
 class BreathHoldStatisticsView final : public QWidget {
   public:
     using RunEvent = std::function<void(const char* source, const std::function<void()>& handler)>;
-    // A window of its own over `parent`, on the curves that `review` shows now.
+    // A window of its own, on the curves that `review` shows now; it keeps what it shows and
+    // needs nothing of the review afterwards.
     BreathHoldStatisticsView(const PatientCurves& review, Locale& locale, RunEvent run_event,
                              QWidget* parent = nullptr);
     ~BreathHoldStatisticsView() override;
@@ -27,6 +28,9 @@ class BreathHoldStatisticsView final : public QWidget {
     QTableWidget& table() { return *table_widget; }
     QCustomPlot& chart() { return *chart_widget; }
 
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
   private:
     QtFileDialogs dialogs;
     QtMessageBoxes boxes;
@@ -34,6 +38,8 @@ class BreathHoldStatisticsView final : public QWidget {
     RunEvent run_event;
     QTableWidget* table_widget = nullptr;
     QCustomPlot* chart_widget = nullptr;
+    int running = 0;           // handlers under way, such as a save waiting in its dialog
+    bool close_asked = false;  // closed while one was: the window closes once it is done
 
     void run(const char* source, const std::function<void()>& handler);
     void fill_table();

@@ -142,10 +142,12 @@ void PatientCurvesView::build_menus() {
     actions.emplace_back(&m.mnuStatistics, statistics);
     connect(statistics, &QAction::triggered, this, [this] {
         run("mnuStatistics_Click", [this] {
-            auto* window =
-                new BreathHoldStatisticsView(curves, curves.platform.locale, run_event, this);
+            // A window of its own, not a child that this one's end would delete while it
+            // waits in a dialog; it is closed with this one.
+            auto* window = new BreathHoldStatisticsView(curves, curves.platform.locale, run_event);
             window->setAttribute(Qt::WA_DeleteOnClose);
             window->show();
+            statistics_windows.emplace_back(window);
         });
     });
     add(m.mnuClearPlot, &PatientCurves::mnuClearPlot_Click);
@@ -257,6 +259,8 @@ void PatientCurvesView::closeEvent(QCloseEvent* event) {
         return event->ignore();
     }
     closing = true;
+    for (const QPointer<QWidget>& window : statistics_windows)
+        if (window) window->close();
     if (!curves.unloaded) run("Form_Unload", [this] { curves.Form_Unload(); });
     event->accept();
 }

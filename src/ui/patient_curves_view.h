@@ -1,6 +1,7 @@
 #pragma once
 // The review window on screen: renders PatientCurves and hands it what the operator does.
 #include <QMainWindow>
+#include <QPointer>
 #include <functional>
 #include <vector>
 
@@ -58,6 +59,7 @@ private:
     bool closing = false;
     int running = 0;           // handlers of the window under way, one within another
     bool close_asked = false;  // closed while one was: the window closes once they are done
+    std::vector<QPointer<QWidget>> statistics_windows;  // opened from File, closed with this one
     bool loaded = false;  // the layout is recorded at load; sizes before it are the design's
 
     void run(const char* source, const std::function<void()>& handler);

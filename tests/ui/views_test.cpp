@@ -12,6 +12,7 @@
 #include "fakes/rig.h"
 #include "language/messages.h"
 #include "platform/qt_chart_surface.h"
+#include "ui/breath_hold_statistics_view.h"
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/key_guard_filter.h"
@@ -336,6 +337,20 @@ TEST(PatientCurvesView, zooming_out_and_panning_without_end_leave_the_cursor_rea
         }
         EXPECT_TRUE(sweep_within_bounds()) << step.x();
     }
+    // File, Breath-hold Statistics: a window of its own on the curve, closed with the review.
+    QAction* statistics = nullptr;
+    for (QAction* a : view.menuBar()->actions().front()->menu()->actions())
+        if (a->text() == view.model().mnuStatistics.Caption) statistics = a;
+    ASSERT_TRUE(statistics && statistics->isEnabled());
+    statistics->trigger();
+    QPointer<BreathHoldStatisticsView> window;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* found = dynamic_cast<BreathHoldStatisticsView*>(w)) window = found;
+    ASSERT_TRUE(window && window->isVisible());
+    EXPECT_EQ(window->table().rowCount(), 1);  // no hold: the curve's summary alone
+    view.close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(window.isNull());
     EXPECT_EQ(reports, QStringList());
 }
 
