@@ -40,7 +40,7 @@ public:
     void DeleteElement(int16_t element);
     // Appends a point to the element; nothing happens for a number that has no element.
     // Inline: a review of five long curves plots over a million points.
-    void PlotXY(double x, double y, int16_t element) {
+    [[gnu::always_inline]] void PlotXY(double x, double y, int16_t element) {
         if (element < 0 || element > element_count()) return;
         ChartElement& e = *list[static_cast<size_t>(element)];
         e.x.push_back(x);
