@@ -19,6 +19,10 @@ int run_review(const QString& app_data_path, const QStringList& files) {
     // language the console at this site writes them in.
     load_default_messages();
     load_language_in_force(app_data_path, locale.decimal_separator());
+    QStringList absolute;
+    for (const QString& file : files.mid(0, 5)) absolute.append(QFileInfo(file).absoluteFilePath());
+    // The files are read while the window is being made.
+    std::vector<CurveReading> ahead = read_curves(absolute, locale.decimal_separator());
     QtMessageBoxes boxes;
     // The file dialog of the window's Load opens where the first file lies.
     const QString folder =
@@ -35,8 +39,8 @@ int run_review(const QString& app_data_path, const QStringList& files) {
         });
     view->setAttribute(Qt::WA_DeleteOnClose);
     boxes.parent = view;
-    QStringList absolute;
-    for (const QString& file : files) absolute.append(QFileInfo(file).absoluteFilePath());
+    view->model().readings_ahead = std::move(ahead);
+    for (const QString& file : files.mid(5)) absolute.append(QFileInfo(file).absoluteFilePath());
     view->load(absolute);
     if (view->model().unloaded) return 0;
     view->show();

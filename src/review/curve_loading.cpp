@@ -1,4 +1,6 @@
 // Choosing curve files, reading them into the window and the list of curves.
+#include <algorithm>
+
 #include "app/helpers.h"
 #include "app/zel_error.h"
 #include "data/curve_file_reader.h"
@@ -48,15 +50,21 @@ void PatientCurves::load_all_curves() {
     erase_curves();
     clear_chart();
     // The files are read side by side, one to a thread, as reading is most of the load; they
-    // are taken up in their order, so that a bad one stops the load at its place.
+    // are taken up in their order, so that a bad one stops the load at its place. A reading
+    // begun before the window was made is taken up where it is one of these files.
     const QChar separator = platform.locale.decimal_separator();
     std::vector<std::future<CurveData>> readings;
-    for (int k = 0; k < count; ++k)
-        readings.push_back(std::async(std::launch::async, [path = curve_paths[k], separator] {
-            CurveData data;
-            LoadCurveData2(path, data, separator);
-            return data;
-        }));
+    for (int k = 0; k < count; ++k) {
+        auto ahead = std::find_if(readings_ahead.begin(), readings_ahead.end(),
+                                  [&](const CurveReading& r) {
+                                      return r.data.valid() && r.path == curve_paths[k];
+                                  });
+        if (ahead != readings_ahead.end())
+            readings.push_back(std::move(ahead->data));
+        else
+            readings.push_back(std::move(read_curves({curve_paths[k]}, separator).front().data));
+    }
+    readings_ahead.clear();
     int i = 0;
     try {
         for (i = 0; i < count; ++i) load_next_curve(readings[static_cast<size_t>(i)]);
@@ -66,6 +74,17 @@ void PatientCurves::load_all_curves() {
         curve_paths.resize(curve_count);
         fill_patient_list();
     }
+}
+
+std::vector<CurveReading> read_curves(const QStringList& paths, QChar separator) {
+    std::vector<CurveReading> readings;
+    for (const QString& path : paths)
+        readings.push_back({path, std::async(std::launch::async, [path, separator] {
+                                CurveData data;
+                                LoadCurveData2(path, data, separator);
+                                return data;
+                            })});
+    return readings;
 }
 
 void PatientCurves::load_next_curve(std::future<CurveData>& reading) {

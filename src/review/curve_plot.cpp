@@ -70,8 +70,19 @@ void PatientCurves::plot_curve(int c) {
         if (session_time.empty())
             throw ZelError(err_subscript, QString::fromLatin1(plot_source),
                            QStringLiteral("Subscript out of range"));
-        int last_state = 255;
+        // The line state of every sample first, so that each run's element gets its room at
+        // once: a long curve plots hundreds of thousands of points.
+        const size_t n = time.size();
+        std::vector<uint8_t> states(n, 0);
         double last_stamp = session_time[0] - 0.02;
+        for (size_t i = 1; i < n; ++i) {
+            int state = sample_line_state(balloon[i], patient_switch[i]);
+            // Lost samples show as a gap in the session time; the frame period is fixed.
+            if (!follows_by_one_frame(session_time[i] - last_stamp)) state = 3;
+            last_stamp = session_time[i];
+            states[i] = static_cast<uint8_t>(state);
+        }
+        int last_state = 255;
         double highest, lowest;
         // The range always takes in 0 and the threshold line.
         if (info.threshold <= 0) {
@@ -81,22 +92,23 @@ void PatientCurves::plot_curve(int c) {
             highest = info.threshold;
             lowest = 0;
         }
-        for (size_t i = 1; i < time.size(); ++i) {
+        for (size_t i = 1; i < n; ++i) {
             // The volume one sample behind the time: the first point drawn is (1 frame, 0 L).
             const double t = time[i];
             const double v = volume[i - 1];
             if (v > highest) highest = v;
             if (v < lowest) lowest = v;
-            int state = sample_line_state(balloon[i], patient_switch[i]);
-            // Lost samples show as a gap in the session time; the frame period is fixed.
-            if (!follows_by_one_frame(session_time[i] - last_stamp)) state = 3;
-            last_stamp = session_time[i];
+            const int state = states[i];
             if (state != last_state) {
                 const double x = info.time_shift + t;
                 if (elem != zero_element && elem != threshold_element) NTGraph1.PlotXY(x, v, elem);
                 elem = next_element(elem);
                 NTGraph1.AddElement();
                 NTGraph1.ElementLineColor(curve_colors[c]);
+                // Its samples and the point that joins it to the next run.
+                size_t run = 1;
+                while (i + run < n && states[i + run] == state) ++run;
+                NTGraph1.ReservePoints(elem, run + 1);
                 switch (state) {
                     case 0:
                         if (last_state == 1) info.breath_hold_times.push_back(t);

@@ -28,6 +28,13 @@ struct ReviewPlatform {
     Locale& locale;
 };
 
+// A curve file being read on a thread of its own.
+struct CurveReading {
+    QString path;
+    std::future<CurveData> data;
+};
+std::vector<CurveReading> read_curves(const QStringList& paths, QChar separator);
+
 struct CurveInfo {
     int16_t first_element = 0;
     double threshold = 0;
@@ -68,6 +75,9 @@ public:
 
     // Loaded curves, by curve number.
     std::vector<QString> curve_paths;
+    // Readings begun before the window was made, for a window opened straight on files: the
+    // files are read while the window is being built, and the next load takes them up.
+    std::vector<CurveReading> readings_ahead;
     int16_t curve_count = 0;
     int16_t visible_count = 0;
     std::vector<std::vector<double>> curve_time;

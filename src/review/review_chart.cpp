@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "data/prefault.h"
+
 namespace zel {
 
 namespace {
@@ -67,6 +69,8 @@ void ReviewChart::ReservePoints(int16_t element, size_t points) {
     if (element < 0 || element > element_count()) return;
     list[element]->x.reserve(points);
     list[element]->y.reserve(points);
+    prefault_capacity(list[element]->x);
+    prefault_capacity(list[element]->y);
 }
 
 void ReviewChart::SetRange(double x_min, double x_max, double y_min, double y_max) {

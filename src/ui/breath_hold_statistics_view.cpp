@@ -80,6 +80,8 @@ void BreathHoldStatisticsView::fill_table() {
     w.setHorizontalHeaderLabels(t.columns);
     w.setRowCount(static_cast<int>(t.rows.size()));
     w.verticalHeader()->setVisible(false);
+    // Rows as close as the text allows: a session of thirty holds is read at a glance.
+    w.verticalHeader()->setDefaultSectionSize(w.fontMetrics().height() + 6);
     w.setEditTriggers(QAbstractItemView::NoEditTriggers);
     w.setSelectionBehavior(QAbstractItemView::SelectRows);
     QFont bold = w.font();
@@ -119,8 +121,16 @@ void BreathHoldStatisticsView::fill_chart() {
     ticker->setTickStep(1);
     ticker->setScaleStrategy(QCPAxisTickerFixed::ssMultiples);
     plot.xAxis->setTicker(ticker);
+    // The legend beside the plot, where it hides no hold.
     plot.legend->setVisible(true);
     plot.legend->setFont(font);
+    auto* side = new QCPLayoutGrid;
+    plot.plotLayout()->addElement(0, 1, side);
+    plot.plotLayout()->setColumnStretchFactor(1, 0.001);
+    side->addElement(0, 0, plot.legend);
+    side->addElement(1, 0, new QCPLayoutElement(&plot));  // the room below the legend
+    side->setRowStretchFactor(0, 0.001);
+    side->setMargins(QMargins(4, 12, 10, 4));
 
     const auto n = static_cast<double>(m.curves.size());
     int most_holds = 0;
