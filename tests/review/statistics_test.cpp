@@ -19,11 +19,7 @@ namespace {
 
 // A run of frames: `count` of them in balloon state `balloon`, the volume starting at `volume`
 // and rising by `slope` a frame; `lost_from`..`lost_to` (within the run) never reach the file.
-struct Run {
-    int count, balloon;
-    double volume, slope = 0;
-    int lost_from = -1, lost_to = -1;
-};
+struct Run { int count, balloon; double volume, slope = 0; int lost_from = -1, lost_to = -1; };
 
 std::vector<Sample> frames(const std::vector<Run>& runs) {
     std::vector<Sample> samples;
@@ -49,19 +45,11 @@ const Run free_second{50, 1, 1.0};
 // without holds: the figures to the millilitre (threshold 1.2 L).
 TEST(HoldStatistics, measures_steady_sagging_and_gapped_holds_to_the_millilitre) {
     ReviewRig rig;
-    const QString path = rig.write_curve("holds.dat", frames({free_second,
-                                                              {150, 4, 1.5},
-                                                              free_second,
-                                                              {200, 4, 1.6, -0.001},
-                                                              free_second,
-                                                              {150, 4, 1.4, 0.001, 40, 60},
-                                                              free_second}));
+    const QString path = rig.write_curve(
+        "holds.dat", frames({free_second, {150, 4, 1.5}, free_second, {200, 4, 1.6, -0.001},
+                             free_second, {150, 4, 1.4, 0.001, 40, 60}, free_second}));
     const CurveStatistics curve = read_curve_statistics(path, QLatin1Char('.'));
-    struct Expected {
-        double start, length;
-        long long lost;
-        double mean, sd, min, max, drift, from_threshold;
-    };
+    struct Expected { double start, length; long long lost; double mean, sd, min, max, drift, from_threshold; };
     const Expected expected[] = {
         {1.00, 3.00, 0, 1.500, 0.000, 1.500, 1.500, 0.000, 0.300},
         {5.00, 4.00, 0, 1.5005, 0.057879, 1.401, 1.600, -0.150, 0.3005},
@@ -74,10 +62,8 @@ TEST(HoldStatistics, measures_steady_sagging_and_gapped_holds_to_the_millilitre)
         const HoldFigures& h = curve.holds[k];
         const Expected& e = expected[k];
         EXPECT_EQ(std::tuple(h.number, h.frames_lost), std::tuple(int(k) + 1, e.lost));
-        const double got[] = {h.start, h.length, h.mean,  h.sd,
-                              h.min,   h.max,    h.drift, h.from_threshold};
-        const double want[] = {e.start, e.length, e.mean,  e.sd,
-                               e.min,   e.max,    e.drift, e.from_threshold};
+        const double got[] = {h.start, h.length, h.mean, h.sd, h.min, h.max, h.drift, h.from_threshold};
+        const double want[] = {e.start, e.length, e.mean, e.sd, e.min, e.max, e.drift, e.from_threshold};
         for (int i = 0; i < 8; ++i) EXPECT_NEAR(got[i], want[i], 5e-4) << i;
     }
     const HoldSummary& s = curve.summary;
@@ -150,28 +136,16 @@ TEST(HoldStatistics, a_patient_folder_by_session_and_the_exit_status) {
               "Min [L],Max [L],Drift [L],Mean - threshold [L],Frames lost");
 
     put("notes.dat", "shopping list\r\n");
-    struct Case {
-        QStringList paths;
-        int status;
-        const char* out;
-        QString err;
-    };
+    struct Case { QStringList paths; int status; const char* out; QString err; };
+    const QString gone = rig.folder.filePath("gone.dat"), empty = rig.folder.filePath("empty");
+    // clang-format off
     const Case cases[] = {
-        {{folder},
-         1,
-         "Between sessions",
-         "zelmoor: " + folder + "/notes.dat: " + folder +
-             "/notes.dat is not in the expected ZEL format. (515)\n"},
+        {{folder}, 1, "Between sessions", "zelmoor: " + folder + "/notes.dat: " + folder + "/notes.dat is not in the expected ZEL format. (515)\n"},
         {{single}, 0, "Per curve", ""},
-        {{rig.folder.filePath("gone.dat"), single},
-         1,
-         "Doe_c",
-         "zelmoor: " + rig.folder.filePath("gone.dat") + ": no such file or folder\n"},
-        {{rig.folder.filePath("empty")},
-         1,
-         "",
-         "zelmoor: " + rig.folder.filePath("empty") + ": no curve files (*.dat) in this folder\n"},
+        {{gone, single}, 1, "Doe_c", "zelmoor: " + gone + ": no such file or folder\n"},
+        {{empty}, 1, "", "zelmoor: " + empty + ": no curve files (*.dat) in this folder\n"},
     };
+    // clang-format on
     QDir().mkpath(rig.folder.filePath("empty"));
     for (const Case& c : cases) {
         SCOPED_TRACE(c.paths.join(' ').toStdString());
@@ -202,12 +176,8 @@ TEST(BreathHoldStatistics, the_shown_curves_copied_and_saved) {
     std::vector<std::pair<StatisticsRowKind, int>> rows;
     for (const StatisticsRow& row : stats.table.rows) rows.emplace_back(row.kind, row.curve);
     using K = StatisticsRowKind;
-    EXPECT_EQ(rows, (std::vector<std::pair<K, int>>{{K::hold, 0},
-                                                    {K::hold, 0},
-                                                    {K::per_curve, 0},
-                                                    {K::hold, 1},
-                                                    {K::hold, 1},
-                                                    {K::per_curve, 1},
+    EXPECT_EQ(rows, (std::vector<std::pair<K, int>>{{K::hold, 0}, {K::hold, 0}, {K::per_curve, 0},
+                                                    {K::hold, 1}, {K::hold, 1}, {K::per_curve, 1},
                                                     {K::between_curves, -1}}));
     const QStringList copied = stats.copy_text().split('\n', Qt::SkipEmptyParts);
     EXPECT_EQ(copied.size(), 8);
@@ -218,16 +188,15 @@ TEST(BreathHoldStatistics, the_shown_curves_copied_and_saved) {
     QFile original(curve);
     ASSERT_TRUE(original.open(QIODevice::ReadOnly));
     const QByteArray curve_bytes = original.readAll();
-    struct Case {
-        QString path;
-        const char* shown;
-    };
+    struct Case { QString path; const char* shown; };
+    // clang-format off
     const Case cases[] = {
         {saved, nullptr},
         {curve, " is not a CSV file, and the statistics replace no other file."},
         {rig.folder.filePath("gone/stats.csv"), "The statistics were not saved: Path not found: "},
         {"", nullptr},  // cancelled
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.path.toStdString());
         rig.boxes.shown.clear();
@@ -252,23 +221,9 @@ TEST(BreathHoldStatistics, the_shown_curves_copied_and_saved) {
 // Lines as the console writes them are read in one pass; each number must come out as the
 // general reading gives it, and every other line must go the general way.
 TEST(CurveFileReader, plain_lines_read_as_the_general_reading) {
-    const char* volumes[] = {"1",
-                             "-0.004",
-                             "131.068",
-                             "-0",
-                             ".5",
-                             "5.",
-                             "1.104",
-                             "0.1",
-                             "123456789.012345",
-                             "1234567890.1234567",
-                             "1e3",
-                             "+2.5",
-                             " 1.5",
-                             "1.5 ",
-                             "1,5",
-                             "0.30000000000000004",
-                             "000000000000000000001.25"};
+    const char* volumes[] = {"1", "-0.004", "131.068", "-0", ".5", "5.", "1.104", "0.1",
+                             "123456789.012345", "1234567890.1234567", "1e3", "+2.5", " 1.5",
+                             "1.5 ", "1,5", "0.30000000000000004", "000000000000000000001.25"};
     // On a comma machine the same numbers with point and comma exchanged.
     auto on = [](char separator, QByteArray text) {
         if (separator == ',')
