@@ -3,6 +3,7 @@
 #include <qcustomplot.h>
 
 #include <QClipboard>
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -69,8 +70,20 @@ BreathHoldStatisticsView::BreathHoldStatisticsView(const PatientCurves& review, 
 BreathHoldStatisticsView::~BreathHoldStatisticsView() = default;
 
 void BreathHoldStatisticsView::run(const char* source, const std::function<void()>& handler) {
+    ++running;
     run_event(source, handler);
-    if (statistics->unloaded) close();
+    --running;
+    if ((statistics->unloaded || close_asked) && running == 0) close();
+}
+
+void BreathHoldStatisticsView::closeEvent(QCloseEvent* event) {
+    // Not while its Save waits in a dialog of its own: deleted, the window would take the dialog
+    // with it; it closes once the Save is done.
+    if (running > 0) {
+        close_asked = true;
+        return event->ignore();
+    }
+    QWidget::closeEvent(event);
 }
 
 void BreathHoldStatisticsView::fill_table() {

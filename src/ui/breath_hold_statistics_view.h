@@ -27,6 +27,9 @@ class BreathHoldStatisticsView final : public QWidget {
     QTableWidget& table() { return *table_widget; }
     QCustomPlot& chart() { return *chart_widget; }
 
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
   private:
     QtFileDialogs dialogs;
     QtMessageBoxes boxes;
@@ -34,6 +37,8 @@ class BreathHoldStatisticsView final : public QWidget {
     RunEvent run_event;
     QTableWidget* table_widget = nullptr;
     QCustomPlot* chart_widget = nullptr;
+    int running = 0;           // handlers under way, one within another
+    bool close_asked = false;  // closed while one was
 
     void run(const char* source, const std::function<void()>& handler);
     void fill_table();

@@ -142,8 +142,12 @@ void PatientCurvesView::build_menus() {
     actions.emplace_back(&m.mnuStatistics, statistics);
     connect(statistics, &QAction::triggered, this, [this] {
         run("mnuStatistics_Click", [this] {
-            auto* window =
-                new BreathHoldStatisticsView(curves, curves.platform.locale, run_event, this);
+            // Its events count as the review's own: the review, which would delete it, stays
+            // until they are done.
+            auto* window = new BreathHoldStatisticsView(
+                curves, curves.platform.locale,
+                [this](const char* source, const std::function<void()>& f) { run(source, f); },
+                this);
             window->setAttribute(Qt::WA_DeleteOnClose);
             window->show();
         });
