@@ -512,6 +512,8 @@ const Row rows[] = {
     {52, 350},
     // The review window closed while its import waited in a box, the same.
     {9, 1000},
+    // The breath-hold statistics closed while their Save as CSV waited in its file dialog.
+    {215, 3600},
 };
 
 TEST(Monkey, random_operator_input_to_every_window_ends_in_no_report) {
