@@ -11,7 +11,10 @@ struct AppState {
     QString patient_parameter_filestamp;
     QString logSubDir = QStringLiteral("LOG");
     bool form12_open = false;
-    // Form5, Form11 or Form12 is up.
+    // Form5, Form11 or Form12 is up. None opens over another: an entry reached while one
+    // stands (the menus, in the moment between a dialog's closing and the end of its loop)
+    // would replace the dialog's model under the handler that waits in it, as a Cancel does
+    // for its question.
     int settings_dialogs_open = 0;
     bool patient_settings_cancel = false;
     bool record_file_created = false;

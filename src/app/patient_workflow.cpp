@@ -72,7 +72,7 @@ void Form1::show_patient_labels() {
 }
 
 void Form1::create_new_patient_Click() {
-    if (b_state > 1) return;
+    if (b_state > 1 || settings_dialogs_open > 0) return;
     if (!leave_current_patient()) return;
     abort_message.clear();
     new_patient_loading = false;
@@ -105,7 +105,7 @@ void Form1::create_new_patient_Click() {
 }
 
 void Form1::load_existing_patient_Click() {
-    if (b_state > 1) return;
+    if (b_state > 1 || settings_dialogs_open > 0) return;
     if (!leave_current_patient()) return;
     bool link_stopped = false;
     try {

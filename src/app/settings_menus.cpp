@@ -7,7 +7,7 @@
 namespace zel {
 
 void Form1::Patient_Settings_Click() {
-    if (b_state > 1) return;
+    if (b_state > 1 || settings_dialogs_open > 0) return;
     patient_settings_cancel = false;
     form12_open = true;
     // The link runs on behind this dialog: the gating supervision keeps polling, and an
@@ -22,7 +22,7 @@ void Form1::Patient_Settings_Click() {
 }
 
 void Form1::Control_Panel_Click() {
-    if (b_state > 1) return;
+    if (b_state > 1 || settings_dialogs_open > 0) return;
     // Frames and the gating supervision go on under the dialog, as under every modal one.
     show_Form11();
     if (b_state > 1) return;
