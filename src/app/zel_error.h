@@ -28,6 +28,7 @@ enum ErrorNumber : int {
     err_incompatible_settings = 999,
     err_port_already_open = 8005,
     err_invalid_port = 8002,
+    err_port_not_open = 8018,
     err_cancelled = 32755,
     err_session_history_read = -2147220990,
 };

@@ -113,7 +113,7 @@ uint8_t QtSerialPort::Input() {
 
 bool QtSerialPort::Output(const QByteArray& bytes) {
     if (!port.isOpen())
-        throw ZelError(8018, QStringLiteral("Output"),
+        throw ZelError(err_port_not_open, QStringLiteral("Output"),
                        QStringLiteral("Operation valid only when the port is open"));
     // Straight to the device, not through the port's buffer: the command has left, or the
     // write says why not, now rather than at some later flush. A line that can't take a few

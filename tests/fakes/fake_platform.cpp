@@ -40,7 +40,7 @@ void FakeSerialPort::set_PortOpen(bool open) {
 
 bool FakeSerialPort::Output(const QByteArray& bytes) {
     if (!is_open)
-        throw ZelError(8018, QStringLiteral("Output"),
+        throw ZelError(err_port_not_open, QStringLiteral("Output"),
                        QStringLiteral("Operation valid only when the port is open"));
     if (fail_writes) return false;
     output.append(bytes);

@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QTest>
 #include <functional>
 
 #include "app/zel_error.h"
@@ -145,6 +146,45 @@ TEST(PortPermission, a_port_the_user_may_not_open_says_who_may_and_what_to_do) {
     EXPECT_TRUE(as_nobody([&] {
                     return described(examine_port_refusal(device, {locks.path()}));
                 }).startsWith(QStringLiteral("0 ")));
+}
+
+// What the console does with the adapter, on a pseudo-terminal: each misuse answers with its own
+// error, and bytes pass both ways once the port is open.
+TEST(SerialAdapter, answers_misuse_with_its_error_and_passes_bytes_both_ways) {
+    QTemporaryDir app_data;
+    ASSERT_TRUE(QDir().mkpath(app_data.path() + QStringLiteral("/ports")));
+    const Terminal terminal;
+    ASSERT_TRUE(QFile::link(terminal.path, app_data.path() + QStringLiteral("/ports/port")));
+    QtSerialPort port(app_data.path());
+    auto error_of = [](const std::function<void()>& step) {
+        try {
+            step();
+        } catch (const ZelError& e) {
+            return e.number;
+        }
+        return 0;
+    };
+    EXPECT_EQ(error_of([&] { port.Output("V"); }), err_port_not_open);
+    EXPECT_EQ(std::pair(port.InBufferCount(), int(port.Input())), std::pair(0, 0));
+    for (int number : {0, 21}) {
+        port.set_CommPort(number);
+        EXPECT_EQ(error_of([&] { port.set_PortOpen(true); }), err_invalid_port) << number;
+    }
+    port.set_CommPort(1);
+    port.set_PortOpen(true);
+    ASSERT_TRUE(port.PortOpen());
+    EXPECT_EQ(port.device_path(), terminal.path.mid(5));  // without "/dev/"
+    EXPECT_EQ(error_of([&] { port.set_CommPort(2); }), err_port_already_open);
+    EXPECT_TRUE(port.Output("XE"));
+    char sent[2] = {};
+    EXPECT_EQ(::read(terminal.master, sent, 2), 2);
+    EXPECT_EQ(QByteArray(sent, 2), "XE");
+    ASSERT_EQ(::write(terminal.master, "\xa5\x06", 2), 2);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return port.InBufferCount() == 2; }, 2000));
+    const int first = port.Input();
+    EXPECT_EQ(std::pair(first, int(port.Input())), std::pair(0xa5, 0x06));
+    port.set_PortOpen(false);
+    EXPECT_FALSE(port.PortOpen());
 }
 
 }  // namespace

@@ -83,6 +83,11 @@ TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit_when_exit_may_r
     QStringList texts;
     for (const QLabel* label : view.findChildren<QLabel*>()) texts.append(label->text());
     EXPECT_TRUE(texts.contains(QStringLiteral("Press spacebar to activate.")));
+    rig.form.About.Caption = QStringLiteral("About the console");  // another language
+    view.sync();
+    QStringList entries;
+    for (const QAction* a : view.findChildren<QAction*>()) entries.append(a->text());
+    EXPECT_TRUE(entries.contains(rig.form.About.Caption));
     // During a hold the Exit entry is off, and so is the frame's close box.
     rig.form.patient_defined = true;
     rig.form.disable_menus();
@@ -187,6 +192,35 @@ int count_near(const QImage& image, QPoint p, int reach_x, int reach_y, Rgb c) {
 }
 
 constexpr Rgb red{255, 0, 0}, black{0, 0, 0};
+
+// The main window's chart: a line lands where the scale puts it, the changed area covers it,
+// a dotted line leaves gaps and a wide one has round ends, so that a trace's segments join.
+TEST(QtChartSurface, draws_each_line_in_its_style_where_the_scale_puts_it) {
+    struct Case { LineStyle style; int width; int min_inked, max_inked; bool round_end; };
+    const Case cases[] = {{LineStyle::solid, 1, 50, 51, false},
+                          {LineStyle::dotted, 1, 20, 31, false},
+                          {LineStyle::solid, 5, 50, 51, true}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.width);
+        QtChartSurface surface(200, 100);
+        QRect changed;
+        surface.on_changed = [&](const QRect& r) { changed = r; };
+        surface.set_scale(0, 10, 20, 0);  // volume upwards
+        surface.set_line_style(c.style);
+        surface.set_line_width(c.width);
+        surface.set_fore_color(red);
+        surface.line(5, 5, 10, 5);  // pixels 50 to 100 of row 50
+        int inked = 0;
+        for (int x = 50; x <= 100; ++x) inked += is(surface.image(), {x, 50}, red);
+        EXPECT_GE(inked, c.min_inked);
+        EXPECT_LE(inked, c.max_inked);
+        // Round, not square: the end reaches on along the line but not into the corner.
+        EXPECT_EQ(is(surface.image(), {101, 50}, red), c.round_end);
+        EXPECT_FALSE(is(surface.image(), {102, 52}, red));
+        EXPECT_FALSE(is(surface.image(), {50, 40}, red) || is(surface.image(), {40, 50}, red));
+        EXPECT_TRUE(changed.contains(QRect(48, 48, 55, 5)));
+    }
+}
 
 // Breathing with noise at 50 samples a second for 30 minutes, many samples per pixel column,
 // looks as if every sample were drawn; a lost frame among it, narrower than a pixel, still shows,
@@ -311,6 +345,17 @@ TEST(PatientCurvesView, zooming_out_and_panning_without_end_leave_the_cursor_rea
     view.load({file.fileName()});
     view.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    PatientCurves& m = view.model();
+    EXPECT_EQ(view.findChild<QTreeWidget*>()->headerItem()->text(0), m.PatientList.column_text);
+    // The mode the model holds is the one option shown checked.
+    for (auto [option, click] : {std::pair(&m.optPan, &PatientCurves::optPan_Click),
+                                 {&m.optMeasure, &PatientCurves::optMeasure_Click},
+                                 {&m.optZoom, &PatientCurves::optZoom_Click}}) {
+        (m.*click)();
+        view.sync();
+        for (QRadioButton* b : view.findChildren<QRadioButton*>())
+            EXPECT_EQ(b->isChecked(), b->text() == option->Caption) << qPrintable(b->text());
+    }
     ReviewChartWidget& chart = view.chart();
     const QRect plot = chart.axisRect()->rect();
     const QPoint diagonal = plot.bottomRight() - plot.topLeft();
