@@ -6,9 +6,11 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
@@ -268,6 +270,29 @@ TEST(HelpWindows, show_their_captions_and_done_closes_them) {
     expect_captions_fit(*gating, "form_gating.png", {333});
     QTest::mouseClick(find<QPushButton>(gating.get(), message_text(113)), Qt::LeftButton);
     EXPECT_FALSE(rig.form.form_gating->Timer_Tarrow_Diagnostics->Enabled() || gating->isVisible());
+}
+
+// The review stands beside the console. Closed, it is gone: the next opening asks for files
+// anew rather than showing the old window and its curves again.
+TEST(DialogViews, the_review_closed_is_gone_and_the_next_opening_asks_for_files_anew) {
+    DialogRig rig;
+    QtChartSurface surface(870, 499);
+    Form1View main_window(rig.form, surface);
+    QtWindows windows(rig.form, main_window);
+    int asked = 0;
+    for (int opening = 0; opening < 2; ++opening) {
+        QTimer::singleShot(0, [&] {
+            if (auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+                ++asked;
+                chooser->reject();
+            }
+        });
+        windows.show_modeless(Window::PatientCurves);
+        for (QWidget* w : QApplication::topLevelWidgets())
+            if (qobject_cast<QMainWindow*>(w) && w != &main_window) w->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    EXPECT_EQ(asked, 2);
 }
 
 }  // namespace
