@@ -277,6 +277,19 @@ TEST(ReviewChartWidget, a_dense_curve_looks_as_if_every_sample_were_drawn) {
     }
 }
 
+// A curve replaced by another, as many elements as before: the new one is drawn as it is (a way
+// back in time a line back, not a band between the two ways).
+TEST(ReviewChartWidget, a_curve_that_replaced_another_is_drawn_as_it_is) {
+    Chart chart(600, 400, {0, 10, 0, 3});
+    chart.add(red, 0, 1, {0, 10}, {1, 1});
+    chart.picture();
+    chart.model.DeleteElement(1);
+    chart.add(red, 0, 1, {0, 10, 10, 0}, {1, 1, 2, 2});
+    const QImage image = chart.picture();
+    EXPECT_EQ(count_near(image, chart.at(5, 1.5), 0, 10, red), 0);
+    EXPECT_GT(count_near(image, chart.at(5, 2), 0, 1, red), 0);
+}
+
 TEST(ReviewChartWidget, the_mouse_mode_decides_what_a_drag_does_and_the_cursor_reports) {
     struct Case { int mode; Qt::MouseButton button; QPointF from, to; ChartRange expected; };
     const Case cases[] = {
