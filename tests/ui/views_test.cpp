@@ -13,6 +13,7 @@
 #include "language/messages.h"
 #include "platform/qt_chart_surface.h"
 #include "ui/breath_hold_statistics_view.h"
+#include "ui/control_widgets.h"
 #include "ui/form1_view.h"
 #include "ui/images.h"
 #include "ui/key_guard_filter.h"
@@ -88,6 +89,20 @@ TEST(Form1View, shows_the_captions_and_closing_the_frame_is_exit_when_exit_may_r
     QStringList entries;
     for (const QAction* a : view.findChildren<QAction*>()) entries.append(a->text());
     EXPECT_TRUE(entries.contains(rig.form.About.Caption));
+    // The gating system's state: the picture the console shows is on the screen, alone.
+    Form1& f = rig.form;
+    const std::pair<Control*, const char*> pictures[] = {{&f.Image_Gating_Ready, "gating_ready"},
+                                                         {&f.Image_Gating_Closed, "gating_closed"},
+                                                         {&f.Image_Gating_Fault, "gating_fault"}};
+    for (const auto& [shown, image] : pictures) {
+        for (const auto& [c, _] : pictures) c->Visible = c == shown;
+        view.sync();
+        int found = 0;  // by the pixels: each label keeps its own copy
+        for (const QLabel* label : view.findChildren<QLabel*>())
+            found += label->isVisibleTo(&view) && !label->pixmap().isNull() &&
+                     label->pixmap().toImage() == product_image(image).toImage();
+        EXPECT_EQ(found, 1) << image;
+    }
     // During a hold the Exit entry is off, and so is the frame's close box.
     rig.form.patient_defined = true;
     rig.form.disable_menus();
