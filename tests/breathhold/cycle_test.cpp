@@ -10,9 +10,7 @@ namespace {
 // A patient is loaded and the link runs: the state in which holds are worked.
 struct CycleRig : Rig {
     explicit CycleRig(bool gated = false) {
-        form.patient_defined = true;
-        form.b_state = 1;
-        form.Gated_Treatment = gated;
+        form.patient_defined = true, form.b_state = 1, form.Gated_Treatment = gated;
     }
     // One frame of the module; time left in frames.
     void frame(uint8_t balloon, uint16_t time_left = 0, uint8_t flags = 0x06) {
@@ -221,10 +219,8 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
         SCOPED_TRACE(c.name);
         CycleRig rig;
         Form1& f = rig.form;
-        f.abort_message = QStringLiteral("old abort ");
-        f.abort_by = QStringLiteral("user");
-        f.b_state = c.b_state;
-        f.sw_state = c.sw_state;
+        f.abort_message = QStringLiteral("old abort "), f.abort_by = QStringLiteral("user");
+        f.b_state = c.b_state, f.sw_state = c.sw_state;
         f.patient_defined = c.patient;
         f.volume = c.in_region ? 1.5 : 0.0;
         f.Gated_Treatment = f.tarrow_Enable_error = c.enable_error;

@@ -82,9 +82,7 @@ TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.thresh = c.thresh;
-        rig.form.max_y = c.max_y;
-        rig.form.min_y = -c.max_y;
+        rig.form.thresh = c.thresh, rig.form.max_y = c.max_y, rig.form.min_y = -c.max_y;
         rig.form.draw_chart();
         EXPECT_EQ(rig.form.thresh_label.Caption, QString::fromLatin1(c.caption)) << c.thresh;
         EXPECT_NEAR(rig.form.thresh_label.Top, c.top * 7485 - 142.5, 0.01) << c.thresh;
