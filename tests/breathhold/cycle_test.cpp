@@ -240,8 +240,7 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
 
 TEST(Spacebar, arms_on_exhale_with_b_and_draws_the_box_below_the_threshold) {
     CycleRig rig;
-    rig.form.inhale = false;
-    rig.form.volume = 2.0;
+    rig.form.inhale = false, rig.form.volume = 2.0;
     rig.form.Form_KeyDown(32, 0);
     EXPECT_EQ(rig.fakes.serial.sent(), "B");
     EXPECT_TRUE(rig.fakes.chart.strokes.back().is_box);
@@ -271,8 +270,7 @@ TEST(FaultSummary, lists_the_standing_faults_in_fixed_order_after_a_blank) {
     };
     for (const auto& c : cases) {
         CycleRig rig;
-        rig.form.distress_fault = c.distress;
-        rig.form.abort_message = QString::fromLatin1(c.abort);
+        rig.form.distress_fault = c.distress, rig.form.abort_message = QString::fromLatin1(c.abort);
         rig.fault_frame(c.flags);
         EXPECT_EQ(rig.form.Label2.Caption, QString::fromLatin1(c.text));
         // Red and flashing; the patient menus shut, the exit open.

@@ -56,12 +56,9 @@ void write_sessions(const QString& root, const PatientParameters& p, int count) 
 // folder, as session `session`.
 void record_curve(const QString& root, const PatientParameters& p, const QString& session) {
     Rig rig;
-    rig.form.data_directory = root;
-    rig.form.patient_last_name = p.last_name;
-    rig.form.patient_first_name = p.first_name;
+    rig.form.data_directory = root, rig.form.session = session, rig.form.thresh = p.thresh;
+    rig.form.patient_last_name = p.last_name, rig.form.patient_first_name = p.first_name;
     rig.form.patient_medical_id = p.medical_id;
-    rig.form.session = session;
-    rig.form.thresh = p.thresh;
     rig.form.patient_defined = rig.form.cmdRecord.Enabled = true;
     rig.form.cmdRecord_Click();
     for (int i = 0; i < 100; ++i)

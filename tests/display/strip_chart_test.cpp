@@ -57,8 +57,7 @@ TEST(StripChart, issues_one_vertical_line_a_second_whatever_the_division) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.max_x = c.max_x;
-        rig.form.x_scale_factor = c.scale;
+        rig.form.max_x = c.max_x, rig.form.x_scale_factor = c.scale;
         rig.form.draw_chart();
         const auto lines = strokes_where(rig, [](const Stroke& s) {
             return !s.is_box && s.style == LineStyle::dotted && s.x1 == s.x2;
@@ -98,8 +97,7 @@ TEST(StripChart, the_box_frames_the_armed_region_only_while_armed_or_holding) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.b_state = c.b_state;
-        rig.form.inhale = c.inhale;
+        rig.form.b_state = c.b_state, rig.form.inhale = c.inhale;
         rig.form.draw_chart();
         const auto boxes = drawn_where(rig, [](const Stroke& s) { return s.is_box; });
         EXPECT_EQ(boxes, c.box ? std::vector<std::string>{c.box} : std::vector<std::string>{})
@@ -144,8 +142,7 @@ TEST(ThresholdRegion, the_narrowed_volume_must_pass_the_threshold_strictly) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.volume = c.volume;
-        rig.form.inhale = c.inhale;
+        rig.form.volume = c.volume, rig.form.inhale = c.inhale;
         EXPECT_EQ(rig.form.volume_in_threshold_region(), c.inside) << c.volume << c.inhale;
     }
 }

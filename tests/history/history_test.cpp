@@ -173,10 +173,8 @@ TEST(HistoryPrintout, a_heading_then_the_rows_in_a_ruled_box_with_columns_as_wid
              << QStringLiteral("line 1440 2760 %1 2760").arg(right);
     for (int row = 0; row < 3; ++row)
         for (k = 0; k < 7; ++k)
-            expected << QStringLiteral("text %1 %2 %3")
-                            .arg(lefts[k])
-                            .arg(2880 + 360 * row)
-                            .arg(rig.history.ListView1.cell(row + 1, k));
+            expected << QStringLiteral("text %1 %2 ").arg(lefts[k]).arg(2880 + 360 * row) +
+                            rig.history.ListView1.cell(row + 1, k);
     const int bottom = 3240 + 360 * 2;  // each row 1.5 text heights deep
     expected << QStringLiteral("box 1440 2340 %1 %2").arg(right).arg(bottom);
     for (k = 1; k < 7; ++k)

@@ -61,8 +61,7 @@ TEST(FrameReception, takes_one_frame_a_notification_and_costs_a_bad_one_no_more)
 TEST(FrameReception, a_bad_sum_is_logged_with_the_patient_and_its_bytes) {
     const QByteArray bad = bad_sum(data_frame(0x04, 1, 10));
     Rig rig;
-    rig.form.patient_last_name = QStringLiteral("Doe");
-    rig.form.patient_medical_id = QStringLiteral("M1");
+    rig.form.patient_last_name = QStringLiteral("Doe"), rig.form.patient_medical_id = "M1";
     rig.fakes.serial.receive(data_frame());
     rig.form.module_heartbeat_counter = 1;
     rig.fakes.serial.receive(bad);

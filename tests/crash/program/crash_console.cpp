@@ -50,8 +50,7 @@ CrashConsole::CrashConsole(const QString& root)
     form.patient_last_name = QStringLiteral("Crash");
     form.patient_first_name = QStringLiteral("Kill");
     form.patient_medical_id = QStringLiteral("K1");
-    form.patient_defined = true;
-    form.gating_start_mode = message_text(269);
+    form.patient_defined = true, form.gating_start_mode = message_text(269);
     fakes.clock.when = first_moment;
 }
 
