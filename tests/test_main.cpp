@@ -3,12 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QString>
-#include <ostream>
 
-#include "fakes/qt_printers.h"
 #include "language/messages.h"
-
 
 int main(int argc, char** argv) {
     // Tests never need a display; test discovery at build time runs without one.

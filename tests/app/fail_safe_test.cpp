@@ -15,9 +15,7 @@ struct HoldRig : Rig {
         fakes.serial.OnComm = [this] {
             form.run_event("MSComm1_OnComm", [this] { form.MSComm1_OnComm(); });
         };
-        form.patient_defined = true;
-        form.Gated_Treatment = gated;
-        form.duration = 15;
+        form.patient_defined = true, form.Gated_Treatment = gated, form.duration = 15;
         fakes.timers.get("Timer_HeartBeat").set_Enabled(true);
         fakes.serial.receive(data_frame(switch_held, 1, 100));
         fakes.serial.receive(data_frame(switch_held, 2, 100));

@@ -13,20 +13,10 @@
 namespace zel::test {
 namespace {
 
-const QString stamp = QStringLiteral("ZEL Patient Parameter File");
-
 struct WorkflowRig : Rig {
     WorkflowRig() {
+        default_settings(form);
         form.data_directory = app_data.path();
-        form.patient_parameter_filestamp = stamp;
-        form.number_format = QStringLiteral("dot");
-        form.duration = 12;
-        form.thresh = 1.2f;
-        form.max_y = 2;
-        form.min_y = -2;
-        form.max_x = 1000;
-        form.x_scale_factor = 1;
-        form.inhale = true;
     }
     QString zel() const { return form.data_directory + QStringLiteral("/Doe_Jane_A1/Doe.zel"); }
     QString quarantined() const {
@@ -144,7 +134,7 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
         create_doe(rig);
         rig.leave();
         QStringList lines = patient_file_lines(
-            stamp, rig.form.software_version,
+            rig.form.patient_parameter_filestamp, rig.form.software_version,
             PatientParameters{"Doe", "Jane", "A1", 1.5f, 12, 2, true, 1, 1000, false},
             QStringLiteral("1/2/2026"), QStringLiteral("dot"), QLatin1Char('.'));
         const QStringList written = lines;
@@ -175,8 +165,7 @@ TEST(PatientLoad, each_refusal_has_its_report_and_its_fate_for_the_folder) {
     ASSERT_TRUE(write_patient_files(notes, {QStringLiteral("Shopping list"), QStringLiteral("milk")}));
     rig.load(notes);
     EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(128)});
-    EXPECT_TRUE(QFileInfo::exists(notes));
-    EXPECT_FALSE(rig.form.patient_defined);
+    EXPECT_TRUE(QFileInfo::exists(notes) && !rig.form.patient_defined);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 // Leaving a patient, undoing one, and the menu entries that must not act during a hold.
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 #include "app/patient_rig.h"
+#include "dialogs/dialog_rig.h"
 #include "dialogs/form11.h"
 #include "dialogs/form12.h"
 #include "language/messages.h"
@@ -16,9 +16,7 @@ namespace {
 struct PatientRig : Rig {
     PatientRig() {
         define_patient(*this);
-        form.Label_last_name.Caption = QStringLiteral("Doe");
-        form.Label_first_name.Caption = QStringLiteral("Jane");
-        form.label_session.Caption = QStringLiteral("Session ID 1");
+        form.show_patient_labels();
         form.Label2.Caption = QStringLiteral("Press spacebar to activate.");
         form.Patient_Settings.Enabled = true;
         form.mnuSessionHistory.Enabled = true;
@@ -50,9 +48,7 @@ TEST(PatientWorkflow, reset_patient_clears_the_patient_and_ends_what_it_had_open
     rig.form.Image_Gating_Ready.Visible = true;
     rig.form.cmdRecord_Click();
     rig.fakes.serial.receive(data_frame());
-    QByteArray spoiled = data_frame();
-    spoiled[7] = static_cast<char>(spoiled[7] + 1);
-    rig.fakes.serial.receive(spoiled);
+    rig.fakes.serial.receive(bad_sum(data_frame()));
     ASSERT_TRUE(rig.form.checksum_log_open);
     rig.fakes.tarrow.calls.clear();
     rig.form.reset_patient();
@@ -139,13 +135,11 @@ TEST(PatientWorkflow, settings_dialogs_change_nothing_of_a_hold_found_under_them
             if (c.hold == Hold::before_save) rig.form.b_state = 2;
             if (c.window == Window::Form12) {
                 Form12& f = *rig.form.form12;
-                f.type_text(f.Threshold_Text, QStringLiteral("1.6"), 3);
-                f.key_press(f.Threshold_Text, 13);
+                enter(f, f.Threshold_Text, QStringLiteral("1.6"));
                 f.Button_Save_Click();
             } else {
                 Form11& f = *rig.form.form11;
-                f.type_text(f.Y_Range_Text, QStringLiteral("3"), 1);
-                f.key_press(f.Y_Range_Text, 13);
+                enter(f, f.Y_Range_Text, QStringLiteral("3"));
                 f.Done_Click();
             }
             // A frame of the hold handled before the dialog's loop returned.

@@ -10,9 +10,7 @@ namespace {
 // A patient is loaded and the link runs: the state in which holds are worked.
 struct CycleRig : Rig {
     explicit CycleRig(bool gated = false) {
-        form.patient_defined = true;
-        form.b_state = 1;
-        form.Gated_Treatment = gated;
+        form.patient_defined = true, form.b_state = 1, form.Gated_Treatment = gated;
     }
     // One frame of the module; time left in frames.
     void frame(uint8_t balloon, uint16_t time_left = 0, uint8_t flags = 0x06) {
@@ -221,10 +219,8 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
         SCOPED_TRACE(c.name);
         CycleRig rig;
         Form1& f = rig.form;
-        f.abort_message = QStringLiteral("old abort ");
-        f.abort_by = QStringLiteral("user");
-        f.b_state = c.b_state;
-        f.sw_state = c.sw_state;
+        f.abort_message = QStringLiteral("old abort "), f.abort_by = QStringLiteral("user");
+        f.b_state = c.b_state, f.sw_state = c.sw_state;
         f.patient_defined = c.patient;
         f.volume = c.in_region ? 1.5 : 0.0;
         f.Gated_Treatment = f.tarrow_Enable_error = c.enable_error;
@@ -244,8 +240,7 @@ TEST(Spacebar, acts_by_state_and_always_empties_the_abort_message_first) {
 
 TEST(Spacebar, arms_on_exhale_with_b_and_draws_the_box_below_the_threshold) {
     CycleRig rig;
-    rig.form.inhale = false;
-    rig.form.volume = 2.0;
+    rig.form.inhale = false, rig.form.volume = 2.0;
     rig.form.Form_KeyDown(32, 0);
     EXPECT_EQ(rig.fakes.serial.sent(), "B");
     EXPECT_TRUE(rig.fakes.chart.strokes.back().is_box);
@@ -275,8 +270,7 @@ TEST(FaultSummary, lists_the_standing_faults_in_fixed_order_after_a_blank) {
     };
     for (const auto& c : cases) {
         CycleRig rig;
-        rig.form.distress_fault = c.distress;
-        rig.form.abort_message = QString::fromLatin1(c.abort);
+        rig.form.distress_fault = c.distress, rig.form.abort_message = QString::fromLatin1(c.abort);
         rig.fault_frame(c.flags);
         EXPECT_EQ(rig.form.Label2.Caption, QString::fromLatin1(c.text));
         // Red and flashing; the patient menus shut, the exit open.

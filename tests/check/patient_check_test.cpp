@@ -14,6 +14,7 @@
 #include "app/release.h"
 #include "data/patient_file.h"
 #include "data/session_history_file.h"
+#include "fakes/files.h"
 #include "fakes/rig.h"
 #include "language/messages.h"
 
@@ -55,23 +56,14 @@ void write_sessions(const QString& root, const PatientParameters& p, int count) 
 // folder, as session `session`.
 void record_curve(const QString& root, const PatientParameters& p, const QString& session) {
     Rig rig;
-    rig.form.data_directory = root;
-    rig.form.patient_last_name = p.last_name;
-    rig.form.patient_first_name = p.first_name;
+    rig.form.data_directory = root, rig.form.session = session, rig.form.thresh = p.thresh;
+    rig.form.patient_last_name = p.last_name, rig.form.patient_first_name = p.first_name;
     rig.form.patient_medical_id = p.medical_id;
-    rig.form.session = session;
-    rig.form.thresh = p.thresh;
     rig.form.patient_defined = rig.form.cmdRecord.Enabled = true;
     rig.form.cmdRecord_Click();
     for (int i = 0; i < 100; ++i)
         rig.fakes.serial.receive(data_frame(0x06, 1, static_cast<int16_t>(250 + i)));
     rig.form.cmdPause_Click();
-}
-
-void write_file(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
 }
 
 // Every file and folder under `root`: contents, mode and modification time.
@@ -127,7 +119,7 @@ TEST(PatientCheck, names_each_verdict_and_leaves_every_file_as_it_was) {
     // Edited by hand after it was saved.
     const QString edited = write_patient(root, patient("Baker", "2"));
     QFile::setPermissions(edited, QFile::permissions(edited) | QFileDevice::WriteOwner);
-    write_file(edited, QByteArray("ZEL Patient Parameter File\r\n3.00.01\r\n"));
+    write(edited, "ZEL Patient Parameter File\r\n3.00.01\r\n");
     QFile::setPermissions(edited, QFile::permissions(edited) & ~QFileDevice::WriteOwner);
 
     const QString lost = write_patient(root, patient("Cole", "3"));
@@ -148,10 +140,9 @@ TEST(PatientCheck, names_each_verdict_and_leaves_every_file_as_it_was) {
     write_sessions(root, holes, 2);
     const QString folder =
         patient_folder(root, holes.last_name, holes.first_name, holes.medical_id);
-    QFile history(folder + QStringLiteral("/session.ini"));
-    ASSERT_TRUE(history.open(QIODevice::ReadOnly));
-    write_file(history.fileName(), history.readAll().replace("SESSIONS= 2", "SESSIONS= 3"));
-    write_file(folder + QStringLiteral("/notes.dat"), "shopping list\r\n");
+    const QString history = folder + QStringLiteral("/session.ini");
+    write(history, contents(history).replace("SESSIONS= 2", "SESSIONS= 3"));
+    write(folder + QStringLiteral("/notes.dat"), "shopping list\r\n");
 
     QDir().mkpath(root + QStringLiteral("/Empty_folder_9"));
     // Patients quarantined before are not patients to load.
@@ -194,9 +185,7 @@ TEST(PatientCheck, names_each_verdict_and_leaves_every_file_as_it_was) {
     const QString alone_history =
         patient_folder(alone.path(), good.last_name, good.first_name, good.medical_id) +
         QStringLiteral("/session.ini");
-    QFile sessions(alone_history);
-    ASSERT_TRUE(sessions.open(QIODevice::ReadOnly));
-    write_file(alone_history, sessions.readAll().replace("ID= 2", "XX= 2"));
+    write(alone_history, contents(alone_history).replace("ID= 2", "XX= 2"));
     const ProgramRun broken = run_console({QStringLiteral("--check"), alone.path()});
     EXPECT_EQ(broken.status, 1) << broken.out.toStdString();
     EXPECT_TRUE(broken.out.contains(QStringLiteral("session histories: 1 unreadable")))

@@ -23,6 +23,7 @@
 #include "crash/program/crash_console.h"
 #include "data/patient_file.h"
 #include "data/quarantine.h"
+#include "fakes/files.h"
 #include "language/messages.h"
 
 namespace zel::test::crash {
@@ -33,17 +34,6 @@ constexpr long no_file = -1;
 std::optional<QByteArray> contents(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? std::optional(file.readAll()) : std::nullopt;
-}
-
-// Every file under `folder` with its bytes, by its path below the folder.
-std::map<QString, QByteArray> snapshot(const QString& folder) {
-    std::map<QString, QByteArray> files;
-    QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        files[QDir(folder).relativeFilePath(path)] = contents(path).value_or(QByteArray());
-    }
-    return files;
 }
 
 QByteArray companion_for(const QByteArray& patient_file) {
@@ -97,7 +87,7 @@ public:
         QFile curve(folder.site_a + "/Move_Out_M1/curves/1.dat");
         if (curve.open(QIODevice::WriteOnly)) curve.write(QByteArray(1 << 18, 'v'));
         curve.close();
-        mover = snapshot(folder.site_a + "/Move_Out_M1");
+        mover = tree(folder.site_a + "/Move_Out_M1");
     }
 
     // One run of the writer, killed after `delay_ms` once it is ready; then every check.
@@ -214,7 +204,7 @@ private:
         if (!zel) return;
         const std::optional<QByteArray> sfv = contents(folder.companion_file);
         const bool matches = sfv == companion_for(*zel);
-        const std::map<QString, QByteArray> before = snapshot(folder.patient_folder);
+        const std::map<QString, QByteArray> before = tree(folder.patient_folder);
 
         CrashConsole loader(root);
         loader.form.patient_parameter_filename = folder.patient_file;
@@ -223,13 +213,13 @@ private:
         ASSERT_EQ(accepted, matches) << "run " << run << ": companion " << sfv.value_or("").toStdString();
         if (accepted) {
             if (patient.version != no_file) { EXPECT_EQ(loader.form.temp_duration, patient.version); }
-            EXPECT_EQ(snapshot(folder.patient_folder), before);
+            EXPECT_EQ(tree(folder.patient_folder), before);
             return;
         }
         // Quarantined whole: the folder gone from the patients, everything in it kept.
         ++tally.quarantined;
         EXPECT_FALSE(QFileInfo::exists(folder.patient_folder));
-        EXPECT_EQ(snapshot(folder.quarantine + QStringLiteral("/Crash_Kill_K1")), before)
+        EXPECT_EQ(tree(folder.quarantine + QStringLiteral("/Crash_Kill_K1")), before)
             << "run " << run;
         EXPECT_EQ(loader.fakes.windows.message_texts,
                   std::vector<QStringList>{QStringList{message_text(296)}});
@@ -275,7 +265,7 @@ private:
                 const QString path = site + QLatin1Char('/') + name;
                 if (name == message_text(342)) continue;
                 if (name == QLatin1String("Move_Out_M1")) {
-                    EXPECT_EQ(snapshot(path), mover) << "run " << run << ": " << qPrintable(path);
+                    EXPECT_EQ(tree(path), mover) << "run " << run << ": " << qPrintable(path);
                     if (++whole < 2) continue;
                     ++tally.twice;
                     delete_folder(path);

@@ -24,9 +24,9 @@
 #include "data/binary_file_stream.h"
 #include "data/crc32.h"
 #include "data/crc_companion.h"
-#include "data/files.h"
 #include "data/patient_file.h"
 #include "data/quarantine.h"
+#include "fakes/files.h"
 #include "fakes/qt_printers.h"
 
 namespace zel {
@@ -35,6 +35,7 @@ namespace {
 using test::contents;
 using test::crlf;
 using test::error_of;
+using test::tree;
 using test::write;
 
 const QString stamp = QStringLiteral("ZEL Patient Parameter File");
@@ -70,19 +71,6 @@ int32_t zlib_crc(const QByteArray& bytes) {
 }
 
 const QString quarantine_name = QStringLiteral("Quarantine - NOT FOR CLINICAL USE");
-
-// Every file under `folder` by its relative path, with its bytes.
-std::map<QString, QByteArray> tree(const QString& folder) {
-    std::map<QString, QByteArray> files;
-    QDirIterator it(folder, QDir::Files | QDir::Hidden,
-                    QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
-    while (it.hasNext()) {
-        QFile file(it.next());
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
-        files[QDir(folder).relativeFilePath(file.fileName())] = file.readAll();
-    }
-    return files;
-}
 
 class PatientFiles : public ::testing::Test {
   protected:

@@ -8,7 +8,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "data/files.h"
+#include "fakes/files.h"
 
 namespace zel {
 namespace {

@@ -5,16 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <functional>
 #include <tuple>
 
+#include "app/patient_rig.h"
 #include "data/curve_file_reader.h"
-#include "data/files.h"
 #include "data/locale_number.h"
 #include "data/profile_file.h"
 #include "data/session_history_file.h"
-#include "fakes/rig.h"
+#include "fakes/files.h"
 #include "language/messages.h"
 
 namespace zel::test {
@@ -43,14 +42,10 @@ TEST(LocaleNumber, reads_the_machines_form_and_refuses_the_rest) {
 struct SessionRig : Rig {
     SessionRig() {
         as_patient(form, app_data.path(), QStringLiteral("3"));
-        form.thresh = 1.35f;
-        form.duration = 15;
-        form.inhale = true;
-        form.breath_holds = 3;
+        form.thresh = 1.35f, form.duration = 15, form.inhale = true, form.breath_holds = 3;
         form.gating_start_mode = message_text(269);
         fakes.clock.when = QDateTime(QDate(2026, 3, 4), QTime(9, 5, 7));
     }
-    QString folder() const { return app_data.path() + QStringLiteral("/Doe_Jane_A1"); }
     // The file's lines, and an empty last one when it ends in a line break.
     QStringList lines(const QString& path) const {
         return QString::fromLatin1(read_profile_file(path)).split(QStringLiteral("\r\n"));
@@ -58,7 +53,7 @@ struct SessionRig : Rig {
     void frames(int n, uint8_t flags = 0x06, uint8_t balloon = 1, int16_t units = 250) {
         for (int k = 0; k < n; ++k) fakes.serial.receive(data_frame(flags, balloon, units));
     }
-    QString path() const { return folder() + QStringLiteral("/session.ini"); }
+    QString path() const { return doe_folder(*this) + QStringLiteral("/session.ini"); }
     QByteArray contents() const { return read_profile_file(path()); }
     void save(const QString& session) {
         form.session = session;
@@ -69,8 +64,8 @@ struct SessionRig : Rig {
 
 TEST(CurveFile, header_lines_and_zones_byte_for_byte) {
     SessionRig rig;
-    rig.form.printHeader(rig.folder() + QStringLiteral("/h.dat"));
-    EXPECT_EQ(rig.lines(rig.folder() + QStringLiteral("/h.dat")),
+    rig.form.printHeader(doe_folder(rig) + QStringLiteral("/h.dat"));
+    EXPECT_EQ(rig.lines(doe_folder(rig) + QStringLiteral("/h.dat")),
               QString::fromLatin1(
                   "CURVE_DATA_FILE_STAMP|HeaderStart|Threshold:1.35|Count Frequency:  50 |"
                   "Patient Last Name:          Doe|Medical ID:   A1|Date:         03-04-2026|"
@@ -96,8 +91,7 @@ TEST(CurveFile, record_pause_record_gives_one_file_one_header_a_gap_in_time_and_
         rig.form.patient_defined = true;
         rig.frames(10);  // before the recording: counted in its time
         rig.form.cmdRecord_Click();
-        EXPECT_FALSE(rig.form.cmdRecord.Enabled);
-        EXPECT_TRUE(rig.form.cmdPause.Enabled);
+        EXPECT_TRUE(!rig.form.cmdRecord.Enabled && rig.form.cmdPause.Enabled);
         for (const int16_t units : {250, -1, 32767, -32767, 0}) rig.frames(1, 0x06, 1, units);
         rig.form.cmdPause_Click();
         EXPECT_FALSE(rig.form.curve_file);
@@ -106,8 +100,8 @@ TEST(CurveFile, record_pause_record_gives_one_file_one_header_a_gap_in_time_and_
         rig.frames(1, 0x04, 4, 300);
         rig.form.cmdPause_Click();
 
-        const QString path = rig.folder() + QStringLiteral("/Doe_3.dat");
-        EXPECT_EQ(QDir(rig.folder()).entryList(QDir::Files), QStringList{"Doe_3.dat"});
+        const QString path = doe_folder(rig) + QStringLiteral("/Doe_3.dat");
+        EXPECT_EQ(QDir(doe_folder(rig)).entryList(QDir::Files), QStringList{"Doe_3.dat"});
         const QStringList lines = rig.lines(path);
         ASSERT_EQ(lines.size(), 26 + 6 + 1);
         EXPECT_EQ(lines.count(QStringLiteral("HeaderEnd")), 1);

@@ -8,9 +8,9 @@
 #include <tuple>
 
 #include "app/zel_error.h"
-#include "data/files.h"
 #include "data/system_settings_file.h"
 #include "data/text_reader.h"
+#include "fakes/files.h"
 #include "fakes/qt_printers.h"
 #include "fakes/rig.h"
 #include "language/messages.h"

@@ -13,15 +13,14 @@ struct DialogRig : Rig {
     QStringList next_id_asked;     // the names get_next_sessionID was asked with
 
     explicit DialogRig(QChar separator = QLatin1Char('.'), float thresh = 1.2f) {
+        // Set by the console's start, as every constant of the design.
+        default_settings(form);
+        form.duration = 15, form.thresh = thresh;
         fakes.locale.separator = separator;
         form.number_format =
             separator == QLatin1Char(',') ? QStringLiteral("comma") : QStringLiteral("dot");
         form.found_number_format = form.number_format;
         form.data_directory = data.path();
-        // Set by the console's start, as every constant of the design.
-        form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
-        form.duration = 15, form.thresh = thresh, form.inhale = true;
-        form.max_y = 2.0, form.min_y = -2.0, form.max_x = 1000, form.x_scale_factor = 1;
         form.language_file = QStringLiteral("English");
         form.language_name = {QStringLiteral("Deutsch"), QStringLiteral("Svenska")};
         // The holding area of the file last read: a new session takes it, the settings

@@ -2,11 +2,11 @@
 // what Done leaves in the console and on disk.
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <utility>
 
 #include "dialog_rig.h"
+#include "fakes/files.h"
 
 namespace zel::test {
 namespace {
@@ -84,9 +84,7 @@ TEST(Form11, a_language_choice_warns_and_is_stored_on_done) {
     f.scroll(f.Y_Range_Scroll, 30);
     f.click(f.Done);
     EXPECT_EQ(rig.form.language_file, QStringLiteral("Deutsch"));
-    QFile file(ini(rig));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray lines = file.readAll();
+    const QByteArray lines = contents(ini(rig));
     // The file takes the language before the display values change.
     EXPECT_TRUE(lines.contains("default language:Deutsch\r\n") && lines.contains("max y:2.0\r\n"))
         << lines.toStdString();

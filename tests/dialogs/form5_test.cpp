@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <functional>
 #include <utility>
 
 #include "dialog_rig.h"
+#include "fakes/files.h"
 
 namespace zel::test {
 namespace {
@@ -20,11 +20,10 @@ void patient_on_disk(DialogRig& rig, const QString& folder, const QString& file,
                      const QString& medical_id,
                      const QString& stamp = QStringLiteral("ZEL Patient Parameter File")) {
     QDir(rig.data.path()).mkpath(folder);
-    QFile out(rig.data.path() + QLatin1Char('/') + folder + QLatin1Char('/') + file);
-    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-    out.write((stamp + "\r\n3.00.01\r\nPatient Last Name:X\r\nPatient First Name:Y\r\n" +
-               "Patient Medical ID:" + medical_id + "\r\nDate:1/2/2026\r\n")
-                  .toLatin1());
+    write(rig.data.path() + QLatin1Char('/') + folder + QLatin1Char('/') + file,
+          (stamp + "\r\n3.00.01\r\nPatient Last Name:X\r\nPatient First Name:Y\r\n" +
+           "Patient Medical ID:" + medical_id + "\r\nDate:1/2/2026\r\n")
+              .toLatin1());
 }
 
 // A new patient with every setting changed from the console's.

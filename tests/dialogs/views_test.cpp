@@ -17,7 +17,6 @@
 #include <QTest>
 #include <QTimer>
 #include <functional>
-#include <utility>
 
 #include "dialog_rig.h"
 #include "platform/qt_chart_surface.h"

@@ -57,8 +57,7 @@ TEST(StripChart, issues_one_vertical_line_a_second_whatever_the_division) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.max_x = c.max_x;
-        rig.form.x_scale_factor = c.scale;
+        rig.form.max_x = c.max_x, rig.form.x_scale_factor = c.scale;
         rig.form.draw_chart();
         const auto lines = strokes_where(rig, [](const Stroke& s) {
             return !s.is_box && s.style == LineStyle::dotted && s.x1 == s.x2;
@@ -82,9 +81,7 @@ TEST(StripChart, places_the_threshold_label_at_the_threshold_height) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.thresh = c.thresh;
-        rig.form.max_y = c.max_y;
-        rig.form.min_y = -c.max_y;
+        rig.form.thresh = c.thresh, rig.form.max_y = c.max_y, rig.form.min_y = -c.max_y;
         rig.form.draw_chart();
         EXPECT_EQ(rig.form.thresh_label.Caption, QString::fromLatin1(c.caption)) << c.thresh;
         EXPECT_NEAR(rig.form.thresh_label.Top, c.top * 7485 - 142.5, 0.01) << c.thresh;
@@ -100,8 +97,7 @@ TEST(StripChart, the_box_frames_the_armed_region_only_while_armed_or_holding) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.b_state = c.b_state;
-        rig.form.inhale = c.inhale;
+        rig.form.b_state = c.b_state, rig.form.inhale = c.inhale;
         rig.form.draw_chart();
         const auto boxes = drawn_where(rig, [](const Stroke& s) { return s.is_box; });
         EXPECT_EQ(boxes, c.box ? std::vector<std::string>{c.box} : std::vector<std::string>{})
@@ -146,8 +142,7 @@ TEST(ThresholdRegion, the_narrowed_volume_must_pass_the_threshold_strictly) {
     };
     for (const auto& c : cases) {
         Rig rig;
-        rig.form.volume = c.volume;
-        rig.form.inhale = c.inhale;
+        rig.form.volume = c.volume, rig.form.inhale = c.inhale;
         EXPECT_EQ(rig.form.volume_in_threshold_region(), c.inside) << c.volume << c.inhale;
     }
 }

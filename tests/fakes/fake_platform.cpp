@@ -31,7 +31,6 @@ void FakeSerialPort::set_PortOpen(bool open) {
         if (std::find(refusing.begin(), refusing.end(), port_number) != refusing.end())
             throw ZelError(err_port_already_open, QStringLiteral("PortOpen"),
                            QStringLiteral("Port already open"));
-        opened.push_back(port_number);
     } else {
         inbox.clear();
     }

@@ -49,7 +49,6 @@ public:
 
     int notifications = 0;
     bool fail_writes = false;
-    std::vector<int> opened;  // port numbers in the order they were opened
 
 private:
     std::deque<uint8_t> inbox;

@@ -63,11 +63,4 @@ QStringList FakePrinter::kinds() const {
     return out;
 }
 
-std::vector<FakePrinter::Op> FakePrinter::of_kind(const char* kind) const {
-    std::vector<Op> out;
-    for (const Op& op : ops)
-        if (op.kind == QLatin1String(kind)) out.push_back(op);
-    return out;
-}
-
 }  // namespace zel::test

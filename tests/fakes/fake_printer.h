@@ -1,7 +1,6 @@
 #pragma once
 // A printer without paper, for tests: every operation is kept with its coordinates.
 //   ops                 "dialog", "text", "line", "box", "new page", "end", in order
-//   texts(), lines()    the drawing operations of one kind
 //   cancel              the printer dialog is cancelled
 //   fail_at(n)          the n-th drawing operation (text, line or box) fails, as a printer
 //                       that goes away in the middle of a page
@@ -43,9 +42,6 @@ public:
     QString end_document() override;
 
     void fail_at(int n) { failing = n; }
-    std::vector<Op> texts() const { return of_kind("text"); }
-    std::vector<Op> lines() const { return of_kind("line"); }
-    std::vector<Op> boxes() const { return of_kind("box"); }
     QStringList kinds() const;
 
     std::vector<Op> ops;
@@ -61,7 +57,6 @@ private:
     int failing = 0;
     void drawing();
     void draw(const char* kind, double x1, double y1, double x2, double y2);
-    std::vector<Op> of_kind(const char* kind) const;
 };
 
 }  // namespace zel::test

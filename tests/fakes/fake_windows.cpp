@@ -35,10 +35,8 @@ int FakeWindows::show_message(Window window, const QString&, const QStringList& 
     log.append(QStringLiteral("show ") + name(window));
     message_texts.push_back(texts);
     message_buttons.push_back(buttons);
-    open.push_back(window);
     unloaded[window] = false;
     if (auto script = scripts.find(window); script != scripts.end()) script->second();
-    open.pop_back();
     if (unloaded[window]) return -1;
     return next_of(presses[window]);
 }

@@ -30,8 +30,6 @@ public:
     void during(Window window, std::function<void()> f) { scripts[window] = std::move(f); }
     void answer(int button) { answers.push_back(button); }
     void press(Window window, int button) { presses[window].push_back(button); }
-    // The windows shown and not yet ended, innermost last.
-    std::vector<Window> open;
     // The texts and the buttons of every message window shown, in order.
     std::vector<QStringList> message_texts;
     std::vector<QStringList> message_buttons;

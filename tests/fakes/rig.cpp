@@ -31,22 +31,21 @@ QByteArray data_frame(uint8_t flags, uint8_t balloon, int16_t volume_units,
                           static_cast<uint8_t>(time_left_frames & 0xFF)});
 }
 
+QByteArray bad_sum(QByteArray frame) {
+    frame[frame.size() - 1] = static_cast<char>(frame.back() + 1);
+    return frame;
+}
+
 QByteArray status_frame(uint8_t battery, uint8_t line, uint8_t pressure, uint8_t vacuum,
                         uint8_t duration, float thresh, uint8_t turbine) {
     QByteArray raw(30, '\0');
     raw[0] = 39;
-    const char version[] = "ZEL 3.1";
-    for (int k = 0; k < 7; ++k) raw[1 + k] = version[k];
-    raw[18] = static_cast<char>(turbine);
-    raw[19] = static_cast<char>(battery);
-    raw[20] = static_cast<char>(line);
-    raw[21] = static_cast<char>(pressure);
-    raw[22] = static_cast<char>(vacuum);
-    raw[23] = static_cast<char>(duration);
+    raw.replace(1, 7, "ZEL 3.1");
     const auto t = encode_threshold(thresh);
-    raw[24] = static_cast<char>(t[0]);
-    raw[25] = static_cast<char>(t[1]);
-    raw[26] = raw[28] = static_cast<char>(0x80);
+    const uint8_t from_18[] = {turbine,  battery, line, pressure, vacuum,
+                               duration, t[0],    t[1], 0x80};
+    for (int k = 0; k < 9; ++k) raw[18 + k] = static_cast<char>(from_18[k]);
+    raw[28] = static_cast<char>(0x80);
     return with_checksum(raw);
 }
 
@@ -57,6 +56,13 @@ Rig::Rig() : form(fakes.platform, app_data.path()) {
     form.Pic.Top = 0;
     form.Pic.Height = 7485;
     form.thresh_label.Height = 285;
+}
+
+void default_settings(Form1& form) {
+    form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
+    form.number_format = QStringLiteral("dot");
+    form.duration = 12, form.thresh = 1.2f, form.inhale = true;
+    form.max_y = 2, form.min_y = -2, form.max_x = 1000, form.x_scale_factor = 1;
 }
 
 void as_patient(Form1& form, const QString& data, const QString& session) {

@@ -15,19 +15,15 @@
 
 #include "app/patient_rig.h"
 #include "data/whole_file.h"
-#include "faults/fault_injection.h"
+#include "fakes/files.h"
 #include "fakes/rig.h"
+#include "faults/fault_injection.h"
 #include "language/messages.h"
 #include "platform/qt_printer.h"
 #include "review/review_rig.h"
 
 namespace zel::test {
 namespace {
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 QStringList temporaries(const QString& folder) {
     return QDir(folder).entryList({QStringLiteral("*.new-*")}, QDir::Files | QDir::Hidden);
@@ -49,9 +45,7 @@ struct DoeRig : Rig {
 // A patient under treatment whose every file exists once, written by the console itself.
 struct DiskRig : DoeRig {
     DiskRig() {
-        form.session = QStringLiteral("3");
-        form.patient_defined = form.cmdRecord.Enabled = true;
-        QDir().mkpath(folder());
+        as_patient(form, form.data_directory, QStringLiteral("3"));
         form.save_patient_parameters();
         form.save_session();
         form.save_ini_file();
@@ -74,11 +68,7 @@ struct DiskRig : DoeRig {
     void good_frames(int n) {
         for (int k = 0; k < n; ++k) fakes.serial.receive(data_frame(0x06, 1, 250));
     }
-    void bad_frame() {
-        QByteArray spoiled = data_frame();
-        spoiled[7] = static_cast<char>(spoiled[7] + 1);
-        fakes.serial.receive(spoiled);
-    }
+    void bad_frame() { fakes.serial.receive(bad_sum(data_frame())); }
 };
 
 enum class Outcome { message, report, quiet };
@@ -201,10 +191,10 @@ TEST(DiskFaults, every_writer_under_every_fault_keeps_what_was_on_disk) {
             } else {
                 // Whole lines only: what was there stays, and a line either arrived whole or
                 // not at all.
-                EXPECT_TRUE(before == "<missing>" || after.startsWith(before));
-                EXPECT_TRUE(after == "<missing>" || after.isEmpty() || after.endsWith("\r\n"));
+                EXPECT_TRUE(before == "<absent>" || after.startsWith(before));
+                EXPECT_TRUE(after == "<absent>" || after.isEmpty() || after.endsWith("\r\n"));
                 EXPECT_TRUE((fault.call != Call::write && fault.call != Call::short_write) ||
-                            after == before || after == "<missing>");
+                            after == before || after == "<absent>");
             }
         }
     }
@@ -251,8 +241,8 @@ TEST(DiskFaults, a_new_patient_whose_first_save_fails_leaves_no_folder_behind) {
         clear_faults();
         EXPECT_GT(failures(), 0);
         EXPECT_EQ(rig.fakes.boxes.shown, QStringList{message_text(142)});
-        EXPECT_FALSE(QFileInfo::exists(rig.folder()));
-        EXPECT_FALSE(rig.form.patient_defined || rig.form.cmdRecord.Enabled);
+        EXPECT_FALSE(QFileInfo::exists(rig.folder()) || rig.form.patient_defined ||
+                     rig.form.cmdRecord.Enabled);
         EXPECT_EQ(rig.form.Label_last_name.Caption, message_text(226));
 
         create_doe(rig);
@@ -294,9 +284,7 @@ TEST(DiskFaults, a_quarantine_that_fails_leaves_the_patient_where_it_was) {
         QStringList in_quarantine;
         if (c.quarantined_before) {
             QDir().mkpath(quarantine + QStringLiteral("/Doe_Jane_A1"));
-            QFile earlier(quarantine + QStringLiteral("/Doe_Jane_A1/Doe.zel"));
-            ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
-            earlier.write("the earlier patient\r\n");
+            write(quarantine + QStringLiteral("/Doe_Jane_A1/Doe.zel"), "the earlier patient\r\n");
             in_quarantine.append(QStringLiteral("Doe_Jane_A1"));
         }
         rig.fakes.dialogs.choose_file(rig.zel());
@@ -312,7 +300,7 @@ TEST(DiskFaults, a_quarantine_that_fails_leaves_the_patient_where_it_was) {
         EXPECT_EQ(QDir(quarantine).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                   in_quarantine);
         EXPECT_EQ(contents(quarantine + QStringLiteral("/Doe_Jane_A1/Doe.zel")),
-                  c.quarantined_before ? QByteArray("the earlier patient\r\n") : "<missing>");
+                  c.quarantined_before ? QByteArray("the earlier patient\r\n") : "<absent>");
         EXPECT_EQ(rig.fakes.windows.log.contains(QStringLiteral("show Form_CorruptInfo")),
                   c.corrupt_info);
         EXPECT_EQ(rig.fakes.boxes.shown,
@@ -383,10 +371,8 @@ TEST(DiskFaults, a_printout_that_fails_says_why_and_leaves_the_pdf_of_that_name)
     for (const Case c : {Case{Call::rename, EIO, "Input/output error"},
                          Case{Call::write, ENOSPC, "not written whole"}}) {
         QTemporaryDir dir;
-        const QString pdf = dir.filePath(QStringLiteral("history.pdf"));
-        QFile earlier(pdf);
-        ASSERT_TRUE(earlier.open(QIODevice::WriteOnly) && earlier.write("an earlier printout") > 0);
-        earlier.close();
+        const QString pdf =
+            write(dir.filePath(QStringLiteral("history.pdf")), "an earlier printout");
         QtPrinter printer;
         printer.device().setOutputFormat(QPrinter::PdfFormat);
         printer.device().setOutputFileName(pdf);

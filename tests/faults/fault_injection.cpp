@@ -144,15 +144,13 @@ ssize_t write(int fd, const void* data, size_t size) {
 }
 
 int fsync(int fd) {
-    if (strikes(Call::sync, fd)) return -1;
     static const auto call = real<int (*)(int)>("fsync");
-    return call(fd);
+    return strikes(Call::sync, fd) ? -1 : call(fd);
 }
 
 int fdatasync(int fd) {
-    if (strikes(Call::sync, fd)) return -1;
     static const auto call = real<int (*)(int)>("fdatasync");
-    return call(fd);
+    return strikes(Call::sync, fd) ? -1 : call(fd);
 }
 
 int close(int fd) {
@@ -171,23 +169,20 @@ int close(int fd) {
 }
 
 int rename(const char* from, const char* to) {
-    if (strikes(Call::rename, to)) return -1;
     static const auto call = real<int (*)(const char*, const char*)>("rename");
-    return call(from, to);
+    return strikes(Call::rename, to) ? -1 : call(from, to);
 }
 
 // The exchange that keeps an old file for its way back is a rename too.
 int renameat2(int from_dir, const char* from, int to_dir, const char* to, unsigned flags) {
-    if (strikes(Call::rename, to)) return -1;
-    using Renameat2 = int (*)(int, const char*, int, const char*, unsigned);
-    static const auto call = real<Renameat2>("renameat2");
-    return call(from_dir, from, to_dir, to, flags);
+    static const auto call =
+        real<int (*)(int, const char*, int, const char*, unsigned)>("renameat2");
+    return strikes(Call::rename, to) ? -1 : call(from_dir, from, to_dir, to, flags);
 }
 
 int mkdir(const char* path, mode_t mode) {
-    if (strikes(Call::mkdir, path)) return -1;
     static const auto call = real<int (*)(const char*, mode_t)>("mkdir");
-    return call(path, mode);
+    return strikes(Call::mkdir, path) ? -1 : call(path, mode);
 }
 
 }  // extern "C"

@@ -3,10 +3,10 @@
 // the windows that show the gating system and the module's levels.
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <functional>
 
 #include "app/patient_rig.h"
+#include "fakes/files.h"
 #include "language/messages.h"
 
 namespace zel::test {
@@ -17,9 +17,7 @@ const QString enable_dialog = QStringLiteral("show Form_OverRide_Enable");
 struct GatingRig : Rig {
     GatingRig() {
         define_patient(*this);
-        form.session = QStringLiteral("2");
-        form.Gated_Treatment = true;
-        form.b_state = 1;
+        form.session = QStringLiteral("2"), form.Gated_Treatment = true, form.b_state = 1;
     }
     void poll(const char* status) {
         fakes.tarrow.set_status(status);
@@ -180,14 +178,12 @@ TEST(GatedTreatment, a_timing_violation_is_cleared_by_ok_and_logged_with_one_hea
     rig.poll("^O!?EL");
     EXPECT_EQ(rig.shown().size(), 2);
 
-    QFile log(doe_folder(rig) + QStringLiteral("/tarrow_log.txt"));
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     const QString entry = QString(70, QLatin1Char('*')) + QStringLiteral("\r\n") +
                           rig.fakes.locale.medium_date(rig.fakes.clock.when.date()) + "   " +
                           rig.fakes.locale.medium_time(rig.fakes.clock.when.time()) +
                           QStringLiteral("\r\nTiming Violation Detected Session ID 2 ") +
                           message_text(221) + QStringLiteral(" 0:1:1\r\n\r\n");
-    EXPECT_EQ(QString::fromLatin1(log.readAll()),
+    EXPECT_EQ(QString::fromLatin1(contents(doe_folder(rig) + QStringLiteral("/tarrow_log.txt"))),
               QStringLiteral("Last Name : Doe\r\nFirst Name : Jane\r\nMedical ID : A1\r\n\r\n") +
                   entry + entry);
 }
@@ -244,10 +240,8 @@ TEST(GatedTreatment, each_poll_gives_its_gating_fields_to_one_curve_line) {
     rig.poll("^C:?EL");
     rig.form.write_recording_line();
     rig.form.curve_file->close();
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QStringList ends;  // the three gating fields of each line
-    for (const QByteArray& line : file.readAll().split('\n'))
+    for (const QByteArray& line : contents(path).split('\n'))
         ends.append(QString::fromLatin1(line).section(u';', -3));
     EXPECT_EQ(ends, (QStringList{"Automated;Enabled;Open\r", " - ; - ; - \r",
                                  "Automated;Enabled;Closed\r", ""}));
@@ -309,8 +303,7 @@ TEST(AboutBox, shows_the_levels_of_each_status_frame_while_open) {
         Rig rig;
         rig.form.Gated_Treatment = gated;
         rig.form.tarrow_DLL_firmware = QStringLiteral("1.0.0.7");
-        rig.form.line_level = 12.345f;
-        rig.form.battery_level = 11.5f;
+        rig.form.line_level = 12.345f, rig.form.battery_level = 11.5f;
         rig.fakes.windows.during(Window::Form10, [&] {
             Form10& about = *rig.form.form10;
             EXPECT_TRUE(rig.form.about_visible && about.Frame_gating.Visible == gated);

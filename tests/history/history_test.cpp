@@ -9,6 +9,7 @@
 
 #include "data/session_history_file.h"
 #include "fakes/fake_printer.h"
+#include "fakes/files.h"
 #include "fakes/rig.h"
 #include "history/dialog_session_history.h"
 #include "history/history_printout.h"
@@ -42,9 +43,8 @@ QByteArray history_text(int total, const std::vector<StoredSession>& sessions) {
 
 struct HistoryRig : Rig {
     HistoryRig() { as_patient(form, app_data.path(), QStringLiteral("1")); }
-    void write_file(const QByteArray& contents) {
-        QFile file(app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini"));
-        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) file.write(contents);
+    void write_file(const QByteArray& text) {
+        write(app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini"), text);
     }
     void write_history(int total, const std::vector<StoredSession>& sessions) {
         write_file(history_text(total, sessions));
@@ -148,50 +148,39 @@ QStringList drawn(const std::vector<FakePrinter::Op>& ops) {
     return out;
 }
 
+// A column as wide as its heading and 240 more, the date's by its trailing blanks; the third
+// session's id and gating mode are wider than their headings; a long name is printed whole.
 TEST(HistoryPrintout, a_heading_then_the_rows_in_a_ruled_box_with_columns_as_wide_as_their_text) {
-    struct Case {
-        const char* last_name; std::vector<StoredSession> sessions;
-        std::array<double, 7> lefts; double right;
-    };
-    const Case cases[] = {
-        // A column as wide as its heading and 240 more, the date's by its trailing blanks; the
-        // third session's id and gating mode are wider than their headings; a long name is
-        // printed whole.
-        {"Vandenberghe-Oosterhuis-Castellanos",
-         {first,
-          {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Inhale", " 0", "Automated"},
-          {"Evening session 2", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12",
-           "Manual Overide"}},
-         {1500, 3440, 7180, 9220, 11160, 12600, 14040}, 15740},
-    };
-    for (const Case& c : cases) {
-        HistoryRig rig;
-        rig.write_history(int(c.sessions.size()), c.sessions);
-        rig.history.Form_Load();
-        rig.form.patient_last_name = QString::fromLatin1(c.last_name);
-        rig.history.cmdPrint_Click();
-        QStringList expected = {
-            "dialog", "text 1500 1440 ZEL Patient Session History (22-Nov-26 09:05:07) /",
-            QStringLiteral("text 1500 1740 Name: %1, Jane /").arg(c.last_name),
-            "text 1500 2040 Medical ID: A1 /", "text 0 2280  /"};
-        int k = 0;
-        for (int heading : {156, 157, 158, 159, 160, 161, 300})
-            expected << QStringLiteral("text %1 2400 ").arg(c.lefts[k++]) + message_text(heading);
-        expected << QStringLiteral("text %1 2400  /").arg(c.lefts[6] + 1100)
-                 << QStringLiteral("line 1440 2760 %1 2760").arg(c.right);
-        const int n = int(c.sessions.size());
-        for (int row = 0; row < n; ++row)
-            for (k = 0; k < 7; ++k)
-                expected << QStringLiteral("text %1 %2 %3").arg(c.lefts[k]).arg(2880 + 360 * row)
-                                .arg(rig.history.ListView1.cell(row + 1, k));
-        const int bottom = 3240 + 360 * (n - 1);  // each row 1.5 text heights deep
-        expected << QStringLiteral("box 1440 2340 %1 %2").arg(c.right).arg(bottom);
-        for (k = 1; k < 7; ++k)
-            expected << QStringLiteral("line %1 2340 %1 %2").arg(c.lefts[k] - 30).arg(bottom);
-        expected << "end";
-        EXPECT_EQ(drawn(rig.printer.ops), expected);
-        EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
-    }
+    const char* const last_name = "Vandenberghe-Oosterhuis-Castellanos";
+    const double lefts[] = {1500, 3440, 7180, 9220, 11160, 12600, 14040}, right = 15740;
+    HistoryRig rig;
+    rig.write_history(3,
+                      {first,
+                       {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Inhale", " 0", "Automated"},
+                       {"Evening session 2", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12",
+                        "Manual Overide"}});
+    rig.history.Form_Load();
+    rig.form.patient_last_name = QString::fromLatin1(last_name);
+    rig.history.cmdPrint_Click();
+    QStringList expected = {"dialog",
+                            "text 1500 1440 ZEL Patient Session History (22-Nov-26 09:05:07) /",
+                            QStringLiteral("text 1500 1740 Name: %1, Jane /").arg(last_name),
+                            "text 1500 2040 Medical ID: A1 /", "text 0 2280  /"};
+    int k = 0;
+    for (int heading : {156, 157, 158, 159, 160, 161, 300})
+        expected << QStringLiteral("text %1 2400 ").arg(lefts[k++]) + message_text(heading);
+    expected << QStringLiteral("text %1 2400  /").arg(lefts[6] + 1100)
+             << QStringLiteral("line 1440 2760 %1 2760").arg(right);
+    for (int row = 0; row < 3; ++row)
+        for (k = 0; k < 7; ++k)
+            expected << QStringLiteral("text %1 %2 ").arg(lefts[k]).arg(2880 + 360 * row) +
+                            rig.history.ListView1.cell(row + 1, k);
+    const int bottom = 3240 + 360 * 2;  // each row 1.5 text heights deep
+    expected << QStringLiteral("box 1440 2340 %1 %2").arg(right).arg(bottom);
+    for (k = 1; k < 7; ++k)
+        expected << QStringLiteral("line %1 2340 %1 %2").arg(lefts[k] - 30).arg(bottom);
+    EXPECT_EQ(drawn(rig.printer.ops), expected << "end");
+    EXPECT_TRUE(rig.fakes.boxes.shown.isEmpty());
 }
 
 TEST(HistoryPrintout, an_empty_history_a_cancel_or_a_failure_cut_the_page_short) {
@@ -278,9 +267,7 @@ TEST(QtPrinter, measures_in_twips_fits_the_history_table_upright_and_draws_it_in
                       list);
     EXPECT_GT(printer.CurrentY(), 1440 + 900);  // the last column rule leaves it at its foot
     printer.end_document();
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray pdf = file.readAll();
+    const QByteArray pdf = contents(path);
     EXPECT_TRUE(pdf.startsWith("%PDF-")) << pdf.left(16).toStdString();
     EXPECT_GT(pdf.size(), 1000);
 }

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "data/curve_file_reader.h"
+#include "fakes/files.h"
 #include "fakes/rig.h"
 #include "language/language_catalogue.h"
 #include "language/language_file.h"
@@ -48,9 +49,7 @@ class LanguageFiles : public ::testing::Test {
 
     void put(const QString& name, const QByteArray& bytes) {
         QDir().mkpath(folder());
-        QFile file(folder() + '/' + name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        test::write(folder() + '/' + name, bytes);
     }
 
     // The file and a companion with its checksum behind "CRC:".
@@ -212,12 +211,9 @@ TEST_F(LanguageFiles, the_review_alone_brings_the_language_the_settings_name) {
         EXPECT_EQ(message_text(107), QString::fromLatin1(c.stamp)) << c.story;
 
         // A curve the console wrote in force of that language reads back.
-        QFile file(curve);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray(c.stamp) +
-                   "\r\nHeaderStart\r\nThreshold:1.20\r\nCount Frequency:  50 \r\n"
-                   "HeaderEnd\r\n0.02;0.5;1;1; - ; - ; - \r\n");
-        file.close();
+        test::write(curve, QByteArray(c.stamp) +
+                               "\r\nHeaderStart\r\nThreshold:1.20\r\nCount Frequency:  50 \r\n"
+                               "HeaderEnd\r\n0.02;0.5;1;1; - ; - ; - \r\n");
         CurveData data;
         LoadCurveData2(curve, data, QLatin1Char('.'));
         EXPECT_EQ(data.volume, std::vector<double>{0.5}) << c.story;

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 
 #include "app/zel_error.h"
+#include "fakes/files.h"
 #include "fakes/rig.h"
 #include "link/data_packet.h"
 
@@ -12,11 +12,6 @@ namespace {
 
 QStringList checksum_logs(const Rig& rig) {
     return QDir(rig.form.AppDataPath + QStringLiteral("/LOG")).entryList(QDir::Files);
-}
-
-QByteArray bad_sum(QByteArray frame) {
-    frame[frame.size() - 1] = static_cast<char>(frame.back() + 1);
-    return frame;
 }
 
 TEST(FrameReception, takes_one_frame_a_notification_and_costs_a_bad_one_no_more) {
@@ -66,8 +61,7 @@ TEST(FrameReception, takes_one_frame_a_notification_and_costs_a_bad_one_no_more)
 TEST(FrameReception, a_bad_sum_is_logged_with_the_patient_and_its_bytes) {
     const QByteArray bad = bad_sum(data_frame(0x04, 1, 10));
     Rig rig;
-    rig.form.patient_last_name = QStringLiteral("Doe");
-    rig.form.patient_medical_id = QStringLiteral("M1");
+    rig.form.patient_last_name = QStringLiteral("Doe"), rig.form.patient_medical_id = "M1";
     rig.fakes.serial.receive(data_frame());
     rig.form.module_heartbeat_counter = 1;
     rig.fakes.serial.receive(bad);
@@ -76,13 +70,11 @@ TEST(FrameReception, a_bad_sum_is_logged_with_the_patient_and_its_bytes) {
     const QStringList logs = checksum_logs(rig);
     ASSERT_EQ(logs, QStringList{QStringLiteral("data checksum error 11_22_26_9_05_07.txt")});
     rig.form.close_run_files();
-    QFile file(rig.form.AppDataPath + QStringLiteral("/LOG/") + logs[0]);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QByteArray sums;
     for (char b : bad) sums += ' ' + QByteArray::number(static_cast<uint8_t>(b)) + ' ';
     const QByteArray entry = "22-Nov-26     09:05:07      Doe           M1             1 \r\n" +
                              sums + " \r\n" + QByteArray(54, '-') + "\r\n";
-    EXPECT_EQ(file.readAll(), entry + entry);
+    EXPECT_EQ(contents(rig.form.AppDataPath + QStringLiteral("/LOG/") + logs[0]), entry + entry);
 }
 
 TEST(FrameReception, status_frames_set_the_detect_flag_only_when_their_sum_is_good) {
@@ -190,10 +182,8 @@ TEST(AboutRefresh, asks_for_a_status_frame_every_fifty_frames) {
 
 TEST(RecordingLine, joins_seven_fields_or_dashes_without_a_fresh_gating_status) {
     Rig rig;
-    rig.form.total_counts = 151;
-    rig.form.volume = 0.504;
-    rig.form.b_state = 4;
-    rig.form.patient_switch = true;
+    rig.form.total_counts = 151, rig.form.volume = 0.504;
+    rig.form.b_state = 4, rig.form.patient_switch = true;
     EXPECT_EQ(rig.form.recording_line(), QStringLiteral("3.02;0.504;4;1; - ; - ; - "));
 
     struct Case { bool gated, overide; char enable, relay; const char* tail; };
@@ -210,8 +200,7 @@ TEST(RecordingLine, joins_seven_fields_or_dashes_without_a_fresh_gating_status) 
     rig.fakes.locale.separator = QLatin1Char(',');
     for (const auto& c : cases) {
         rig.form.tarrowNewData = true;
-        rig.form.Gated_Treatment = c.gated;
-        rig.form.Gating_OverRide = c.overide;
+        rig.form.Gated_Treatment = c.gated, rig.form.Gating_OverRide = c.overide;
         rig.form.tarrow_status.enable_state = c.enable;
         rig.form.tarrow_status.relay_state = c.relay;
         EXPECT_EQ(rig.form.recording_line(),

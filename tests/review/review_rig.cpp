@@ -1,9 +1,10 @@
 #include "review/review_rig.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <cmath>
 #include <numbers>
+
+#include "fakes/files.h"
 
 namespace zel::test {
 
@@ -46,10 +47,7 @@ QString ReviewRig::write_curve(const QString& name, const std::vector<Sample>& s
 }
 
 QString ReviewRig::write_text(const QString& name, const QByteArray& text) {
-    QFile file(folder.filePath(name));
-    file.open(QIODevice::WriteOnly);
-    file.write(text);
-    return file.fileName();
+    return write(folder.filePath(name), text);
 }
 
 // What the dialog returns: one file as a whole path, several as their folder and their names.

@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <cmath>
 
 #include "data/curve_file_reader.h"
 #include "data/locale_number.h"
+#include "fakes/files.h"
 #include "review/breath_hold_statistics.h"
 #include "review/review_rig.h"
 #include "review/statistics_report.h"
@@ -110,10 +110,7 @@ TEST(HoldStatistics, a_patient_folder_by_session_and_the_exit_status) {
     const QString folder = rig.folder.filePath("Doe_Jane_A1");
     QDir().mkpath(folder);
     auto put = [&](const char* name, const QByteArray& text) {
-        QFile file(folder + '/' + name);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-        return file.fileName();
+        return write(folder + '/' + name, text);
     };
     auto hold_at = [](double level) { return frames({free_second, {100, 4, level}, free_second}); };
     put("Doe_a.dat", session_curve(hold_at(1.6), "2", "11-21-2026"));
@@ -185,9 +182,7 @@ TEST(BreathHoldStatistics, the_shown_curves_copied_and_saved) {
 
     const QString saved = rig.folder.filePath("stats.csv");
     const QString curve = rig.window.curve_paths[0];
-    QFile original(curve);
-    ASSERT_TRUE(original.open(QIODevice::ReadOnly));
-    const QByteArray curve_bytes = original.readAll();
+    const QByteArray curve_bytes = contents(curve);
     struct Case { QString path; const char* shown; };
     // clang-format off
     const Case cases[] = {
@@ -207,12 +202,8 @@ TEST(BreathHoldStatistics, the_shown_curves_copied_and_saved) {
             EXPECT_TRUE(rig.boxes.shown.front().contains(c.shown));
         }
     }
-    QFile csv(saved);
-    ASSERT_TRUE(csv.open(QIODevice::ReadOnly));
-    EXPECT_EQ(QString::fromUtf8(csv.readAll()), csv_text(stats.table));
-    QFile after(curve);
-    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
-    EXPECT_EQ(after.readAll(), curve_bytes);
+    EXPECT_EQ(QString::fromUtf8(contents(saved)), csv_text(stats.table));
+    EXPECT_EQ(contents(curve), curve_bytes);
 
     for (int k = 1; k <= 3; ++k) rig.window.PatientList_ItemCheck(k, false);
     EXPECT_FALSE(rig.window.mnuStatistics.Enabled);

@@ -1,11 +1,12 @@
 #include "sim/curve_against_wire.h"
 
-#include <QFile>
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <iterator>
 #include <map>
+
+#include "fakes/files.h"
 
 namespace zel::test {
 
@@ -21,9 +22,7 @@ bool same(const A& a, const B& b) {
 
 std::vector<WireFrame> wire_frames(const QString& path) {
     std::vector<WireFrame> frames;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return frames;
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line : contents(path).split('\n')) {
         const QList<QByteArray> w = line.simplified().split(' ');
         if (w.size() < 10 || w[1] != "data") continue;
         frames.push_back({w[0].toDouble(), static_cast<int16_t>((w[5] + w[6]).toInt(nullptr, 16)),
@@ -35,9 +34,7 @@ std::vector<WireFrame> wire_frames(const QString& path) {
 
 std::vector<double> stream_starts(const QString& command_log) {
     std::vector<double> times;
-    QFile file(command_log);
-    if (!file.open(QIODevice::ReadOnly)) return times;
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line : contents(command_log).split('\n')) {
         const QList<QByteArray> w = line.simplified().split(' ');
         if (w.size() >= 2 && !line.startsWith('#') && w[1] == "E") times.push_back(w[0].toDouble());
     }
@@ -47,9 +44,7 @@ std::vector<double> stream_starts(const QString& command_log) {
 std::vector<Sample> curve_samples(const QString& path, bool& well_formed) {
     std::vector<Sample> samples;
     well_formed = false;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return samples;
-    const QByteArray all = file.readAll();
+    const QByteArray all = contents(path);
     if (!all.endsWith("\r\n")) return samples;
     bool in_curve = false;
     for (const QByteArray& line : all.chopped(2).split('\n')) {

@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include "fakes/files.h"
 #include "language/messages.h"
 #include "platform/exit_signals.h"
 #include "sim/curve_against_wire.h"
@@ -113,10 +114,8 @@ TEST(FailSafe, frames_go_on_being_handled_once_each_under_a_modal_dialog) {
 
     // The lines' volumes are the good frames of the wire, in order, each once; the frame that
     // opened the dialog is handled a second time by the first pass under it, and only then.
-    QFile file(curve);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     std::vector<int> recorded, sent;
-    for (const QByteArray& line : file.readAll().split('\n'))
+    for (const QByteArray& line : contents(curve).split('\n'))
         if (line.count(';') >= 4) recorded.push_back(qRound(line.split(';')[1].toDouble() / 0.004));
     for (const WireFrame& w : wire_frames(c.sim.wire_log())) sent.push_back(w.units);
     ASSERT_GT(recorded.size(), 100u);
@@ -144,9 +143,7 @@ TEST(FailSafe, a_function_missing_from_the_gating_library_in_a_hold_opens_the_re
                       fakes.chart,  library,      fakes.dialogs, fakes.windows};
     Form1 form{platform, app_data.path()};
     form.end_program = [](int code) { ADD_FAILURE() << "the console ended with " << code; };
-    form.patient_defined = true;
-    form.Gated_Treatment = true;
-    form.b_state = 4;
+    form.patient_defined = form.Gated_Treatment = true, form.b_state = 4;
     form.open_tarrow_link();
     form._Tarrow_SetRelayState(1);
     form.poll_tarrow_status();
@@ -197,8 +194,8 @@ TEST(FailSafe, a_signal_from_the_system_in_a_gated_hold_opens_the_relay_first_an
         EXPECT_EQ(relay_and_close.mid(relay_and_close.size() - 3),
                   (QStringList{"Tarrow_SetRelayState(1)", "Tarrow_SetRelayState(0)", "Tarrow_Close()"}));
         EXPECT_EQ(c.written_since(writes), QByteArray("Xd"));
-        EXPECT_FALSE(c.port.PortOpen() || c.form.curve_file);
-        EXPECT_FALSE(QFile::permissions(c.form.record_filename) & QFile::WriteOwner);
+        EXPECT_FALSE(c.port.PortOpen() || c.form.curve_file ||
+                     QFile::permissions(c.form.record_filename) & QFile::WriteOwner);
         EXPECT_TRUE(c.fakes.boxes.shown.isEmpty());
     }
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "fakes/files.h"
 #include "gating_control.h"
 #include "gating_system.h"
 #include "sim/live_console.h"
@@ -66,9 +67,7 @@ TEST(GatingLibrary, reads_the_controls_at_each_call_and_logs_each_call) {
     ASSERT_NE(library, nullptr) << dlerror();
     const std::unique_ptr<void, int (*)(void*)> closing(library, dlclose);
     const auto control = [&](const char* text) {
-        QFile file(folder.filePath(QStringLiteral("sim/tarrow-control.txt")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
+        zel::test::write(folder.filePath(QStringLiteral("sim/tarrow-control.txt")), text);
     };
     const auto connected = function<Tarrow_Connected_t>(library, "Tarrow_Connected");
     const auto get_status = function<Tarrow_GetStatus_t>(library, "Tarrow_GetStatus");

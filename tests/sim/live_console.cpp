@@ -8,6 +8,8 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "fakes/files.h"
+
 namespace zel::test {
 
 double monotonic_seconds() {
@@ -38,9 +40,8 @@ bool install_gating_library(const QString& app_data, const QString& library, con
 
 std::vector<std::pair<double, QString>> gating_calls(const QString& app_data) {
     std::vector<std::pair<double, QString>> calls;
-    QFile file(app_data + QStringLiteral("/sim/tarrow-calls.log"));
-    if (!file.open(QIODevice::ReadOnly)) return calls;
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line :
+         contents(app_data + QStringLiteral("/sim/tarrow-calls.log")).split('\n')) {
         const QList<QByteArray> w = line.split(' ');
         if (w.size() >= 3) calls.emplace_back(w[0].toDouble(), QString::fromLatin1(w[2]));
     }
@@ -50,10 +51,8 @@ std::vector<std::pair<double, QString>> gating_calls(const QString& app_data) {
 std::map<std::string, QByteArray> log_files(const QString& app_data) {
     std::map<std::string, QByteArray> files;
     const QDir folder(app_data + QStringLiteral("/LOG"));
-    for (const QString& name : folder.entryList(QDir::Files)) {
-        QFile file(folder.filePath(name));
-        files[name.toStdString()] = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-    }
+    for (const QString& name : folder.entryList(QDir::Files))
+        files[name.toStdString()] = contents(folder.filePath(name));
     return files;
 }
 

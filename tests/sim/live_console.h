@@ -61,10 +61,7 @@ struct LiveConsole {
         form.end_program = [this](int code) { ended.push_back({code, monotonic_seconds()}); };
         form.Pic.Height = 7485;
         form.thresh_label.Height = 285;
-        form.patient_defined = true;
-        form.duration = 10;
-        form.thresh = 1.4f;
-        form.inhale = true;
+        form.patient_defined = form.inhale = true, form.duration = 10, form.thresh = 1.4f;
         port.OnComm = [this] {
             ++notifications;
             form.run_event("MSComm1_OnComm", [this] { form.MSComm1_OnComm(); });

@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QThread>
 
+#include "fakes/files.h"
+
 namespace zel::test {
 
 SimProcess::SimProcess(QString app_data_) : app_data(std::move(app_data_)) {}
@@ -33,10 +35,9 @@ void SimProcess::stop() {
 }
 
 QStringList SimProcess::commands() const {
-    QFile file(app_data + QStringLiteral("/sim/module-commands.log"));
     QStringList letters;
-    if (!file.open(QIODevice::ReadOnly)) return letters;
-    for (const QByteArray& line : file.readAll().split('\n')) {
+    for (const QByteArray& line :
+         contents(app_data + QStringLiteral("/sim/module-commands.log")).split('\n')) {
         const QList<QByteArray> words = line.simplified().split(' ');
         if (words.size() >= 2 && !line.startsWith('#')) letters.append(QString::fromLatin1(words[1]));
     }

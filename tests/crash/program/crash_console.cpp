@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 
 #include "data/session_history_file.h"
+#include "fakes/files.h"
+#include "fakes/rig.h"
 #include "language/messages.h"
 
 namespace zel::test::crash {
@@ -43,20 +45,12 @@ CrashConsole::CrashConsole(const QString& root)
     QDir().mkpath(folder.app_data);
     QDir().mkpath(folder.data_directory);
     form.end_program = [](int code) { std::exit(100 + code); };
+    default_settings(form);
     form.data_directory = folder.data_directory;
-    form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
-    form.number_format = QStringLiteral("dot");
     form.patient_last_name = QStringLiteral("Crash");
     form.patient_first_name = QStringLiteral("Kill");
     form.patient_medical_id = QStringLiteral("K1");
-    form.patient_defined = true;
-    form.thresh = 1.2f;
-    form.max_y = 2;
-    form.min_y = -2;
-    form.max_x = 1000;
-    form.x_scale_factor = 1;
-    form.inhale = true;
-    form.gating_start_mode = message_text(269);
+    form.patient_defined = true, form.gating_start_mode = message_text(269);
     fakes.clock.when = first_moment;
 }
 
@@ -103,8 +97,7 @@ QByteArray Expected::whole_file(long version, QString CrashFolder::*file) {
         scratch.form.save_patient_parameters();
     }
     if (made.size() > 64) made.erase(made.begin());
-    QFile written(path);
-    return made[key] = written.open(QIODevice::ReadOnly) ? written.readAll() : QByteArray();
+    return made[key] = contents(path);
 }
 
 QByteArray Expected::curve_header(long run, long first_version) {
