@@ -147,5 +147,31 @@ TEST(ThresholdRegion, the_narrowed_volume_must_pass_the_threshold_strictly) {
     }
 }
 
+// The main window's design: every control inside the window (the top volume label stands
+// centred on the chart's top edge), Record and Pause inside the patient's frame with Pause
+// above, the volume labels down the chart's left, largest on top.
+TEST(MainLayout, everything_in_the_window_the_buttons_in_the_patient_frame) {
+    Rig rig;
+    Form1& f = rig.form;
+    f.layout_main_window();
+    const auto within = [](const Control& c, const Control& outer) {
+        return c.Left >= outer.Left && c.Top >= outer.Top && c.Width > 0 && c.Height > 0 &&
+               c.Left + c.Width <= outer.Left + outer.Width &&
+               c.Top + c.Height <= outer.Top + outer.Height;
+    };
+    Control window;
+    window.Width = f.Width, window.Height = f.Height;
+    for (const Control* c : {&f.Pic, &f.Frame2, &f.Label1, &f.volume_label, &f.elapsed_label,
+                             &f.infolabel5, &f.thresh_label, f.ylabel(9)})
+        EXPECT_TRUE(within(*c, window)) << c->Left << " " << c->Top;
+    EXPECT_TRUE(within(f.cmdPause, f.Frame2) && within(f.cmdRecord, f.Frame2));
+    EXPECT_LT(f.cmdPause.Top, f.cmdRecord.Top);
+    for (int k = 1; k < 9; ++k) {
+        EXPECT_LT(f.ylabel(k)->Top, f.ylabel(k + 1)->Top);
+        EXPECT_LE(f.ylabel(k)->Left + f.ylabel(k)->Width, f.Pic.Left + 60) << k;
+    }
+    EXPECT_EQ(QStringList({f.ylabel(1)->Caption, f.ylabel(9)->Caption}), QStringList({"2.00", "-2.00"}));
+}
+
 }  // namespace
 }  // namespace zel::test

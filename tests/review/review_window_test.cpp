@@ -32,9 +32,9 @@ TEST(CurveLoading, opens_on_its_dialog_keeps_check_marks_through_an_import_and_c
     expect_empty(w);
     // Every entry and button reads a text of its own.
     QStringList captions;
-    for (const Control* c : {&w.mnuOpenPatientFfiles, &w.mnuExport, &w.mnuStatistics,
-                             &w.mnuClearPlot, &w.mnuExit, &w.optPan, &w.optPanX, &w.optMeasure,
-                             &w.optZoom, &w.buttonResetZoom, &w.buttonApply})
+    for (const Control* c :
+         {&w.mnuOpenPatientFfiles, &w.mnuExport, &w.mnuStatistics, &w.mnuClearPlot, &w.mnuExit,
+          &w.optPan, &w.optPanX, &w.optMeasure, &w.optZoom, &w.buttonResetZoom, &w.buttonApply})
         if (!c->Caption.isEmpty() && !captions.contains(c->Caption)) captions.append(c->Caption);
     EXPECT_EQ(captions.size(), 11) << qPrintable(captions.join('|'));
     const QString a = rig.write_curve(QStringLiteral("a.dat"), breathing_with_holds(2), 25);
