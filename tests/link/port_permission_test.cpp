@@ -16,6 +16,7 @@
 #include <functional>
 
 #include "app/zel_error.h"
+#include "fakes/files.h"
 #include "platform/port_refusal.h"
 #include "platform/qt_serial_port.h"
 
@@ -156,14 +157,6 @@ TEST(SerialAdapter, answers_misuse_with_its_error_and_passes_bytes_both_ways) {
     const Terminal terminal;
     ASSERT_TRUE(QFile::link(terminal.path, app_data.path() + QStringLiteral("/ports/port")));
     QtSerialPort port(app_data.path());
-    auto error_of = [](const std::function<void()>& step) {
-        try {
-            step();
-        } catch (const ZelError& e) {
-            return e.number;
-        }
-        return 0;
-    };
     EXPECT_EQ(error_of([&] { port.Output("V"); }), err_port_not_open);
     EXPECT_EQ(std::pair(port.InBufferCount(), int(port.Input())), std::pair(0, 0));
     for (int number : {0, 21}) {
@@ -175,10 +168,9 @@ TEST(SerialAdapter, answers_misuse_with_its_error_and_passes_bytes_both_ways) {
     ASSERT_TRUE(port.PortOpen());
     EXPECT_EQ(port.device_path(), terminal.path.mid(5));  // without "/dev/"
     EXPECT_EQ(error_of([&] { port.set_CommPort(2); }), err_port_already_open);
-    EXPECT_TRUE(port.Output("XE"));
-    char sent[2] = {};
-    EXPECT_EQ(::read(terminal.master, sent, 2), 2);
-    EXPECT_EQ(QByteArray(sent, 2), "XE");
+    char sent[3] = {};
+    EXPECT_TRUE(port.Output("XE") && ::read(terminal.master, sent, 2) == 2 &&
+                QByteArray(sent) == "XE");
     ASSERT_EQ(::write(terminal.master, "\xa5\x06", 2), 2);
     EXPECT_TRUE(QTest::qWaitFor([&] { return port.InBufferCount() == 2; }, 2000));
     const int first = port.Input();
