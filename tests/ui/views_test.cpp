@@ -385,6 +385,9 @@ TEST(PatientCurvesView, zooming_out_and_panning_without_end_leave_the_cursor_rea
             EXPECT_EQ(b->isChecked(), b->text() == option->Caption) << qPrintable(b->text());
     }
     ReviewChartWidget& chart = view.chart();
+    const int narrow = chart.width();  // a wider window, a wider chart
+    view.resize(view.width() + 200, view.height());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return chart.width() > narrow + 100; }, 2000));
     const QRect plot = chart.axisRect()->rect();
     const QPoint diagonal = plot.bottomRight() - plot.topLeft();
     auto sweep_within_bounds = [&] {
