@@ -165,6 +165,10 @@ TEST(MainLayout, everything_in_the_window_the_buttons_in_the_patient_frame) {
                              &f.infolabel5, &f.thresh_label, f.ylabel(9)})
         EXPECT_TRUE(within(*c, window)) << c->Left << " " << c->Top;
     EXPECT_TRUE(within(f.cmdPause, f.Frame2) && within(f.cmdRecord, f.Frame2));
+    Control frame;  // the frame's inside, where its labels stand
+    frame.Width = f.Frame2.Width, frame.Height = f.Frame2.Height;
+    for (const Control* c : {&f.Label2, &f.countdown2, &f.gating_label, &f.Label4})
+        EXPECT_TRUE(within(*c, frame)) << c->Left << " " << c->Top;
     EXPECT_LT(f.cmdPause.Top, f.cmdRecord.Top);
     for (int k = 1; k < 9; ++k) {
         EXPECT_LT(f.ylabel(k)->Top, f.ylabel(k + 1)->Top);
