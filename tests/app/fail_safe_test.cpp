@@ -33,8 +33,7 @@ struct HoldRig : Rig {
 TEST(FailSafe, a_failure_in_a_hold_opens_the_relay_and_closes_the_link_before_the_box) {
     struct Case { bool gated, relay_closed_by_hand; QStringList calls; };
     const Case cases[] = {
-        {true, false, {"SetRelayState(0)", "Close()"}},
-        {false, false, {}},
+        {true, false, {"SetRelayState(0)", "Close()"}}, {false, false, {}},
         {false, true, {"SetRelayState(0)", "Close()"}},
     };
     for (const Case& c : cases) {

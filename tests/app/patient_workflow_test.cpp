@@ -18,11 +18,8 @@ struct PatientRig : Rig {
         define_patient(*this);
         form.show_patient_labels();
         form.Label2.Caption = QStringLiteral("Press spacebar to activate.");
-        form.Patient_Settings.Enabled = true;
-        form.mnuSessionHistory.Enabled = true;
-        form.Gating_Diagnostics.Enabled = false;
-        form.total_counts = 500;
-        form.b_state = 1;
+        form.Patient_Settings.Enabled = form.mnuSessionHistory.Enabled = true;
+        form.Gating_Diagnostics.Enabled = false, form.total_counts = 500, form.b_state = 1;
     }
 };
 
@@ -43,8 +40,7 @@ TEST(PatientWorkflow, the_session_question_decides_whether_the_patient_is_left) 
 // marks it, as a root user writes regardless) and its checksum log all end with it.
 TEST(PatientWorkflow, reset_patient_clears_the_patient_and_ends_what_it_had_open) {
     PatientRig rig;
-    rig.form.Gated_Treatment = true;
-    rig.form.Gating_OverRide = true;
+    rig.form.Gated_Treatment = rig.form.Gating_OverRide = true;
     rig.form.Image_Gating_Ready.Visible = true;
     rig.form.cmdRecord_Click();
     rig.fakes.serial.receive(data_frame());
@@ -87,8 +83,7 @@ TEST(PatientWorkflow, patient_and_settings_menu_entries_do_nothing_during_a_hold
 TEST(PatientWorkflow, saving_the_defaults_and_the_curve_review_stop_the_link_first) {
     struct Case { const char* name; int button; bool review; const char* log; bool written; };
     const Case cases[] = {
-        {"defaults saved", 0, false, "ask ", true},
-        {"defaults not saved", 1, false, "ask ", false},
+        {"defaults saved", 0, false, "ask ", true}, {"defaults not saved", 1, false, "ask ", false},
         {"curve review", 0, true, "show modeless PatientCurves", false},
     };
     for (const Case& c : cases) {

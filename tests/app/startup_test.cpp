@@ -175,10 +175,9 @@ struct CheckRig : Rig {
         };
         for (const auto& row : rows) {
             text += QStringLiteral(" |");
-            if (row[0]->Visible) text += QLatin1Char(' ') + row[0]->Caption;
-            if (row[1]->Visible) text += QStringLiteral(" pass-image");
-            if (row[2]->Visible) text += QStringLiteral(" fail-image");
-            if (row[3]->Visible) text += QLatin1Char(' ') + row[3]->Caption;
+            const QString texts[] = {row[0]->Caption, "pass-image", "fail-image", row[3]->Caption};
+            for (int k = 0; k < 4; ++k)
+                if (row[k]->Visible) text += ' ' + texts[k];
         }
         return text;
     }

@@ -32,11 +32,7 @@
 namespace zel {
 namespace {
 
-using test::contents;
-using test::crlf;
-using test::error_of;
-using test::tree;
-using test::write;
+using namespace test;
 
 const QString stamp = QStringLiteral("ZEL Patient Parameter File");
 const QString version = QStringLiteral("3.00.01");

@@ -13,8 +13,7 @@
 namespace zel {
 namespace {
 
-using test::contents;
-using test::crlf;
+using namespace test;
 
 TEST(ProfileRead, finds_values_as_the_profile_functions_do) {
     const QByteArray file = crlf(

@@ -161,8 +161,7 @@ TEST(CurveFileReader, each_kind_of_bad_file_fails_with_its_number) {
         {"three fields", header + "0.02;1;1;1|0.04;1;1|", 9, {}},
         {"volume not a number", header + "0.02;x;1;1|", 13, {}},
         {"balloon above a byte", header + "0.02;1;256;1|", 6, {}},
-        {"switch below 0", header + "0.02;1;1;-1|", 6, {}},
-        {"no samples", header, 9, {}},
+        {"switch below 0", header + "0.02;1;1;-1|", 6, {}}, {"no samples", header, 9, {}},
         {"lenient balloon and switch", header + "0.02;1;2x;junk|0.04;1.5;4; - ; - ; - \n", 0,
          {1, 1.5}},
     };

@@ -18,12 +18,7 @@
 namespace zel {
 namespace {
 
-using test::FakePlatform;
-using test::Rig;
-using test::contents;
-using test::crlf;
-using test::error_of;
-using test::write;
+using namespace test;
 
 const char* const incompatible_text =
     "ZEL System Initialization File is not compatible with the current software version. "

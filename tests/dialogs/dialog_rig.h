@@ -25,8 +25,7 @@ struct DialogRig : Rig {
         form.language_name = {QStringLiteral("Deutsch"), QStringLiteral("Svenska")};
         // The holding area of the file last read: a new session takes it, the settings
         // dialogs must not.
-        form.temp_patient_last_name = QStringLiteral("Doe");
-        form.temp_patient_first_name = QStringLiteral("Jane");
+        form.temp_patient_last_name = QStringLiteral("Doe"), form.temp_patient_first_name = "Jane";
         form.temp_patient_medical_id = QStringLiteral("MR77");
         form.temp_duration = 20, form.temp_thresh = -0.8f;
         form.temp_trigger = QStringLiteral("False"), form.temp_gating = QStringLiteral("True");

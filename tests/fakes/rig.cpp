@@ -53,9 +53,7 @@ Rig::Rig() : form(fakes.platform, app_data.path()) {
     fakes.serial.set_PortOpen(true);
     fakes.serial.OnComm = [this] { form.MSComm1_OnComm(); };
     form.end_program = [this](int code) { ended.append(QString::number(code)); };
-    form.Pic.Top = 0;
-    form.Pic.Height = 7485;
-    form.thresh_label.Height = 285;
+    form.Pic.Top = 0, form.Pic.Height = 7485, form.thresh_label.Height = 285;
 }
 
 void default_settings(Form1& form) {
@@ -67,10 +65,8 @@ void default_settings(Form1& form) {
 
 void as_patient(Form1& form, const QString& data, const QString& session) {
     form.data_directory = data;
-    form.patient_last_name = QStringLiteral("Doe");
-    form.patient_first_name = QStringLiteral("Jane");
-    form.patient_medical_id = QStringLiteral("A1");
-    form.session = session;
+    form.patient_last_name = QStringLiteral("Doe"), form.patient_first_name = "Jane";
+    form.patient_medical_id = QStringLiteral("A1"), form.session = session;
     form.patient_defined = form.cmdRecord.Enabled = true;
     QDir().mkpath(data + QStringLiteral("/Doe_Jane_A1"));
 }

@@ -34,8 +34,7 @@ struct DoeRig : Rig {
     DoeRig() {
         form.data_directory = app_data.path() + QStringLiteral("/patients");
         form.patient_parameter_filestamp = QStringLiteral("ZEL Patient Parameter File");
-        form.patient_last_name = QStringLiteral("Doe");
-        form.patient_first_name = QStringLiteral("Jane");
+        form.patient_last_name = QStringLiteral("Doe"), form.patient_first_name = "Jane";
         form.patient_medical_id = QStringLiteral("A1");
     }
     QString folder() const { return form.data_directory + QStringLiteral("/Doe_Jane_A1"); }
@@ -412,19 +411,12 @@ TEST(FileModes, nothing_the_console_makes_grants_other_users_anything) {
     rig.form.save_ini_file();
     ::umask(site);
 
-    const QString log = QDir(rig.form.AppDataPath + QStringLiteral("/LOG")).entryList(QDir::Files)
-                            .value(0);
+    const QString in = rig.folder() + '/', logs = rig.form.AppDataPath + QStringLiteral("/LOG");
     const std::pair<QString, int> made[] = {
-        {rig.folder(), 0750},
-        {rig.zel(), 0440},
-        {rig.folder() + QStringLiteral("/Doe.sfv"), 0640},
-        {rig.folder() + QStringLiteral("/Doe_1.dat"), 0440},
-        {rig.folder() + QStringLiteral("/session.ini"), 0640},
-        {rig.folder() + QStringLiteral("/tarrow_log.txt"), 0640},
-        {rig.folder() + QStringLiteral("/slice.dat"), 0440},
-        {rig.folder() + QStringLiteral("/history.pdf"), 0640},
-        {rig.form.AppDataPath + QStringLiteral("/LOG"), 0750},
-        {rig.form.AppDataPath + QStringLiteral("/LOG/") + log, 0640},
+        {rig.folder(), 0750},           {rig.zel(), 0440},           {in + "Doe.sfv", 0640},
+        {in + "Doe_1.dat", 0440},       {in + "session.ini", 0640},  {in + "tarrow_log.txt", 0640},
+        {in + "slice.dat", 0440},       {in + "history.pdf", 0640},  {logs, 0750},
+        {logs + '/' + QDir(logs).entryList(QDir::Files).value(0), 0640},
         {settings, 0644},  // as the site left it
     };
     for (const auto& [path, mode] : made) {

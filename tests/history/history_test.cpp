@@ -46,9 +46,6 @@ struct HistoryRig : Rig {
     void write_file(const QByteArray& text) {
         write(app_data.path() + QStringLiteral("/Doe_Jane_A1/session.ini"), text);
     }
-    void write_history(int total, const std::vector<StoredSession>& sessions) {
-        write_file(history_text(total, sessions));
-    }
     // The rows as the window shows them: the item's text and its six sub-items.
     std::vector<Row> rows() const {
         std::vector<Row> out;
@@ -103,7 +100,7 @@ TEST(SessionList, shows_each_session_as_stored_in_file_order_or_nothing_without_
 // file once for every value, 229,369 times, for longer than the fuzzer's ten seconds.
 TEST(SessionList, a_count_far_beyond_its_sections_lists_every_row_from_one_read) {
     HistoryRig rig;
-    rig.write_history(32767, {first});
+    rig.write_file(history_text(32767, {first}));
     rig.history.Form_Load();
     const std::vector<Row> rows = rig.rows();
     ASSERT_EQ(rows.size(), 32767u);
@@ -154,11 +151,11 @@ TEST(HistoryPrintout, a_heading_then_the_rows_in_a_ruled_box_with_columns_as_wid
     const char* const last_name = "Vandenberghe-Oosterhuis-Castellanos";
     const double lefts[] = {1500, 3440, 7180, 9220, 11160, 12600, 14040}, right = 15740;
     HistoryRig rig;
-    rig.write_history(3,
-                      {first,
-                       {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Inhale", " 0", "Automated"},
-                       {"Evening session 2", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12",
-                        "Manual Overide"}});
+    rig.write_file(history_text(
+        3, {first,
+            {" 2", "05-Mar-26 at 14:30:00", "1.5", " 20", "Inhale", " 0", "Automated"},
+            {"Evening session 2", "05-Mar-26 at 18:00:59", "0.8", " 9", "Exhale", " 12",
+             "Manual Overide"}}));
     rig.history.Form_Load();
     rig.form.patient_last_name = QString::fromLatin1(last_name);
     rig.history.cmdPrint_Click();
@@ -197,7 +194,7 @@ TEST(HistoryPrintout, an_empty_history_a_cancel_or_a_failure_cut_the_page_short)
     };
     for (const Case& c : cases) {
         HistoryRig rig;
-        if (c.sessions) rig.write_history(1, {first});
+        if (c.sessions) rig.write_file(history_text(1, {first}));
         rig.printer.cancel = c.cancel;
         rig.printer.fail_at(c.fail_at);
         rig.history.Form_Load();

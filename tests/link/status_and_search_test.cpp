@@ -21,9 +21,9 @@ TEST(SettingsEncoding, threshold_duration_and_calibration_bytes_with_their_kept_
     for (const auto& c : cases)
         EXPECT_EQ(encode_threshold(c.litres), (Pair{c.high, c.low})) << c.litres;
     EXPECT_THROW(encode_threshold(-5.12f), ZelError);  // negative with a zero low byte overflows
-    EXPECT_EQ(encode_duration(15), 0x0F);
-    EXPECT_EQ(encode_duration(12.5), 12);  // ties to even
-    EXPECT_EQ(encode_duration(13.5), 14);
+    // Ties go to the even neighbour.
+    EXPECT_EQ((std::array{encode_duration(15), encode_duration(12.5), encode_duration(13.5)}),
+              (std::array<uint8_t, 3>{0x0F, 12, 14}));
     EXPECT_EQ(encode_calibration(0.004f), (Pair{0x80, 0x00}));
     EXPECT_EQ(encode_calibration(0.0041f), (Pair{0x83, 0x33}));
 }
@@ -234,8 +234,7 @@ TEST(Heartbeat, a_second_silent_tick_loses_the_link_and_in_a_hold_opens_the_rela
                   bool unsent = false; };
     const Case cases[] = {
         {"idle, frames between ticks", false, 1, 2, {}},
-        {"gated hold", true, 4, 0, {"SetRelayState(0)"}},
-        {"manual hold", false, 4, 0, {}},
+        {"gated hold", true, 4, 0, {"SetRelayState(0)"}}, {"manual hold", false, 4, 0, {}},
         {"gated hold, a command unsent", true, 4, 0, {"SetRelayState(0)"}, true},
         {"manual hold, a command unsent", false, 4, 0, {}, true},
     };

@@ -186,8 +186,7 @@ TEST(BreathHoldStatistics, the_shown_curves_copied_and_saved) {
     struct Case { QString path; const char* shown; };
     // clang-format off
     const Case cases[] = {
-        {saved, nullptr},
-        {curve, " is not a CSV file, and the statistics replace no other file."},
+        {saved, nullptr}, {curve, " is not a CSV file, and the statistics replace no other file."},
         {rig.folder.filePath("gone/stats.csv"), "The statistics were not saved: Path not found: "},
         {"", nullptr},  // cancelled
     };

@@ -47,8 +47,7 @@ CrashConsole::CrashConsole(const QString& root)
     form.end_program = [](int code) { std::exit(100 + code); };
     default_settings(form);
     form.data_directory = folder.data_directory;
-    form.patient_last_name = QStringLiteral("Crash");
-    form.patient_first_name = QStringLiteral("Kill");
+    form.patient_last_name = QStringLiteral("Crash"), form.patient_first_name = "Kill";
     form.patient_medical_id = QStringLiteral("K1");
     form.patient_defined = true, form.gating_start_mode = message_text(269);
     fakes.clock.when = first_moment;
