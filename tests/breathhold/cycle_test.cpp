@@ -29,19 +29,25 @@ TEST(BalloonStateTable, each_row_moves_the_state_and_runs_its_actions) {
     struct Case { int16_t before; uint8_t reported; int16_t after; const char* prompt;
                   bool menus_locked, record_locked; Rgb countdown; int holds; bool redrawn; };
     const Rgb grey{192, 192, 192}, yellow{255, 255, 0}, none{224, 224, 224};
-    const char *activate = "Press spacebar to activate.", *abort = "Press spacebar to abort.";
-    const char* deact = "Press spacebar to deactivate.";
+    const char* activate = "Press spacebar to activate.";
+    const char* deactivate = "Press spacebar to deactivate.";
     const Case cases[] = {
-        {0, 1, 1, "", false, false, grey, 0, false}, {1, 1, 1, "", false, false, grey, 0, false},
+        {0, 1, 1, "", false, false, grey, 0, false},
+        {1, 1, 1, "", false, false, grey, 0, false},
         {5, 1, 1, "", false, false, grey, 0, false},
         {2, 1, 1, activate, false, false, grey, 0, true},
         {3, 1, 1, activate, false, false, grey, 0, true},
         {4, 1, 1, activate, false, false, grey, 0, true},
-        {1, 2, 2, deact, true, true, none, 0, false}, {4, 5, 5, "", false, true, none, 0, false},
-        {1, 3, 3, deact, true, true, none, 0, false}, {1, 5, 5, "", false, true, none, 0, false},
-        {1, 4, 4, abort, true, true, yellow, 1, false}, {3, 2, 2, "", true, true, none, 0, false},
-        {2, 4, 4, abort, true, true, yellow, 1, false}, {2, 3, 3, "", true, true, none, 0, false},
-        {4, 4, 4, "", true, true, yellow, 0, false}, {2, 7, 2, "", false, false, none, 0, false},
+        {1, 2, 2, deactivate, true, true, none, 0, false},
+        {3, 2, 2, "", true, true, none, 0, false},
+        {1, 3, 3, deactivate, true, true, none, 0, false},
+        {2, 3, 3, "", true, true, none, 0, false},
+        {1, 4, 4, "Press spacebar to abort.", true, true, yellow, 1, false},
+        {2, 4, 4, "Press spacebar to abort.", true, true, yellow, 1, false},
+        {4, 4, 4, "", true, true, yellow, 0, false},
+        {4, 5, 5, "", false, true, none, 0, false},
+        {1, 5, 5, "", false, true, none, 0, false},
+        {2, 7, 2, "", false, false, none, 0, false},
         {4, 0, 4, "", false, false, none, 0, false},
     };
     for (const auto& c : cases) {
