@@ -30,9 +30,10 @@ void FakeWindows::unload(Window window) {
     unloaded[window] = true;
 }
 
-int FakeWindows::show_message(Window window, const QString&, const QStringList& texts,
+int FakeWindows::show_message(Window window, const QString& caption, const QStringList& texts,
                               const QStringList& buttons) {
     log.append(QStringLiteral("show ") + name(window));
+    message_captions.append(caption);
     message_texts.push_back(texts);
     message_buttons.push_back(buttons);
     unloaded[window] = false;

@@ -31,6 +31,7 @@ public:
     void answer(int button) { answers.push_back(button); }
     void press(Window window, int button) { presses[window].push_back(button); }
     // The texts and the buttons of every message window shown, in order.
+    QStringList message_captions;
     std::vector<QStringList> message_texts;
     std::vector<QStringList> message_buttons;
 

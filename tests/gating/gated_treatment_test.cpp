@@ -170,6 +170,7 @@ TEST(GatedTreatment, a_timing_violation_is_cleared_by_ok_and_logged_with_one_hea
     rig.form.total_counts = 3050;  // 61 s
     rig.poll("^O!?EL");
     EXPECT_EQ(rig.shown(), QStringList{QStringLiteral("show Form_FastGatingClear")});
+    EXPECT_EQ(rig.fakes.windows.message_captions, QStringList{message_text(147)});
     EXPECT_TRUE(rig.fakes.tarrow.calls.contains(QStringLiteral("ClearTimingViolation()")));
     rig.poll("^O!?EL");
     EXPECT_EQ(rig.shown().size(), 1) << "locked until a clean poll";

@@ -374,6 +374,8 @@ TEST(PatientCurvesView, zooming_out_and_panning_without_end_leave_the_cursor_rea
     view.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
     PatientCurves& m = view.model();
+    for (const QGroupBox* box : view.findChildren<QGroupBox*>())
+        EXPECT_GT(box->width() * box->height(), 10000) << qPrintable(box->title());
     EXPECT_EQ(view.findChild<QTreeWidget*>()->headerItem()->text(0), m.PatientList.column_text);
     // The mode the model holds is the one option shown checked.
     for (auto [option, click] : {std::pair(&m.optPan, &PatientCurves::optPan_Click),
@@ -381,8 +383,12 @@ TEST(PatientCurvesView, zooming_out_and_panning_without_end_leave_the_cursor_rea
                                  {&m.optZoom, &PatientCurves::optZoom_Click}}) {
         (m.*click)();
         view.sync();
-        for (QRadioButton* b : view.findChildren<QRadioButton*>())
+        int checked = 0;
+        for (QRadioButton* b : view.findChildren<QRadioButton*>()) {
             EXPECT_EQ(b->isChecked(), b->text() == option->Caption) << qPrintable(b->text());
+            checked += b->isChecked();
+        }
+        EXPECT_EQ(checked, 1);
     }
     ReviewChartWidget& chart = view.chart();
     const int narrow = chart.width();  // a wider window, a wider chart
